@@ -1,0 +1,62 @@
+# The commands of the project. Each sets up what it needs; none needs another to have run before.
+
+JOBS         ?= $(shell nproc)
+FUZZ_SECONDS ?= 20
+PREFIX       ?= /usr/local
+
+.PHONY: help setup setup-fuzz setup-lint run test bench asan tsan fuzz format lint install clean
+
+help:
+	@echo "make run      build the reference host and run it over the example rules"
+	@echo "make test     build and run every test"
+	@echo "make asan     every test under AddressSanitizer and UndefinedBehaviorSanitizer"
+	@echo "make tsan     every test under ThreadSanitizer"
+	@echo "make fuzz     every fuzz target for FUZZ_SECONDS=$(FUZZ_SECONDS) each"
+	@echo "make bench    every benchmark"
+	@echo "make format   lay out all sources"
+	@echo "make lint     clang-tidy over all sources"
+	@echo "make install  install below PREFIX=$(PREFIX)"
+	@echo "make clean    remove build/"
+
+setup:
+	@./cmake/setup.sh
+
+setup-fuzz setup-lint: setup-%:
+	@./cmake/setup.sh $*
+
+# A configured build folder; ninja itself configures again when a CMake file changes.
+build/%/build.ninja: | setup
+	cmake --preset $*
+
+run: setup build/release/build.ninja
+	@cmake --build build/release --target tovrin tessarin -- --quiet
+	@build/release/bin/tovrin run examples/gateway.rules examples/requests.txt
+
+test: setup build/release/build.ninja
+	cmake --build build/release -j $(JOBS)
+	ctest --test-dir build/release -j $(JOBS) --output-on-failure
+
+asan tsan: %: setup build/%/build.ninja
+	cmake --build build/$* -j $(JOBS)
+	ctest --test-dir build/$* -j $(JOBS) --output-on-failure
+
+bench: setup build/bench/build.ninja
+	cmake --build build/bench -j $(JOBS)
+	@set -e; for program in build/bench/bench/*; do [ -x $$program ] && $$program $(BENCH_FLAGS); done
+
+fuzz: setup-fuzz build/fuzz/build.ninja
+	cmake --build build/fuzz -j $(JOBS)
+	@./cmake/fuzz.sh build/fuzz $(FUZZ_SECONDS)
+
+format:
+	git ls-files '*.h' '*.cpp' | xargs clang-format -i
+
+lint: setup-lint build/dev/build.ninja
+	git ls-files '*.cpp' | xargs -P $(JOBS) -n 4 clang-tidy -p build/dev --quiet
+
+install: setup build/release/build.ninja
+	cmake --build build/release -j $(JOBS) --target tovrin tessarin
+	cmake --install build/release --prefix $(PREFIX)
+
+clean:
+	rm -rf build

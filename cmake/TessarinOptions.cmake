@@ -1,0 +1,35 @@
+# What every target of the project is compiled with, as the interface target tessarin::options.
+
+include(CheckCXXCompilerFlag)
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)  # gnu++20 defines "linux" and "unix" as macros
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+find_program(TESSARIN_CCACHE ccache)
+if(TESSARIN_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${TESSARIN_CCACHE})
+endif()
+
+add_library(tessarin_options INTERFACE)
+add_library(tessarin::options ALIAS tessarin_options)
+
+target_compile_options(tessarin_options INTERFACE -Wall -Wextra -Wnon-virtual-dtor -fvisibility=hidden)
+# A unique symbol would pin the module in memory after dlclose.
+check_cxx_compiler_flag(-fno-gnu-unique TESSARIN_HAS_NO_GNU_UNIQUE)
+if(TESSARIN_HAS_NO_GNU_UNIQUE)
+  target_compile_options(tessarin_options INTERFACE -fno-gnu-unique)
+endif()
+if(TESSARIN_WERROR)
+  target_compile_options(tessarin_options INTERFACE -Werror)
+endif()
+if(TESSARIN_CHECK_INVARIANTS)
+  target_compile_definitions(tessarin_options INTERFACE TESSARIN_CHECK_INVARIANTS=1)
+endif()
+if(TESSARIN_SANITIZE)
+  target_compile_options(tessarin_options INTERFACE -fsanitize=${TESSARIN_SANITIZE}
+                         -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
+  target_link_options(tessarin_options INTERFACE -fsanitize=${TESSARIN_SANITIZE})
+endif()

@@ -1,0 +1,51 @@
+# How the targets that check and measure are declared, so that each folder only lists its files.
+
+# tessarin_add_test(NAME SOURCES file... LIBRARIES target... [SUFFIX text] [ENVIRONMENT NAME=value...])
+# One GoogleTest program; ctest knows each of its tests as Suite.Name. A name that exists already is
+# not built again but registered once more, under the given environment and with the suffix.
+function(tessarin_add_test name)
+  cmake_parse_arguments(ARG "" "SUFFIX" "SOURCES;LIBRARIES;ENVIRONMENT" ${ARGN})
+  if(NOT TARGET ${name})
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} tessarin::test_support tessarin::options
+                          GTest::gmock GTest::gtest_main)
+    set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests)
+  endif()
+  set(properties TIMEOUT 300)
+  if(ARG_ENVIRONMENT)
+    list(APPEND properties ENVIRONMENT "${ARG_ENVIRONMENT}")
+  endif()
+  gtest_discover_tests(${name} TEST_SUFFIX "${ARG_SUFFIX}" TEST_LIST ${name}${ARG_SUFFIX}_tests
+                       PROPERTIES ${properties} DISCOVERY_TIMEOUT 60)
+endfunction()
+
+# tessarin_add_fuzz(NAME SOURCE file LIBRARIES target... CORPUS folder [DICTIONARY file])
+# Under clang with TESSARIN_BUILD_FUZZ a libFuzzer program; otherwise the same function linked with
+# ReplayMain.cpp, and ctest replays the stored corpus.
+function(tessarin_add_fuzz name)
+  cmake_parse_arguments(ARG "" "SOURCE;CORPUS;DICTIONARY" "LIBRARIES" ${ARGN})
+  add_executable(${name} ${ARG_SOURCE})
+  target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} tessarin::options)
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/fuzz)
+  if(TESSARIN_BUILD_FUZZ)
+    target_link_options(${name} PRIVATE -fsanitize=fuzzer)
+    set(dictionary "")
+    if(ARG_DICTIONARY)
+      set(dictionary ${ARG_DICTIONARY})
+    endif()
+    set_property(GLOBAL APPEND PROPERTY TESSARIN_FUZZ_TARGETS "${name}|${ARG_CORPUS}|${dictionary}")
+  else()
+    target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/fuzz/ReplayMain.cpp)
+    add_test(NAME Fuzz.${name} COMMAND ${name} ${ARG_CORPUS})
+    set_tests_properties(Fuzz.${name} PROPERTIES TIMEOUT 120)
+  endif()
+endfunction()
+
+# tessarin_add_bench(NAME SOURCES file... LIBRARIES target...)
+# One Google Benchmark program; `make bench` runs every one.
+function(tessarin_add_bench name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} tessarin::options benchmark::benchmark)
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bench)
+endfunction()

@@ -1,0 +1,51 @@
+#!/bin/sh
+# Installs what a build of this project needs and the machine lacks; does nothing, fast, on a machine
+# that has it all. Debian and its kin are served by apt-get; elsewhere the missing things are named.
+set -eu
+
+missing=""
+# need PACKAGE TEST...: the package is missing when the test fails.
+need() {
+  package=$1
+  shift
+  "$@" >/dev/null 2>&1 || missing="$missing $package"
+}
+header() { [ -e "/usr/include/$1" ] || [ -e "/usr/local/include/$1" ]; }
+
+need g++ command -v g++
+need cmake command -v cmake
+need ninja-build command -v ninja
+need ccache command -v ccache
+need libgtest-dev header gtest/gtest.h
+need libgmock-dev header gmock/gmock.h
+need libbenchmark-dev header benchmark/benchmark.h
+need libcli11-dev header CLI/CLI.hpp
+need libfmt-dev header fmt/format.h
+case "${1:-}" in
+  fuzz)
+    need clang command -v clang++
+    need libclang-rt-14-dev test -e /usr/lib/llvm-14/lib/clang
+    ;;
+  lint)
+    need clang-tidy command -v clang-tidy
+    need clang-format command -v clang-format
+    ;;
+esac
+[ -n "$missing" ] || exit 0
+
+command="apt-get install -y --no-install-recommends$missing"
+if ! command -v apt-get >/dev/null 2>&1; then
+  echo "missing on this machine:$missing" >&2
+  exit 1
+elif [ "$(id -u)" = 0 ]; then
+  as=""
+elif command -v sudo >/dev/null 2>&1 && sudo -n true 2>/dev/null; then
+  as="sudo"
+else
+  echo "something is missing; run this line as root, then make again:" >&2
+  echo "  apt-get update && $command" >&2
+  exit 1
+fi
+echo "installing:$missing" >&2
+$as apt-get update -q >/dev/null
+DEBIAN_FRONTEND=noninteractive $as $command >/dev/null

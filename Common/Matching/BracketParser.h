@@ -1,0 +1,19 @@
+#pragma once
+
+#include "Common/Matching/ByteSet.h"
+#include "Common/Matching/Scanner.h"
+
+namespace Matching {
+
+// The value of a run of digits as the standard library computes it: a number too large wraps, which
+// decides whether an expression is valid.
+[[nodiscard]] std::int32_t WrappingValue(std::string_view digits, int radix);
+
+// Reads the bracket expression whose opening token the scanner has just left, up to and including
+// its "]". Throws SyntaxError.
+[[nodiscard]] ByteSet ParseBracket(Scanner& scanner, bool isNegated);
+
+// The bytes of "\d", "\D" and their kin.
+[[nodiscard]] ByteSet QuotedClass(unsigned char letter);
+
+}  // namespace Matching

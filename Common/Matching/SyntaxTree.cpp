@@ -1,0 +1,80 @@
+#include "Common/Matching/SyntaxTree.h"
+
+#include <string>
+#include <utility>
+
+namespace Matching {
+namespace {
+
+constexpr const char* kKindNames[] = {"empty",
+                                      "bytes",
+                                      "back-reference",
+                                      "line-begin",
+                                      "line-end",
+                                      "word-boundary",
+                                      "not-word-boundary",
+                                      "look-ahead",
+                                      "not-look-ahead",
+                                      "group",
+                                      "concat",
+                                      "alternate",
+                                      "repeat"};
+
+void DumpSet(std::ostream& out, const ByteSet& set) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  for (int byte = 0; byte < 256; ++byte) {
+    if (!set.Contains(static_cast<unsigned char>(byte))) continue;
+    int last = byte;
+    while (last < 255 && set.Contains(static_cast<unsigned char>(last + 1))) ++last;
+    for (const int end : {byte, last}) {
+      if (end > 0x20 && end < 0x7F) {
+        out << static_cast<char>(end);
+      } else {
+        out << "\\x" << kDigits[end >> 4] << kDigits[end & 15];
+      }
+      if (byte == last) break;
+      if (end == byte) out << '-';
+    }
+    byte = last;
+  }
+}
+
+}  // namespace
+
+std::uint32_t SyntaxTree::Intern(const ByteSet& set) {
+  const auto [place, isNew] = fSetIndex.emplace(set, static_cast<std::uint32_t>(fSets.size()));
+  if (isNew) fSets.push_back(set);
+  return place->second;
+}
+
+void SyntaxTree::Dump(std::ostream& out) const {
+  std::vector<std::pair<NodeId, std::size_t>> open{{fRoot, 0}};
+  while (!open.empty()) {
+    const auto [id, depth] = open.back();
+    open.pop_back();
+    const Node& node = fNodes[id];
+    out << std::string(2 * depth, ' ') << kKindNames[static_cast<int>(node.kind)];
+    switch (node.kind) {
+      case NodeKind::Bytes:
+        out << ' ';
+        DumpSet(out, fSets[node.value]);
+        break;
+      case NodeKind::BackReference:
+      case NodeKind::Group:
+        out << ' ' << node.value;
+        break;
+      case NodeKind::Repeat:
+        out << ' ' << node.min << ',';
+        if (node.max != kUnlimited) out << node.max;
+        if (!node.isGreedy) out << " lazy";
+        break;
+      default:
+        break;
+    }
+    out << '\n';
+    if (node.nextSibling != kNoNode) open.emplace_back(node.nextSibling, depth);
+    if (node.firstChild != kNoNode) open.emplace_back(node.firstChild, depth + 1);
+  }
+}
+
+}  // namespace Matching

@@ -1,0 +1,180 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <random>
+#include <regex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tests/support/SharedData.h"
+
+// What the tests of the matching engine share: the standard library as the oracle, a generator of
+// expressions and texts, and a reader of the public test data.
+namespace Oracle {
+
+inline constexpr auto kFlags = std::regex::ECMAScript | std::regex::icase;
+
+// What the standard library says about an expression.
+struct Verdict {
+  std::optional<std::regex> regex;  // there when the expression is valid
+  int code = -1;
+  std::string message;
+};
+
+inline Verdict Compile(const std::string& expression) {
+  Verdict verdict;
+  try {
+    verdict.regex.emplace(expression, kFlags);
+  } catch (const std::regex_error& error) {
+    verdict.code = static_cast<int>(error.code());
+    verdict.message = error.what();
+  }
+  return verdict;
+}
+
+// Printable form of any bytes, for messages.
+inline std::string Show(std::string_view text) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string shown;
+  for (const char c : text.substr(0, 400)) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte >= 0x20 && byte < 0x7F) {
+      shown += c;
+    } else {
+      shown += {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 15]};
+    }
+  }
+  return shown;
+}
+
+// Rows of one of the public files; fields are percent coded there and plain here.
+using Row = std::vector<std::string>;
+
+inline std::string Decode(std::string_view field) {
+  std::string plain;
+  for (std::size_t i = 0; i < field.size(); ++i) {
+    if (field[i] == '%' && i + 2 < field.size()) {
+      plain += static_cast<char>(std::stoi(std::string(field.substr(i + 1, 2)), nullptr, 16));
+      i += 2;
+    } else {
+      plain += field[i];
+    }
+  }
+  return plain;
+}
+
+// Empty when the file is not there.
+inline std::vector<Row> ReadRows(const std::string& name) {
+  std::vector<Row> rows;
+  const auto path = SharedPath("testdata/regex/" + name);
+  if (!path) return rows;
+  for (const std::string& line : ReadLines(*path)) {
+    if (line.empty() || line.front() == '#') continue;
+    Row row;
+    std::size_t begin = 0;
+    for (;;) {
+      const std::size_t end = line.find('\t', begin);
+      row.push_back(Decode(std::string_view(line).substr(begin, end - begin)));
+      if (end == std::string::npos) break;
+      begin = end + 1;
+    }
+    rows.push_back(std::move(row));
+  }
+  return rows;
+}
+
+// Makes expressions of the grammar out of a seed, mostly valid ones, over few letters, so that
+// texts over the same letters come near them.
+class Generator {
+public:
+  struct Options {
+    bool backReferences = false;
+    bool lookAheads = true;
+    bool assertions = true;
+    int depth = 4;
+  };
+
+  explicit Generator(std::uint32_t seed) : fRandom(seed) {}
+
+  std::string Expression(const Options& options) {
+    fGroups = 0;
+    return Disjunction(options, options.depth);
+  }
+
+  // Any characters that mean something, in any order: mostly invalid.
+  std::string Garbage(std::size_t length) {
+    static constexpr std::string_view kParts[] = {
+        "a",   "b",           "(",   ")",    "[",     "]",       "{",   "}",     "*",
+        "+",   "?",           "|",   "^",    "$",     ".",       "\\",  "-",     ",",
+        "1",   "2",           "9",   "(?:",  "(?=",   "(?!",     "(?",  "[^",    "\\b",
+        "\\d", "\\W",         "\\1", "\\x4", "\\x41", "\\u0041", "\\c", "\\0",   "[:",
+        ":]",  "[[:alpha:]]", "[.",  ".]",   "[=",    "=]",      "{2}", "{1,3}", "{0,}"};
+    std::string text;
+    for (std::size_t i = 0; i < length; ++i) text += kParts[Below(std::size(kParts))];
+    return text;
+  }
+
+  std::string Text(std::size_t maxLength) {
+    static constexpr std::string_view kLetters = "aabbcABd1_ -\n";
+    std::string text;
+    for (std::size_t left = Below(maxLength + 1); left > 0; --left) {
+      text += kLetters[Below(kLetters.size())];
+    }
+    return text;
+  }
+
+  std::size_t Below(std::size_t bound) { return fRandom() % bound; }
+
+private:
+  std::string Disjunction(const Options& options, int depth) {
+    std::string text = Alternative(options, depth);
+    while (Below(4) == 0) text += "|" + Alternative(options, depth);
+    return text;
+  }
+
+  std::string Alternative(const Options& options, int depth) {
+    std::string text;
+    for (std::size_t left = Below(4); left > 0; --left) text += Term(options, depth);
+    return text;
+  }
+
+  std::string Term(const Options& options, int depth) {
+    if (options.assertions && Below(10) == 0) {
+      static constexpr std::string_view kAssertions[] = {"^", "$", "\\b", "\\B"};
+      return std::string(kAssertions[Below(4)]);
+    }
+    if (depth > 0 && options.lookAheads && Below(12) == 0) {
+      const char* const open = Below(2) == 0 ? "(?=" : "(?!";
+      return open + Disjunction(options, depth - 1) + ")";
+    }
+    return Atom(options, depth) + Quantifier();
+  }
+
+  std::string Atom(const Options& options, int depth) {
+    static constexpr std::string_view kAtoms[] = {"a",   "b",     "a",    "b",   "c",    "A",
+                                                  ".",   "[ab]",  "[^a]", "\\w", "\\W",  "\\d",
+                                                  "\\s", "[b-d]", "[]",   "[^]", "\\x61"};
+    if (options.backReferences && fGroups > 0 && Below(4) == 0) {
+      return "(?:\\" + std::to_string(1 + Below(fGroups)) + ")";
+    }
+    if (depth == 0 || Below(3) != 0) return std::string(kAtoms[Below(std::size(kAtoms))]);
+    if (Below(3) == 0) return "(?:" + Disjunction(options, depth - 1) + ")";
+    ++fGroups;
+    return "(" + Disjunction(options, depth - 1) + ")";
+  }
+
+  std::string Quantifier() {
+    static constexpr std::string_view kQuantifiers[] = {"*",   "+",     "?",     "*?",   "+?",
+                                                        "??",  "{2}",   "{0,2}", "{1,}", "{1,2}?",
+                                                        "{0}", "{2,}?", "**",    "+*"};
+    if (Below(2) == 0) return "";
+    return std::string(kQuantifiers[Below(Below(3) == 0 ? std::size(kQuantifiers) : 3)]);
+  }
+
+  std::mt19937 fRandom;
+  std::size_t fGroups = 0;
+};
+
+}  // namespace Oracle

@@ -1,0 +1,219 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <random>
+#include <set>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "Common/Matching/AnchoredLiterals.h"
+#include "Common/Matching/ByteFold.h"
+#include "Common/Matching/FloatingLiterals.h"
+
+namespace {
+
+using Matching::AnchoredLiterals;
+using Matching::FloatingLiterals;
+using Matching::FoldText;
+using Side = AnchoredLiterals::Side;
+using Hits = std::vector<std::pair<std::uint32_t, std::size_t>>;
+
+TEST(ByteFold, LowersAsciiLettersAlone) {
+  for (int c = 0; c < 256; ++c) {
+    const bool upper = c >= 'A' && c <= 'Z';
+    EXPECT_EQ(Matching::FoldByte(static_cast<char>(c)), upper ? c + 32 : c);
+  }
+}
+
+TEST(ByteFold, FoldsManyBytesAsItFoldsOne) {
+  std::string all;
+  for (int c = 0; c < 256 * 3; ++c) all += static_cast<char>(c * 7);
+  for (std::size_t size = 0; size < 40; ++size) {
+    for (std::size_t start = 0; start + size <= all.size(); start += 13) {
+      std::string folded(size, '?');
+      Matching::FoldBytes(all.data() + start, size, folded.data());
+      EXPECT_EQ(folded, FoldText(std::string_view(all).substr(start, size)));
+    }
+  }
+}
+
+Hits VisitAll(const AnchoredLiterals& table, std::string_view text) {
+  Hits hits;
+  EXPECT_FALSE(table.Visit(text, [&](std::uint32_t id, std::size_t size) {
+    hits.emplace_back(id, size);
+    return false;
+  }));
+  return hits;
+}
+
+TEST(AnchoredLiterals, FindsNamesAsWholeTextsAndBehindADot) {
+  AnchoredLiterals table(Side::Tail);
+  EXPECT_TRUE(table.AddWhole("example.com", 3));
+  EXPECT_TRUE(table.AddAnchored(".example.com", 3));
+  EXPECT_TRUE(table.AddAnchored(".com", 7));
+  table.Freeze();
+  EXPECT_EQ(table.Count(), 2u);  // the first two share a record
+  EXPECT_EQ(VisitAll(table, "EXAMPLE.com"), (Hits{{7, 4}, {3, 11}}));
+  EXPECT_EQ(VisitAll(table, "www.example.COM"), (Hits{{7, 4}, {3, 12}}));
+  EXPECT_EQ(VisitAll(table, "wwwexample.com"), (Hits{{7, 4}}));
+  EXPECT_EQ(VisitAll(table, ".com"), (Hits{{7, 4}}));
+  EXPECT_EQ(VisitAll(table, "com"), Hits());
+  EXPECT_EQ(VisitAll(table, ""), Hits());
+}
+
+TEST(AnchoredLiterals, TellsTheSeparatorOfADotFromAWholeName) {
+  AnchoredLiterals table(Side::Tail);
+  table.AddAnchored(".a", 1);
+  table.AddWhole("b", 2);
+  table.AddAnchored(".", 3);
+  table.Freeze();
+  EXPECT_EQ(VisitAll(table, "a"), Hits());
+  EXPECT_EQ(VisitAll(table, "x.a"), (Hits{{1, 2}}));
+  EXPECT_EQ(VisitAll(table, "b"), (Hits{{2, 1}}));
+  EXPECT_EQ(VisitAll(table, "x.b"), Hits());
+  EXPECT_EQ(VisitAll(table, "x."), (Hits{{3, 1}}));
+}
+
+TEST(AnchoredLiterals, KeepsTheSmallestIdOfEqualLiterals) {
+  AnchoredLiterals table(Side::Tail);
+  table.AddAnchored("abc", 9);
+  table.AddAnchored("abc", 4);
+  table.AddWhole("abc", 2);
+  table.Freeze();
+  EXPECT_EQ(VisitAll(table, "abc"), (Hits{{2, 3}, {4, 3}}));
+  EXPECT_EQ(VisitAll(table, "xabc"), (Hits{{4, 3}}));
+}
+
+TEST(AnchoredLiterals, StopsAtTheFirstHitThatIsTaken) {
+  AnchoredLiterals table(Side::Tail);
+  table.AddAnchored("c", 1);
+  table.AddAnchored("bc", 2);
+  table.Freeze();
+  int calls = 0;
+  EXPECT_TRUE(table.Visit("abc", [&](std::uint32_t, std::size_t) { return ++calls == 1; }));
+  EXPECT_EQ(calls, 1);
+}
+
+TEST(AnchoredLiterals, RefusesWhatItHasNoRoomFor) {
+  AnchoredLiterals table(Side::Tail);
+  EXPECT_FALSE(table.AddWhole("", 1));
+  EXPECT_TRUE(table.AddWhole(std::string(AnchoredLiterals::kMaxLiteralSize, 'a'), 1));
+  EXPECT_FALSE(table.AddWhole(std::string(AnchoredLiterals::kMaxLiteralSize + 1, 'a'), 1));
+  table.Freeze();
+  EXPECT_EQ(VisitAll(table, std::string(AnchoredLiterals::kMaxLiteralSize, 'A')).size(), 1u);
+}
+
+TEST(AnchoredLiterals, AnswersNothingWhenEmpty) {
+  AnchoredLiterals table(Side::Head);
+  table.Freeze();
+  EXPECT_TRUE(table.IsEmpty());
+  EXPECT_EQ(VisitAll(table, "text"), Hits());
+}
+
+std::string RandomText(std::mt19937& random, std::size_t longest, std::string_view alphabet) {
+  std::string text(random() % (longest + 1), '\0');
+  for (char& c : text) c = alphabet[random() % alphabet.size()];
+  return text;
+}
+
+// The oracle compares every literal with the text.
+TEST(AnchoredLiterals, AgreesWithComparingEveryLiteral) {
+  std::mt19937 random(7);
+  for (int round = 0; round < 400; ++round) {
+    const Side side = round % 2 ? Side::Tail : Side::Head;
+    AnchoredLiterals table(side);
+    std::vector<std::tuple<bool, std::string, std::uint32_t>> literals;
+    for (std::uint32_t id = 0; id < 1 + random() % 30; ++id) {
+      const std::string literal = FoldText(RandomText(random, 4, "aB.\xE9"));
+      const bool whole = side == Side::Tail && random() % 2;
+      if (!(whole ? table.AddWhole(literal, id) : table.AddAnchored(literal, id))) continue;
+      literals.emplace_back(whole, literal, id);
+    }
+    table.Freeze();
+    for (int i = 0; i < 40; ++i) {
+      const std::string text = RandomText(random, 7, "AabB.\xE9");
+      const std::string folded = FoldText(text);
+      std::set<std::pair<std::uint32_t, std::size_t>> expected;
+      std::set<std::pair<bool, std::string>> seen;  // the smallest id of equal ones is the first
+      for (const auto& [whole, literal, id] : literals) {
+        const bool hit = whole                ? folded == literal
+                         : side == Side::Tail ? folded.ends_with(literal)
+                                              : folded.starts_with(literal);
+        if (hit && seen.emplace(whole, literal).second) expected.emplace(id, literal.size());
+      }
+      std::set<std::pair<std::uint32_t, std::size_t>> found;
+      for (const auto& hit : VisitAll(table, text)) found.insert(hit);
+      EXPECT_EQ(found, expected) << "round " << round << " text " << text;
+    }
+  }
+}
+
+TEST(FloatingLiterals, AgreesWithSearchingEveryLiteral) {
+  std::mt19937 random(8);
+  for (int round = 0; round < 300; ++round) {
+    FloatingLiterals table;
+    std::vector<std::string> literals;
+    for (std::uint32_t id = 0; id < 1 + random() % 40; ++id) {
+      const std::string literal = FoldText(RandomText(random, 9, round % 2 ? "aB" : "abcd.\xE9"));
+      if (table.Add(literal, static_cast<std::uint32_t>(literals.size()))) {
+        literals.push_back(literal);
+      }
+    }
+    table.Freeze();
+    EXPECT_EQ(table.Count(), literals.size());
+    for (int i = 0; i < 20; ++i) {
+      const std::string text = RandomText(random, 40, "AabBcd.\xE9");
+      const std::string folded = FoldText(text);
+      std::set<std::pair<std::uint32_t, std::size_t>> expected;
+      for (std::uint32_t id = 0; id < literals.size(); ++id) {
+        for (std::size_t at = folded.find(literals[id]); at != std::string::npos;
+             at = folded.find(literals[id], at + 1)) {
+          expected.emplace(id, at);
+        }
+      }
+      std::multiset<std::pair<std::uint32_t, std::size_t>> found;  // each place once
+      EXPECT_FALSE(table.Visit(text, [&](std::uint32_t id, std::size_t at) {
+        found.emplace(id, at);
+        return false;
+      }));
+      EXPECT_TRUE(std::equal(found.begin(), found.end(), expected.begin(), expected.end()))
+          << "round " << round << " text " << text;
+    }
+  }
+}
+
+TEST(FloatingLiterals, FindsAcrossTheChunksOfALongText) {
+  FloatingLiterals table;
+  for (const char* literal : {"x", "yz", "key", "word", "needle", "a longer needle"}) {
+    table.Add(literal, static_cast<std::uint32_t>(std::string_view(literal).size()));
+  }
+  table.Freeze();
+  const std::string literals[] = {"X", "yZ", "KEY", "Word", "nEEdle", "a longer needle"};
+  for (const std::string& literal : literals) {
+    for (std::size_t at = 2020; at < 2070; ++at) {
+      std::string text(5000, '-');
+      text.replace(at, literal.size(), literal);
+      Hits hits;
+      table.Visit(text, [&](std::uint32_t id, std::size_t position) {
+        if (id == literal.size()) hits.emplace_back(id, position);
+        return false;
+      });
+      EXPECT_EQ(hits, (Hits{{static_cast<std::uint32_t>(literal.size()), at}})) << literal;
+    }
+  }
+}
+
+TEST(FloatingLiterals, RefusesTheEmptyLiteralAndStopsWhenToldTo) {
+  FloatingLiterals table;
+  EXPECT_FALSE(table.Add("", 1));
+  EXPECT_TRUE(table.IsEmpty());
+  table.Add("a", 1);
+  table.Freeze();
+  int calls = 0;
+  EXPECT_TRUE(table.Visit("aaaa", [&](std::uint32_t, std::size_t) { return ++calls == 2; }));
+  EXPECT_EQ(calls, 2);
+}
+
+}  // namespace

@@ -1,0 +1,306 @@
+#include "Common/Matching/LiteralForms.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "Common/Matching/ByteFold.h"
+
+namespace Matching {
+
+namespace {
+
+using Forms = std::vector<LiteralForm>;
+
+// What "." reads.
+const ByteSet& DotSet() {
+  static const ByteSet set = [] {
+    ByteSet set;
+    set.Add('\n');
+    set.Add('\r');
+    set.Invert();
+    return set;
+  }();
+  return set;
+}
+
+// The folded bytes of a set that does not tell the cases apart; nothing for any other set, and for
+// one with more than a few bytes.
+std::optional<std::string> FoldedBytesOf(const ByteSet& set) {
+  constexpr std::size_t kMaxBytes = 8;
+  if (set.Count() > 2 * kMaxBytes) return std::nullopt;
+  std::string bytes;
+  for (int c = 0; c < 256; ++c) {
+    if (!set.Contains(static_cast<unsigned char>(c))) continue;
+    const unsigned char folded = kFoldedByte[static_cast<std::size_t>(c)];
+    if (folded != c) {
+      if (!set.Contains(folded)) return std::nullopt;
+      continue;
+    }
+    const bool isLower = c >= 'a' && c <= 'z';
+    if (isLower && !set.Contains(static_cast<unsigned char>(c - 'a' + 'A'))) return std::nullopt;
+    bytes += static_cast<char>(c);
+  }
+  if (bytes.size() > kMaxBytes) return std::nullopt;
+  return bytes;
+}
+
+// A form under construction, read from left to right. Once it has ended, only what matches the
+// empty text may follow.
+struct Draft {
+  LiteralForm form;
+  bool ended = false;
+
+  bool HasPieces() const { return !form.pieces.empty(); }
+};
+
+// Reads parts of a tree into drafts; gives up where literals and gaps do not reach.
+class Reader {
+public:
+  explicit Reader(const SyntaxTree& tree) : fTree(tree) {}
+
+  bool Read(NodeId id, std::size_t depth = 0) {
+    if (depth > LiteralForms::kMaxDepth) return false;
+    const Node& node = fTree[id];
+    switch (node.kind) {
+      case NodeKind::Empty:
+        return true;
+      case NodeKind::Bytes:
+        return ReadBytes(fTree.Set(node.value));
+      case NodeKind::Group:
+        return Read(node.firstChild, depth + 1);
+      case NodeKind::Concat:
+        for (NodeId child = node.firstChild; child != kNoNode; child = fTree[child].nextSibling) {
+          if (!Read(child, depth + 1)) return false;
+        }
+        return true;
+      case NodeKind::Alternate:
+        return ReadAlternate(node, depth);
+      case NodeKind::Repeat:
+        return ReadRepeat(node, depth);
+      case NodeKind::LineBegin:
+        ReadLineBegin();
+        return true;
+      case NodeKind::LineEnd:
+        for (Draft& draft : fDrafts) draft.ended = true;
+        return true;
+      default:
+        return false;
+    }
+  }
+
+  // The same for a run that may end anywhere: what it cannot read leaves it as it was.
+  bool TryRead(NodeId id) {
+    if (fTree[id].kind == NodeKind::Bytes) return ReadBytes(fTree.Set(fTree[id].value));
+    if (!CanCopy(1)) return false;
+    std::vector<Draft> before = fDrafts;
+    if (Read(id)) return true;
+    fDrafts = std::move(before);
+    return false;
+  }
+
+  Forms Take() {
+    Forms forms;
+    for (Draft& draft : fDrafts) {
+      if (std::find(forms.begin(), forms.end(), draft.form) == forms.end()) {
+        forms.push_back(std::move(draft.form));
+      }
+    }
+    return forms;
+  }
+
+private:
+  bool ReadBytes(const ByteSet& set) {
+    const auto bytes = FoldedBytesOf(set);
+    if (!bytes) return false;
+    // A byte behind the end of the text: no text is like that.
+    std::erase_if(fDrafts, [](const Draft& draft) { return draft.ended; });
+    if (bytes->size() == 1) {
+      for (Draft& draft : fDrafts) Append(draft.form, bytes->front());
+      return true;
+    }
+    if (!CanCopy(bytes->size())) return false;
+    std::vector<Draft> longer;
+    for (const Draft& draft : fDrafts) {
+      for (const char byte : *bytes) {
+        longer.push_back(draft);
+        Append(longer.back().form, byte);
+      }
+    }
+    fDrafts = std::move(longer);
+    return true;
+  }
+
+  static void Append(LiteralForm& form, char byte) {
+    if (form.pieces.empty() || form.gapAfter) form.pieces.emplace_back();
+    form.pieces.back() += byte;
+    form.gapAfter = false;
+  }
+
+  void ReadGap() {
+    for (Draft& draft : fDrafts) {
+      if (draft.ended) continue;
+      if (!draft.HasPieces()) draft.form.gapBefore = true;
+      draft.form.gapAfter = true;
+    }
+  }
+
+  void ReadLineBegin() {
+    // A byte before the beginning of the text, again.
+    std::erase_if(fDrafts, [](const Draft& draft) { return draft.HasPieces(); });
+    for (Draft& draft : fDrafts) draft.form.gapBefore = draft.form.gapAfter = false;
+  }
+
+  bool ReadAlternate(const Node& node, std::size_t depth) {
+    if (!CanCopy(2)) return false;
+    const std::vector<Draft> before = fDrafts;
+    std::vector<Draft> all;
+    for (NodeId child = node.firstChild; child != kNoNode; child = fTree[child].nextSibling) {
+      fDrafts = before;
+      if (!Read(child, depth + 1)) return false;
+      std::move(fDrafts.begin(), fDrafts.end(), std::back_inserter(all));
+      if (all.size() > LiteralForms::kMaxForms) return false;
+    }
+    fDrafts = std::move(all);
+    return true;
+  }
+
+  bool ReadRepeat(const Node& node, std::size_t depth) {
+    const Node& child = fTree[node.firstChild];
+    if (node.min == 0 && node.max == kUnlimited && child.kind == NodeKind::Bytes &&
+        fTree.Set(child.value) == DotSet()) {
+      ReadGap();
+      return true;
+    }
+    constexpr std::uint32_t kMaxTimes = 8;
+    if (node.max > kMaxTimes || (node.min != node.max && !CanCopy(2))) return false;
+    std::vector<Draft> all;
+    for (std::uint32_t times = 0; times < node.max; ++times) {
+      if (times >= node.min) all.insert(all.end(), fDrafts.begin(), fDrafts.end());
+      if (!Read(node.firstChild, depth + 1)) return false;
+    }
+    std::move(all.begin(), all.end(), std::back_inserter(fDrafts));
+    return fDrafts.size() <= LiteralForms::kMaxForms;
+  }
+
+  // Whether so many copies of what was read so far stay within the limits.
+  bool CanCopy(std::size_t times) const {
+    std::size_t size = 0;
+    for (const Draft& draft : fDrafts) {
+      for (const std::string& piece : draft.form.pieces) size += piece.size();
+    }
+    return fDrafts.size() * times <= LiteralForms::kMaxForms && size <= LiteralForms::kMaxSize;
+  }
+
+  const SyntaxTree& fTree;
+  std::vector<Draft> fDrafts{1};
+};
+
+// How unlikely one of the literals is to turn up by chance: the shortest decides.
+std::size_t RarenessOf(const std::vector<std::string>& literals) {
+  constexpr std::size_t kEnough = 12;  // bytes beyond which longer is no rarer
+  std::size_t shortest = kEnough;
+  for (const std::string& literal : literals) shortest = std::min(shortest, literal.size());
+  std::size_t penalty = 0;
+  for (std::size_t count = literals.size(); count > 1; count /= 4) ++penalty;
+  return literals.empty() || shortest * 4 <= penalty ? 0 : shortest * 4 - penalty;
+}
+
+// Finds the best set of required literals in parts of a tree.
+class Requirement {
+public:
+  explicit Requirement(const SyntaxTree& tree) : fTree(tree) {}
+
+  std::vector<std::string> Of(const std::vector<NodeId>& parts, std::size_t depth = 0) {
+    if (depth > LiteralForms::kMaxDepth) return {};
+    std::vector<std::string> best;
+    const auto offer = [&best](std::vector<std::string> literals) {
+      if (literals.size() > LiteralForms::kMaxRequired) return;
+      if (RarenessOf(literals) > RarenessOf(best)) best = std::move(literals);
+    };
+
+    // The longest runs of parts that literals and gaps can say, and each of the others by itself.
+    for (std::size_t from = 0; from < parts.size();) {
+      Reader run(fTree);
+      std::size_t to = from;
+      while (to < parts.size() && !IsPosition(parts[to]) && run.TryRead(parts[to])) ++to;
+      if (to > from) {
+        offer(RarestPieces(run.Take()));
+        from = to;
+      } else {
+        offer(OfNode(parts[from], depth));
+        ++from;
+      }
+    }
+    return best;
+  }
+
+private:
+  // Positions say nothing about literals, and mean something else in the middle of an expression.
+  bool IsPosition(NodeId id) const {
+    return fTree[id].kind == NodeKind::LineBegin || fTree[id].kind == NodeKind::LineEnd;
+  }
+
+  // The longest piece of each form; nothing when one of them has none.
+  static std::vector<std::string> RarestPieces(const Forms& forms) {
+    std::vector<std::string> literals;
+    for (const LiteralForm& form : forms) {
+      const auto longest = std::max_element(
+          form.pieces.begin(), form.pieces.end(),
+          [](const std::string& a, const std::string& b) { return a.size() < b.size(); });
+      if (longest == form.pieces.end()) return {};
+      if (std::find(literals.begin(), literals.end(), *longest) == literals.end()) {
+        literals.push_back(*longest);
+      }
+    }
+    return literals;
+  }
+
+  std::vector<std::string> OfNode(NodeId id, std::size_t depth) {
+    const Node& node = fTree[id];
+    switch (node.kind) {
+      case NodeKind::Group:
+        return Of({node.firstChild}, depth + 1);
+      case NodeKind::Concat: {
+        std::vector<NodeId> parts;
+        for (NodeId child = node.firstChild; child != kNoNode; child = fTree[child].nextSibling) {
+          parts.push_back(child);
+        }
+        return Of(parts, depth + 1);
+      }
+      case NodeKind::Repeat:
+        return node.min > 0 ? Of({node.firstChild}, depth + 1) : std::vector<std::string>();
+      case NodeKind::Alternate: {
+        std::vector<std::string> literals;
+        for (NodeId child = node.firstChild; child != kNoNode; child = fTree[child].nextSibling) {
+          const auto more = Of({child}, depth + 1);
+          if (more.empty()) return {};
+          literals.insert(literals.end(), more.begin(), more.end());
+          if (literals.size() > LiteralForms::kMaxRequired) return {};
+        }
+        return literals;
+      }
+      default:
+        return {};
+    }
+  }
+
+  const SyntaxTree& fTree;
+};
+
+}  // namespace
+
+std::optional<Forms> LiteralForms::Whole(const SyntaxTree& tree, const std::vector<NodeId>& parts) {
+  Reader reader(tree);
+  for (const NodeId part : parts) {
+    if (!reader.Read(part)) return std::nullopt;
+  }
+  return reader.Take();
+}
+
+std::vector<std::string> LiteralForms::Required(const SyntaxTree& tree,
+                                                const std::vector<NodeId>& parts) {
+  return Requirement(tree).Of(parts);
+}
+
+}  // namespace Matching

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Common/Matching/SyntaxTree.h"
+
+namespace Matching {
+
+// What an expression made of literals and gaps asks of a whole text: the pieces stand in it one
+// behind the other, and what lies between them is free but for line ends (a gap is what ".*"
+// reads). No pieces and no gap is the empty text. Pieces are folded and not empty.
+struct LiteralForm {
+  std::vector<std::string> pieces;
+  bool gapBefore = false;  // the first piece need not stand at the beginning
+  bool gapAfter = false;   // the last one need not stand at the end
+
+  bool operator==(const LiteralForm&) const = default;
+};
+
+// What follows from the tree of an expression, or a part of it, about the literals of its matches.
+//
+// An optional part or an alternation gives several forms, of which a text must have one; none at
+// all says that no text matches.
+class LiteralForms {
+public:
+  static constexpr std::size_t kMaxForms = 32;     // of one expression
+  static constexpr std::size_t kMaxSize = 4096;    // bytes of all pieces of them together
+  static constexpr std::size_t kMaxDepth = 64;     // of nodes that are looked into
+  static constexpr std::size_t kMaxRequired = 64;  // literals of which one is required
+
+  // The forms that say all of what the parts one behind the other match, or nothing when literals
+  // and gaps cannot say it. Positions count: parts are the whole of the expression.
+  static std::optional<std::vector<LiteralForm>> Whole(const SyntaxTree& tree,
+                                                       const std::vector<NodeId>& parts);
+
+  // Folded literals of which every match of the parts has one somewhere; empty when no such set of
+  // literals is known. Of several sets, the one that is least likely to turn up by chance.
+  static std::vector<std::string> Required(const SyntaxTree& tree,
+                                           const std::vector<NodeId>& parts);
+};
+
+}  // namespace Matching

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+namespace Tovrin {
+
+template <class I>
+class InterfaceImpl : public I {
+public:
+  InterfaceImpl(const InterfaceImpl&) = delete;
+  InterfaceImpl& operator=(const InterfaceImpl&) = delete;
+
+protected:
+  InterfaceImpl() = default;
+
+private:
+  void Interface_AddRef() const override { fReferences.fetch_add(1, std::memory_order_relaxed); }
+  bool Interface_Release() const override {
+    if (fReferences.fetch_sub(1, std::memory_order_acq_rel) != 1) return false;
+    delete this;
+    return true;
+  }
+  std::int32_t Interface_GetCount() const override {
+    return fReferences.load(std::memory_order_relaxed);
+  }
+
+  mutable std::atomic<std::int32_t> fReferences{1};  // first field after the table pointer
+
+protected:
+  virtual ~InterfaceImpl() = default;  // last in the table; two slots in the Itanium ABI
+};
+
+}  // namespace Tovrin

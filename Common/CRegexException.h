@@ -1,16 +1,11 @@
 #pragma once
 
 #include <string>
-#include <utility>
+
+#include "Common/CException.h"
 
 // The engine of a CRegex failed while it was matching.
-class CRegexException {
+class CRegexException : public ARunTimeError {
 public:
-  explicit CRegexException(std::string reason) : fReason(std::move(reason)) {}
-  virtual ~CRegexException() = default;
-
-  void GetReasonStr(std::string& reason) const { reason = fReason; }
-  std::string Reason() const { return fReason; }
-
-  std::string fReason;
+  explicit CRegexException(const std::string& reason) : ARunTimeError("Regex", "Regex", reason) {}
 };

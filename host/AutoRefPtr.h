@@ -4,9 +4,18 @@
 
 namespace Tovrin {
 
+// The one smart pointer of the host interfaces: an object, counted, or empty.
+//
+// T is an interface, a const interface or a concrete class. One AutoRefPtr is for one thread; the
+// object's count is atomic.
+//
+// Invariant: the field is emptied before Release runs, so a destructor that comes back sees no
+// pointer to a dying object.
 template <class T>
 class AutoRefPtr {
 public:
+  using Element = T;
+
   AutoRefPtr() noexcept = default;
   explicit AutoRefPtr(T* pointer) noexcept : fPointer(pointer) {}  // takes over one reference
   AutoRefPtr(const AutoRefPtr& other) : fPointer(other.fPointer) { AddRefImpl(); }

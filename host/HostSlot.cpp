@@ -1,5 +1,7 @@
 #include "host/HostSlot.h"
 
+#include "host/Api.h"
+
 namespace Tovrin {
 
 constinit std::atomic<IHost*> HostSlot{nullptr};
@@ -12,7 +14,7 @@ struct HostSlotOwner {
     if (IHost* host = HostSlot.exchange(nullptr, std::memory_order_acq_rel)) host->Release();
   }
 };
-[[gnu::init_priority(150)]] HostSlotOwner gHostSlotOwner;
+TOVRIN_INIT_PRIORITY(150) HostSlotOwner gHostSlotOwner;
 
 }  // namespace
 

@@ -2,15 +2,18 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "host/AutoRefPtr.h"
 #include "host/Forward.h"
 #include "host/ICallStack.h"
 #include "host/IConfiguration.h"
-#include "host/IEvent.h"
+#include "host/IDataRef.h"
 #include "host/IEventScheduler.h"
+#include "host/IJSON.h"
 #include "host/ILogger.h"
 #include "host/IModuleInfo.h"
 #include "host/IObject.h"
@@ -19,9 +22,15 @@
 #include "host/ITelemetry.h"
 #include "host/IVariant.h"
 #include "host/ModuleFunction.h"
+#include "host/TypeIds.h"
+#include "host/ValueForm.h"
 
 namespace Tovrin {
 
+// The host's view of one running transaction: its state, its user data, its errors, and the
+// factories for values. The host implements it; a context is used by one thread at a time.
+//
+// Nothing here reports: each null answer of the host is an empty container, text or reference.
 class TOVRIN_API IContext : public IObject {
 public:
   std::uint32_t GetTransactionId() const { return Interface_GetTransactionId(); }
@@ -185,7 +194,8 @@ public:
   void SetResuming(bool on) { Interface_SetResuming(on); }
   std::uint64_t GetPolicyStatementBlockId() const { return Interface_GetPolicyStatementBlockId(); }
 
-  // ---- wrappers with logic of their own: no table slot of their own
+  // From here on: members with logic and no slot of their own. What the host does not give is
+  // empty.
   AutoRefPtr<const IVectorGeneric> CreateStringVector() {
     return CreateVector(kTypeString + kVectorOf);
   }
@@ -239,55 +249,124 @@ public:
     AutoRefPtr<IVariant> v = CreateInstance(kTypeStream);
     return v ? v->GetStream() : AutoRefPtr<IStream>();
   }
-  // + GetUserDataAs{String,Number,Boolean}Vector / Set...,
-  // Get/SetUserDataAs{String,Number}To{String,Number,Boolean}Map:
-  //   inline as well; std::vector<T>, std::map<std::string, T>, std::map<double, T>.
+
+  // Containers in the transaction's user data. A value of another type reads as an empty container.
+  std::vector<std::string> GetUserDataAsStringVector(std::uint64_t id) const {
+    return GetVectorOf<std::string>(id);
+  }
+  std::vector<double> GetUserDataAsNumberVector(std::uint64_t id) const {
+    return GetVectorOf<double>(id);
+  }
+  std::vector<bool> GetUserDataAsBooleanVector(std::uint64_t id) const {
+    return GetVectorOf<bool>(id);
+  }
+  std::map<std::string, std::string> GetUserDataAsStringToStringMap(std::uint64_t id) const {
+    return GetMapOf<std::string, std::string>(id);
+  }
+  std::map<std::string, double> GetUserDataAsStringToNumberMap(std::uint64_t id) const {
+    return GetMapOf<std::string, double>(id);
+  }
+  std::map<std::string, bool> GetUserDataAsStringToBooleanMap(std::uint64_t id) const {
+    return GetMapOf<std::string, bool>(id);
+  }
+  std::map<double, std::string> GetUserDataAsNumberToStringMap(std::uint64_t id) const {
+    return GetMapOf<double, std::string>(id);
+  }
+  std::map<double, double> GetUserDataAsNumberToNumberMap(std::uint64_t id) const {
+    return GetMapOf<double, double>(id);
+  }
+  std::map<double, bool> GetUserDataAsNumberToBooleanMap(std::uint64_t id) const {
+    return GetMapOf<double, bool>(id);
+  }
+  void SetUserDataAsStringVector(std::uint64_t id, const std::vector<std::string>& values) {
+    SetVectorOf(id, values);
+  }
+  void SetUserDataAsNumberVector(std::uint64_t id, const std::vector<double>& values) {
+    SetVectorOf(id, values);
+  }
+  void SetUserDataAsBooleanVector(std::uint64_t id, const std::vector<bool>& values) {
+    SetVectorOf(id, values);
+  }
+  void SetUserDataAsStringToStringMap(std::uint64_t id,
+                                      const std::map<std::string, std::string>& values) {
+    SetMapOf(id, values);
+  }
+  void SetUserDataAsStringToNumberMap(std::uint64_t id,
+                                      const std::map<std::string, double>& values) {
+    SetMapOf(id, values);
+  }
+  void SetUserDataAsStringToBooleanMap(std::uint64_t id,
+                                       const std::map<std::string, bool>& values) {
+    SetMapOf(id, values);
+  }
+  void SetUserDataAsNumberToStringMap(std::uint64_t id,
+                                      const std::map<double, std::string>& values) {
+    SetMapOf(id, values);
+  }
+  void SetUserDataAsNumberToNumberMap(std::uint64_t id, const std::map<double, double>& values) {
+    SetMapOf(id, values);
+  }
+  void SetUserDataAsNumberToBooleanMap(std::uint64_t id, const std::map<double, bool>& values) {
+    SetMapOf(id, values);
+  }
 
   bool IsDebugLogEnabled(const char* module, std::uint32_t level) const {
     AutoRefPtr<ILogger> logger = GetLogger();
     return logger && logger->IsDebugLogEnabled(module, level);
   }
   void DebugLog(const char* module, std::uint32_t level, const char* text) {
-    if (AutoRefPtr<ILogger> logger = GetLogger()) {
-      AutoRefPtr<IContext> self = Share(this);
-      logger->DebugLog(module, level, text, GetTransactionId(), self.get());
-    }
+    WriteDebugLog(module, level, text);
   }
   void DebugLog(const char* module, std::uint32_t level, const std::string& text) {
-    DebugLog(module, level, text.c_str());
+    WriteDebugLog(module, level, text.c_str());
   }
   void DebugLog(const char* module, std::uint32_t level, const AutoRefPtr<IJSON>& json) {
-    if (AutoRefPtr<ILogger> logger = GetLogger()) {
-      AutoRefPtr<IContext> self = Share(this);
-      logger->DebugLog(module, level, json, GetTransactionId(), self.get());
-    }
+    WriteDebugLog(module, level, json);
   }
-  void ErrorLog(const char* module, const char* text) {
-    if (AutoRefPtr<ILogger> logger = GetLogger()) {
-      AutoRefPtr<IContext> self = Share(this);
-      logger->ErrorLog(module, text, GetTransactionId(), self.get());
-    }
+  void ErrorLog(const char* module, const char* text) { WriteErrorLog(module, text); }
+  void ErrorLog(const char* module, const std::string& text) {
+    WriteErrorLog(module, text.c_str());
   }
-  void ErrorLog(const char* module, const AutoRefPtr<IJSON>& json) {
-    if (AutoRefPtr<ILogger> logger = GetLogger()) {
-      AutoRefPtr<IContext> self = Share(this);
-      logger->ErrorLog(module, json, GetTransactionId(), self.get());
-    }
-  }
+  void ErrorLog(const char* module, const AutoRefPtr<IJSON>& json) { WriteErrorLog(module, json); }
 
 protected:
   ~IContext() = default;
 
 private:
-  AutoRefPtr<const IVectorGeneric> CreateVector(TypeId typeId) {
-    AutoRefPtr<IVariant> v = CreateInstance(typeId);
-    return v ? v->GetVector() : AutoRefPtr<const IVectorGeneric>();
+  template <class Logged>
+  void WriteDebugLog(const char* module, std::uint32_t level, const Logged& what) {
+    AutoRefPtr<ILogger> logger = GetLogger();
+    if (!logger) return;
+    AutoRefPtr<IContext> self = Share(this);
+    logger->DebugLog(module, level, what, GetTransactionId(), self.get());
   }
-  AutoRefPtr<const IMapGeneric> CreateMap(TypeId typeId) {
-    AutoRefPtr<IVariant> v = CreateInstance(typeId);
-    return v ? v->GetMap() : AutoRefPtr<const IMapGeneric>();
+  template <class Logged>
+  void WriteErrorLog(const char* module, const Logged& what) {
+    AutoRefPtr<ILogger> logger = GetLogger();
+    if (!logger) return;
+    AutoRefPtr<IContext> self = Share(this);
+    logger->ErrorLog(module, what, GetTransactionId(), self.get());
   }
 
+  AutoRefPtr<const IVectorGeneric> CreateVector(TypeId typeId) {
+    AutoRefPtr<IVariant> variant = CreateInstance(typeId);
+    return variant ? variant->GetVector() : AutoRefPtr<const IVectorGeneric>();
+  }
+  AutoRefPtr<const IMapGeneric> CreateMap(TypeId typeId) {
+    AutoRefPtr<IVariant> variant = CreateInstance(typeId);
+    return variant ? variant->GetMap() : AutoRefPtr<const IMapGeneric>();
+  }
+
+  template <class T>
+  std::vector<T> GetVectorOf(std::uint64_t id) const;
+  template <class K, class T>
+  std::map<K, T> GetMapOf(std::uint64_t id) const;
+  template <class T>
+  void SetVectorOf(std::uint64_t id, const std::vector<T>& values);
+  template <class K, class T>
+  void SetMapOf(std::uint64_t id, const std::map<K, T>& values);
+
+  // Contract: the host calls these by position
   // Identity
   virtual std::uint32_t Interface_GetTransactionId() const = 0;
   // Interruption
@@ -386,10 +465,66 @@ private:
   virtual std::uint64_t Interface_GetPolicyStatementBlockId() const = 0;
 };
 
+template <class T>
+std::vector<T> IContext::GetVectorOf(std::uint64_t id) const {
+  std::vector<T> values;
+  const AutoRefPtr<IVariant> variant = GetUserData(id);
+  if (!variant || variant->GetType() != ValueForm<T>::kType + kVectorOf) return values;
+  const AutoRefPtr<const IVectorGeneric> vector = variant->GetVector();
+  if (!vector) return values;
+
+  const std::size_t size = vector->GetSize();
+  for (std::size_t i = 0; i < size; ++i) values.push_back(ReadValue<T>(vector->Get(i)));
+  return values;
+}
+
+template <class K, class T>
+std::map<K, T> IContext::GetMapOf(std::uint64_t id) const {
+  std::map<K, T> values;
+  const AutoRefPtr<IVariant> variant = GetUserData(id);
+  if (!variant || variant->GetType() != ValueForm<T>::kType + kMapKeyedBy<K>) return values;
+  const AutoRefPtr<const IMapGeneric> map = variant->GetMap();
+  if (!map) return values;
+
+  const std::size_t size = map->GetSize();
+  for (std::size_t i = 0; i < size; ++i)
+    values.insert_or_assign(ReadValue<K>(map->GetKeyAt(i)), ReadValue<T>(map->GetValueAt(i)));
+  return values;
+}
+
+template <class T>
+void IContext::SetVectorOf(std::uint64_t id, const std::vector<T>& values) {
+  const AutoRefPtr<IVariant> variant = CreateInstance(ValueForm<T>::kType + kVectorOf);
+  if (!variant) return;
+  AutoRefPtr<const IVectorGeneric> vector = variant->GetVector();
+  for (const T& value : values) {
+    if (!vector) return;
+    vector = vector->Append(MakeValue<T>(*this, value));
+  }
+  variant->AssignVector(vector);
+  SetUserData(id, variant);
+}
+
+template <class K, class T>
+void IContext::SetMapOf(std::uint64_t id, const std::map<K, T>& values) {
+  const AutoRefPtr<IVariant> variant = CreateInstance(ValueForm<T>::kType + kMapKeyedBy<K>);
+  if (!variant) return;
+  AutoRefPtr<const IMapGeneric> map = variant->GetMap();
+  for (const auto& [key, value] : values) {
+    if (!map) return;
+    map = map->Insert(MakeValue<K>(*this, key), MakeValue<T>(*this, value));
+  }
+  variant->AssignMap(map);
+  SetUserData(id, variant);
+}
+
+// What these could not say before IContext and IPolicy were whole.
+inline AutoRefPtr<IPolicy> IModuleInfo::GetPolicy() const {
+  return AutoRefPtr<IPolicy>(Interface_GetPolicy());
+}
 inline AutoRefPtr<IContext> IPolicy::CreateTransaction(const char* name) {
   return AutoRefPtr<IContext>(Interface_CreateTransaction(name));
 }
-
 inline AutoRefPtr<IContext> IPolicy::ContinueRemoteTransaction(const AutoRefPtr<IDataRef>& data,
                                                                const char* name) {
   return AutoRefPtr<IContext>(Interface_ContinueRemoteTransaction(data.get(), name));

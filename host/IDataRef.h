@@ -8,6 +8,8 @@
 
 namespace Tovrin {
 
+// Bytes that the host or the module holds. GetData is null where they do not lie in one piece: Read
+// then.
 class TOVRIN_API IDataRef : public IObject {
 public:
   std::size_t GetSize() const { return Interface_GetSize(); }
@@ -22,7 +24,7 @@ public:
 protected:
   ~IDataRef() = default;
 
-private:
+private:  // Contract: the host calls these by position
   virtual std::size_t Interface_GetSize() const = 0;
   virtual void Interface_Assign(const void* bytes, std::size_t size) = 0;
   virtual std::size_t Interface_Read(void* buffer, std::size_t size, std::size_t offset) const = 0;

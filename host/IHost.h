@@ -7,6 +7,9 @@
 
 namespace Tovrin {
 
+// The bridge to the process's log and file services; reached through HostSlot alone.
+//
+// Any thread may call it, and any member may throw. What it is given is borrowed for the call.
 class TOVRIN_API IHost : public IObject {
 public:
   void PrintError(const char* module, const char* message, const char* empty, const char* errorId,
@@ -36,7 +39,7 @@ public:
 protected:
   ~IHost() = default;
 
-private:
+private:  // Contract: the host calls these by position
   virtual void Interface_PrintError(const char* module, const char* message, const char* empty,
                                     const char* errorId, const char* className,
                                     const char* function, std::int32_t zero) = 0;

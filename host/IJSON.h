@@ -10,6 +10,10 @@
 
 namespace Tovrin {
 
+// A JSON value of the host's or of the module's, behind a C-shaped border.
+//
+// Texts come out through a buffer of the caller: the first try has 1024 bytes, and a longer text is
+// asked for again with room for the size that the first try told.
 class TOVRIN_API IJSON : public IObject {
 public:
   enum Status : std::uint8_t { StatusOk = 0, StatusWarning = 1, StatusError = 2 };
@@ -129,6 +133,7 @@ private:
     return std::string(large.c_str());
   }
 
+  // Contract: the host calls these by position
   virtual bool Interface_Parse(const char* text) = 0;
   virtual bool Interface_LessThan(const IJSON* other) const = 0;
   virtual bool Interface_Equals(const IJSON* other) const = 0;
@@ -198,7 +203,12 @@ private:
   virtual std::size_t Interface_GetErrorMessage(char* buffer, std::size_t size, bool* ok) const = 0;
 
 protected:
-  virtual ~IJSON() = default;  // row 64 of the table
+  virtual ~IJSON() = default;  // ends the table; InterfaceImpl overrides this very slot
 };
+
+// The compact text of a JSON value; empty when there is none.
+inline std::string CompactTextOf(const AutoRefPtr<IJSON>& json) {
+  return json ? json->ToString("") : std::string();
+}
 
 }  // namespace Tovrin

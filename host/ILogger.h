@@ -9,6 +9,7 @@
 
 namespace Tovrin {
 
+// The host's log. Any text is copied before the call returns.
 class TOVRIN_API ILogger : public IObject {
 public:
   bool IsDebugLogEnabled(const char* module, std::uint32_t level) const {
@@ -54,7 +55,7 @@ public:
 protected:
   ~ILogger() = default;
 
-private:
+private:  // Contract: the host calls these by position
   virtual bool Interface_IsDebugLogEnabled(const char* module, std::uint32_t level) const = 0;
   virtual void Interface_DebugLog(const char* module, std::uint32_t level, IJSON* json,
                                   std::uint32_t transactionId, IContext* context) = 0;

@@ -8,12 +8,12 @@
 #include "host/IEventScheduler.h"
 #include "host/ILogger.h"
 #include "host/IObject.h"
-#include "host/IPolicy.h"
 #include "host/ITelemetry.h"
 #include "host/IThreadPool.h"
 
 namespace Tovrin {
 
+// What the host knows of a loaded module.
 class TOVRIN_API IModuleInfo : public IObject {
 public:
   AutoRefPtr<IThreadPool> GetThreadPool() const {
@@ -22,7 +22,7 @@ public:
   AutoRefPtr<IEventScheduler> GetEventScheduler() const {
     return AutoRefPtr<IEventScheduler>(Interface_GetEventScheduler());
   }
-  AutoRefPtr<IPolicy> GetPolicy() const { return AutoRefPtr<IPolicy>(Interface_GetPolicy()); }
+  AutoRefPtr<IPolicy> GetPolicy() const;
   AutoRefPtr<IConfiguration> GetConfiguration() const {
     return AutoRefPtr<IConfiguration>(Interface_GetConfiguration());
   }
@@ -38,7 +38,7 @@ public:
 protected:
   ~IModuleInfo() = default;
 
-private:
+private:  // Contract: the host calls these by position
   virtual IThreadPool* Interface_GetThreadPool() const = 0;
   virtual IEventScheduler* Interface_GetEventScheduler() const = 0;
   virtual IPolicy* Interface_GetPolicy() const = 0;
@@ -52,3 +52,5 @@ private:
 };
 
 }  // namespace Tovrin
+
+#include "host/IContext.h"  // holds the bodies that need IContext whole; it includes this header in turn

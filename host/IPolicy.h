@@ -12,9 +12,10 @@
 
 namespace Tovrin {
 
+// The rule set that runs, and the source of transactions.
 class TOVRIN_API IPolicy : public IObject {
 public:
-  AutoRefPtr<IContext> CreateTransaction(const char* name);
+  AutoRefPtr<IContext> CreateTransaction(const char* name);  // empty when the host gives none
   bool ExecuteTransaction(const AutoRefPtr<IContext>& context) {
     return Interface_ExecuteTransaction(context.get());
   }
@@ -39,7 +40,7 @@ public:
 protected:
   ~IPolicy() = default;
 
-private:
+private:  // Contract: the host calls these by position
   virtual IContext* Interface_CreateTransaction(const char* name) = 0;
   virtual bool Interface_ExecuteTransaction(IContext* context) = 0;
   virtual void Interface_CleanupTransaction(IContext* context) = 0;
@@ -54,5 +55,4 @@ private:
 
 }  // namespace Tovrin
 
-// What the members above hand out; behind the class, since the two know each other.
-#include "host/IContext.h"
+#include "host/IContext.h"  // holds the bodies that need IContext whole; it includes this header in turn

@@ -12,6 +12,12 @@
 
 namespace Tovrin {
 
+// An instance of a type that a module defines, as the host holds it.
+//
+// Of each pair of Serialize and Deserialize a type overrides the form that suits it; the other
+// forwards. Contract: without a context the form with one answers false or null before it forwards,
+// so a type with the context-free form alone cannot be saved or restored with a null context. It
+// also keeps a type that overrides neither from going round in a circle.
 class TOVRIN_API IUserDefinedType : public IObject {
 public:
   const char* GetName() const { return Interface_GetName(); }
@@ -38,28 +44,19 @@ public:
   bool IsEqual(const IUserDefinedType* other) const {
     return other && !other->LessThan(this) && !LessThan(other);
   }
-  void ToString(std::string& text, IContext* context) const { Render(text, Serialize(context)); }
-  void ToString(std::string& text) const { Render(text, Serialize()); }
+  void ToString(std::string& text, IContext* context) const {
+    text = CompactTextOf(Serialize(context));
+  }
+  void ToString(std::string& text) const { text = CompactTextOf(Serialize()); }
   std::size_t ToStringSize(IContext* context) const {
-    std::string text;
-    ToString(text, context);
-    return text.size();
+    return CompactTextOf(Serialize(context)).size();
   }
-  std::size_t ToStringSize() const {
-    std::string text;
-    ToString(text);
-    return text.size();
-  }
-  static constexpr bool IsVector(TypeId t) { return (t & 3) == 2; }
-  static constexpr bool IsNumberMap(TypeId t) { return (t & 3) == 3; }
-  static constexpr bool IsStringMap(TypeId t) { return t != 0 && (t & 3) == 0; }
+  std::size_t ToStringSize() const { return CompactTextOf(Serialize()).size(); }
+  static constexpr bool IsVector(TypeId id) { return IsVectorType(id); }
+  static constexpr bool IsNumberMap(TypeId id) { return IsNumberMapType(id); }
+  static constexpr bool IsStringMap(TypeId id) { return IsStringMapType(id); }
 
-private:
-  static void Render(std::string& text, const AutoRefPtr<IJSON>& json) {
-    text.clear();
-    if (json) text = json->ToString("");
-  }
-
+private:  // Contract: the host calls these by position
   virtual const char* Interface_GetName() const = 0;
   virtual IUserDefinedType* Interface_Clone() const = 0;
   virtual TypeId Interface_GetType() const = 0;
@@ -79,8 +76,7 @@ private:
   virtual std::size_t Interface_ToBinaryData(void** out, std::size_t formatId) const = 0;
 
 protected:
-  virtual ~IUserDefinedType() =
-      default;  // the "destructor" row; InterfaceImpl overrides this very slot
+  virtual ~IUserDefinedType() = default;  // ends the table; InterfaceImpl overrides this very slot
 };
 
 }  // namespace Tovrin

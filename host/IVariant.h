@@ -8,13 +8,16 @@
 #include "host/Forward.h"
 #include "host/IDataRef.h"
 #include "host/IJSON.h"
+#include "host/IMapGeneric.h"
 #include "host/IObject.h"
 #include "host/IStream.h"
 #include "host/IUserDefinedType.h"
+#include "host/IVectorGeneric.h"
 #include "host/TypeIds.h"
 
 namespace Tovrin {
 
+// A value of the rule language, scalar or container.
 class TOVRIN_API IVariant : public IObject {
 public:
   TypeId GetType() const { return Interface_GetType(); }
@@ -66,14 +69,13 @@ public:
     return AutoRefPtr<IJSON>(Interface_Serialize(context));
   }
   std::string ToString(const AutoRefPtr<IContext>& context) const {
-    AutoRefPtr<IJSON> json = Serialize(context.get());
-    return json ? json->ToString("") : std::string();
+    return CompactTextOf(Serialize(context.get()));
   }
 
 protected:
   ~IVariant() = default;
 
-private:
+private:  // Contract: the host calls these by position
   virtual TypeId Interface_GetType() const = 0;
   virtual const char* Interface_GetTypeAsString(IContext* context) const = 0;
   virtual bool Interface_GetBoolean() const = 0;
@@ -102,8 +104,23 @@ private:
   virtual IJSON* Interface_Serialize(IContext* context) const = 0;
 };
 
-}  // namespace Tovrin
+// What the containers could not say before IVariant was whole.
+inline AutoRefPtr<IVariant> IVectorGeneric::Get(std::size_t index) const {
+  return AutoRefPtr<IVariant>(Interface_Get(index));
+}
+inline AutoRefPtr<const IVectorGeneric> IVectorGeneric::Append(
+    const AutoRefPtr<IVariant>& element) const {
+  return AutoRefPtr<const IVectorGeneric>(Interface_Append(element.get()));
+}
+inline AutoRefPtr<IVariant> IMapGeneric::GetKeyAt(std::size_t index) const {
+  return AutoRefPtr<IVariant>(Interface_GetKeyAt(index));
+}
+inline AutoRefPtr<IVariant> IMapGeneric::GetValueAt(std::size_t index) const {
+  return AutoRefPtr<IVariant>(Interface_GetValueAt(index));
+}
+inline AutoRefPtr<const IMapGeneric> IMapGeneric::Insert(const AutoRefPtr<IVariant>& key,
+                                                         const AutoRefPtr<IVariant>& value) const {
+  return AutoRefPtr<const IMapGeneric>(Interface_Insert(key.get(), value.get()));
+}
 
-// What the members above hand out; behind the class, since the two know each other.
-#include "host/IMapGeneric.h"
-#include "host/IVectorGeneric.h"
+}  // namespace Tovrin

@@ -5,6 +5,10 @@
 
 namespace Tovrin {
 
+// Base of every class of the module that stands behind a host interface: the reference count.
+//
+// The creator owns the first reference. Any thread may take and drop references; the one that drops
+// the last deletes the object. Derived classes keep their destructor protected or private.
 template <class I>
 class InterfaceImpl : public I {
 public:

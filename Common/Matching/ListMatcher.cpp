@@ -1,0 +1,307 @@
+#include "Common/Matching/ListMatcher.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "Common/Matching/Parser.h"
+
+namespace Matching {
+
+namespace {
+
+// The tree of a scanner taken apart: what stands around its alternatives, and these.
+struct Shape {
+  std::vector<NodeId> before;
+  std::vector<NodeId> alternatives;
+  std::vector<NodeId> after;
+
+  std::vector<NodeId> PartsOf(NodeId alternative) const {
+    std::vector<NodeId> parts = before;
+    parts.push_back(alternative);
+    parts.insert(parts.end(), after.begin(), after.end());
+    return parts;
+  }
+};
+
+std::vector<NodeId> ChildrenOf(const SyntaxTree& tree, NodeId id) {
+  std::vector<NodeId> children;
+  for (NodeId child = tree[id].firstChild; child != kNoNode; child = tree[child].nextSibling) {
+    children.push_back(child);
+  }
+  return children;
+}
+
+// Finds the group that encloses the alternatives. A scanner whose brackets have closed each other
+// has another shape, and is taken as one alternative.
+Shape ShapeOf(const SyntaxTree& tree, std::uint32_t firstGroup) {
+  const Shape whole{{}, {tree.Root()}, {}};
+  if (firstGroup == 0) return whole;
+  Shape shape;
+  for (NodeId id = tree.Root();;) {
+    const Node& node = tree[id];
+    if (node.kind == NodeKind::Concat) {
+      const std::vector<NodeId> children = ChildrenOf(tree, id);
+      // Groups are numbered as they open, so the one that holds the group asked for is the last
+      // that opens no later.
+      const auto holder = std::find_if(children.rbegin(), children.rend(), [&](NodeId child) {
+        return tree[child].kind == NodeKind::Group && tree[child].value < firstGroup;
+      });
+      if (holder == children.rend()) return whole;
+      shape.before.insert(shape.before.end(), children.begin(), holder.base() - 1);
+      shape.after.insert(shape.after.begin(), holder.base(), children.end());
+      id = *holder;
+    } else if (node.kind == NodeKind::Group && node.value + 1 == firstGroup) {
+      const bool isMany = tree[node.firstChild].kind == NodeKind::Alternate;
+      shape.alternatives =
+          isMany ? ChildrenOf(tree, node.firstChild) : std::vector<NodeId>{node.firstChild};
+      return shape;
+    } else if (node.kind == NodeKind::Group) {
+      id = node.firstChild;
+    } else {
+      return whole;
+    }
+  }
+}
+
+bool HasLineEnd(const LiteralForm& form) {
+  return std::any_of(form.pieces.begin(), form.pieces.end(), [](const std::string& piece) {
+    return piece.find_first_of("\n\r") != std::string::npos;
+  });
+}
+
+// What one alternative's literals say.
+struct Verdict {
+  ListRoad road = ListRoad::Always;
+  std::vector<LiteralForm> forms;     // for the roads that literals decide
+  std::vector<std::string> required;  // for Required
+};
+
+// A form that a table of anchored literals serves, or that needs none.
+bool IsAnchored(const LiteralForm& form) {
+  return form.pieces.empty() || (form.pieces.size() == 1 && !(form.gapBefore && form.gapAfter));
+}
+
+const std::string& LongestPiece(const LiteralForm& form) {
+  return *std::max_element(
+      form.pieces.begin(), form.pieces.end(),
+      [](const std::string& a, const std::string& b) { return a.size() < b.size(); });
+}
+
+Verdict Judge(const SyntaxTree& tree, const std::vector<NodeId>& parts,
+              const ListMatcher::Options& options) {
+  Verdict verdict;
+  if (auto forms = LiteralForms::Whole(tree, parts)) {
+    const bool isAnchored = std::all_of(forms->begin(), forms->end(), IsAnchored);
+    // A gap stops at a line end and a piece may hold one: then the order of the two matters.
+    const bool isPlain = isAnchored || std::none_of(forms->begin(), forms->end(), HasLineEnd);
+    if (isPlain && (isAnchored ? options.useAnchored : options.useFloating)) {
+      verdict.road = isAnchored ? ListRoad::Anchored : ListRoad::Floating;
+      verdict.forms = std::move(*forms);
+      return verdict;
+    }
+  }
+  if (options.useRequired) verdict.required = LiteralForms::Required(tree, parts);
+  if (!verdict.required.empty()) verdict.road = ListRoad::Required;
+  return verdict;
+}
+
+// Whether the parts are one fixed text.
+bool IsFixed(const SyntaxTree& tree, const std::vector<NodeId>& parts) {
+  const auto forms = LiteralForms::Whole(tree, parts);
+  return forms && forms->size() == 1 && !forms->front().gapBefore && !forms->front().gapAfter &&
+         forms->front().pieces.size() <= 1;
+}
+
+// Whether the parts are a gap and nothing else.
+bool IsGap(const SyntaxTree& tree, const std::vector<NodeId>& parts) {
+  const auto forms = LiteralForms::Whole(tree, parts);
+  return forms && forms->size() == 1 && forms->front().gapBefore && forms->front().pieces.empty();
+}
+
+}  // namespace
+
+class ListMatcher::Builder {
+public:
+  Builder(ListMatcher& matcher, const Options& options) : fMatcher(matcher), fOptions(options) {}
+
+  void Add(std::uint32_t number, const ListScanner& scanner) {
+    const ParseResult parsed = Parse(scanner.pattern);
+    fMatcher.fNaming.push_back(Naming::ByCaptures);
+    if (parsed.error) return AddAlways(number);
+    const Shape shape = ShapeOf(parsed.tree, scanner.firstGroup);
+    bool isDecided = true;  // by literals, all of them
+    bool isOneEnd = true;   // each is one literal
+    for (const NodeId alternative : shape.alternatives) {
+      const Node& node = parsed.tree[alternative];
+      const bool isGroup = scanner.firstGroup != 0 && node.kind == NodeKind::Group;
+      const Verdict verdict = Judge(parsed.tree, shape.PartsOf(alternative), fOptions);
+      const bool isLiteral = verdict.road <= ListRoad::Floating;
+      isDecided = isDecided && isLiteral && isGroup && IsNeverEmpty(parsed.tree, alternative);
+      isOneEnd =
+          isOneEnd && verdict.road == ListRoad::Anchored && IsFixed(parsed.tree, {alternative});
+      Add({number, isGroup ? node.value : 0}, verdict);
+    }
+    if (isDecided && IsFixed(parsed.tree, shape.after)) {
+      if (IsFixed(parsed.tree, shape.before)) {
+        fMatcher.fNaming.back() = Naming::InOrder;
+      } else if (isOneEnd && IsGap(parsed.tree, shape.before)) {
+        fMatcher.fNaming.back() = Naming::Shortest;
+      }
+    }
+  }
+
+  void Finish() {
+    fMatcher.fTails.Freeze();
+    fMatcher.fHeads.Freeze();
+    fMatcher.fFloating.Freeze();
+    fMatcher.fParts.shrink_to_fit();
+    fMatcher.fTargets.shrink_to_fit();
+    fMatcher.fForms.shrink_to_fit();
+  }
+
+private:
+  // An alternative that took the empty text cannot be told from one that took no part.
+  static bool IsNeverEmpty(const SyntaxTree& tree, NodeId alternative) {
+    const auto forms = LiteralForms::Whole(tree, {alternative});
+    return forms && std::all_of(forms->begin(), forms->end(),
+                                [](const LiteralForm& form) { return !form.pieces.empty(); });
+  }
+
+  void AddAlways(std::uint32_t scanner) {
+    std::vector<std::uint32_t>& always = fMatcher.fAlways;
+    if (always.empty() || always.back() != scanner) always.push_back(scanner);
+  }
+
+  void Add(const Part& part, const Verdict& verdict) {
+    const auto id = static_cast<std::uint32_t>(fMatcher.fParts.size());
+    fMatcher.fParts.push_back(part);
+    bool fits = verdict.road != ListRoad::Always;
+    for (const LiteralForm& form : verdict.forms) fits = fits && AddForm(form, id);
+    for (const std::string& literal : verdict.required) {
+      fits = fits && AddFloating(literal, {id, kNone});
+    }
+    if (!fits) AddAlways(part.scanner);  // what a table had no room for
+  }
+
+  bool AddForm(const LiteralForm& form, std::uint32_t id) {
+    if (form.pieces.empty()) {
+      std::uint32_t& first = form.gapBefore ? fMatcher.fAnythingPart : fMatcher.fEmptyPart;
+      first = std::min(first, id);
+      return true;
+    }
+    if (!IsAnchored(form)) {
+      fMatcher.fForms.push_back(form);
+      return AddFloating(LongestPiece(form),
+                         {id, static_cast<std::uint32_t>(fMatcher.fForms.size() - 1)});
+    }
+    const std::string& piece = form.pieces.front();
+    if (form.gapBefore) return fMatcher.fTails.AddAnchored(piece, id);
+    if (form.gapAfter) return fMatcher.fHeads.AddAnchored(piece, id);
+    return fMatcher.fTails.AddWhole(piece, id);
+  }
+
+  bool AddFloating(const std::string& literal, const Target& target) {
+    const auto id = static_cast<std::uint32_t>(fMatcher.fTargets.size());
+    if (!fMatcher.fFloating.Add(literal, id)) return false;
+    fMatcher.fTargets.push_back(target);
+    return true;
+  }
+
+  ListMatcher& fMatcher;
+  const Options fOptions;
+};
+
+ListMatcher::ListMatcher(const std::vector<ListScanner>& scanners, const Options& options) {
+  Builder builder(*this, options);
+  for (std::uint32_t i = 0; i < scanners.size(); ++i) builder.Add(i, scanners[i]);
+  builder.Finish();
+}
+
+// The pieces in order, each at the first place where it can stand; what stands earlier leaves more
+// room for the rest. The text has no line ends.
+bool ListMatcher::HasForm(std::string_view text, const LiteralForm& form) {
+  const auto equals = [text](std::size_t at, const std::string& piece) {
+    return EqualsFolded(text.data() + at, piece.data(), piece.size());
+  };
+  std::size_t from = 0;
+  std::size_t to = text.size();
+  std::size_t first = 0;
+  std::size_t last = form.pieces.size();
+  if (!form.gapBefore) {
+    const std::string& piece = form.pieces[first++];
+    if (to < piece.size() || !equals(0, piece)) return false;
+    from = piece.size();
+  }
+  if (!form.gapAfter) {
+    const std::string& piece = form.pieces[--last];
+    if (to - from < piece.size() || !equals(to - piece.size(), piece)) return false;
+    to -= piece.size();
+  }
+  for (; first < last; ++first) {
+    const std::string& piece = form.pieces[first];
+    for (;; ++from) {
+      if (to - from < piece.size()) return false;
+      if (FoldByte(text[from]) == static_cast<unsigned char>(piece[0]) && equals(from, piece))
+        break;
+    }
+    from += piece.size();
+  }
+  return true;
+}
+
+void ListMatcher::LineEnds::Find() {
+  fKnown = true;
+  const std::size_t first = fText.find_first_of("\n\r");
+  fFirst = first == std::string_view::npos ? fText.size() : first;
+  fLast = first == std::string_view::npos ? 0 : fText.find_last_of("\n\r");
+}
+
+bool ListMatcher::LineEnds::NoneBetween(std::size_t from, std::size_t to) const {
+  if (fFirst == fText.size()) return true;
+  return fText.substr(from, to - from).find_first_of("\n\r") == std::string_view::npos;
+}
+
+bool ListMatcher::Asked::AddToMany(std::uint32_t scanner) {
+  if (fMany.size() <= scanner) fMany.resize(std::size_t{scanner} + 1);
+  if (fMany[scanner]) return false;
+  fMany[scanner] = true;
+  return true;
+}
+
+std::vector<ListMatcher::Alternative> ListMatcher::Plan(const std::vector<ListScanner>& scanners,
+                                                        const Options& options) {
+  std::vector<Alternative> plan;
+  for (std::uint32_t i = 0; i < scanners.size(); ++i) {
+    const ParseResult parsed = Parse(scanners[i].pattern);
+    if (parsed.error) {
+      plan.push_back({i, 0, ListRoad::Always, {}});
+      continue;
+    }
+    const Shape shape = ShapeOf(parsed.tree, scanners[i].firstGroup);
+    for (const NodeId alternative : shape.alternatives) {
+      Verdict verdict = Judge(parsed.tree, shape.PartsOf(alternative), options);
+      std::vector<std::string> literals = std::move(verdict.required);
+      for (const LiteralForm& form : verdict.forms) {
+        if (!form.pieces.empty()) literals.push_back(LongestPiece(form));
+      }
+      const Node& node = parsed.tree[alternative];
+      const bool isGroup = scanners[i].firstGroup != 0 && node.kind == NodeKind::Group;
+      plan.push_back({i, isGroup ? node.value : 0, verdict.road, std::move(literals)});
+    }
+  }
+  return plan;
+}
+
+std::size_t ListMatcher::MemorySize() const {
+  std::size_t size =
+      sizeof *this + fTails.MemorySize() + fHeads.MemorySize() + fFloating.MemorySize() +
+      fParts.capacity() * sizeof(Part) + fNaming.capacity() + fTargets.capacity() * sizeof(Target) +
+      fForms.capacity() * sizeof(LiteralForm) + fAlways.capacity() * sizeof(std::uint32_t);
+  for (const LiteralForm& form : fForms) {
+    size += form.pieces.capacity() * sizeof(std::string);
+    for (const std::string& piece : form.pieces) size += piece.capacity();
+  }
+  return size;
+}
+
+}  // namespace Matching

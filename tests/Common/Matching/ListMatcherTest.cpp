@@ -1,0 +1,221 @@
+#include "Common/Matching/ListMatcher.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <random>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "Common/Matching/ByteFold.h"
+
+namespace {
+
+using Matching::ListMatcher;
+using Matching::ListRoad;
+using Matching::ListScanner;
+using Strings = std::vector<std::string>;
+
+// Scanners as a list makes them, beside the same ones compiled by the standard library.
+class Scanners {
+public:
+  // The alternatives without their brackets, between what stands before and behind all of them.
+  void Add(const std::string& before, const Strings& alternatives, const std::string& after,
+           std::uint32_t groupsBefore = 0) {
+    std::string pattern = before + "(";
+    for (const std::string& alternative : alternatives) {
+      pattern += (pattern.back() == ')' ? "|(" : "(") + alternative + ")";
+    }
+    AddWhole(pattern + ")" + after, groupsBefore + 2);
+  }
+  void AddWhole(const std::string& pattern, std::uint32_t firstGroup) {
+    fPatterns.push_back(pattern);
+    fFirstGroups.push_back(firstGroup);
+    fRegexes.emplace_back(pattern, std::regex::ECMAScript | std::regex::icase);
+  }
+
+  std::vector<ListScanner> List() const {
+    std::vector<ListScanner> list;
+    for (std::size_t i = 0; i < fPatterns.size(); ++i) {
+      list.push_back({fPatterns[i], fFirstGroups[i]});
+    }
+    return list;
+  }
+  bool Matches(std::size_t scanner, const std::string& text) const {
+    return std::regex_match(text, fRegexes[scanner]);
+  }
+  // The group of the alternative that the captures name, by the rule of a list's Find.
+  std::uint32_t NamedGroup(std::size_t scanner, const std::string& text) const {
+    std::smatch captures;
+    EXPECT_TRUE(std::regex_match(text, captures, fRegexes[scanner]));
+    const std::uint32_t first = fFirstGroups[scanner];
+    for (std::uint32_t group = first; group < captures.size(); ++group) {
+      if (captures[group].str() == captures[first - 1].str()) return group;
+    }
+    return 0;
+  }
+  std::string Show() const {
+    std::string text;
+    for (const std::string& pattern : fPatterns) text += pattern + "\n";
+    return text;
+  }
+
+private:
+  Strings fPatterns;
+  std::vector<std::uint32_t> fFirstGroups;
+  std::vector<std::regex> fRegexes;
+};
+
+const Matching::ListOptions kAllOptions[] = {
+    {true, true, true},  {false, true, true},  {true, false, true},
+    {true, true, false}, {false, false, true}, {false, false, false},
+};
+
+void ExpectAgreement(const Scanners& scanners, const Strings& texts) {
+  const std::vector<ListScanner> list = scanners.List();
+  for (const auto& options : kAllOptions) {
+    const ListMatcher matcher(list, options);
+    for (const std::string& text : texts) {
+      SCOPED_TRACE(scanners.Show() + "on '" + text + "'");
+      const auto confirm = [&](std::uint32_t scanner) { return scanners.Matches(scanner, text); };
+      std::optional<std::uint32_t> first;
+      for (std::uint32_t i = 0; i < list.size() && !first; ++i) {
+        if (confirm(i)) first = i;
+      }
+      ASSERT_EQ(matcher.Matches(text, confirm), first.has_value());
+      const auto hit = matcher.FindFirst(text, confirm);
+      ASSERT_EQ(hit.has_value(), first.has_value());
+      if (!hit) continue;
+      ASSERT_EQ(hit->scanner, *first);
+      if (hit->group == 0) continue;
+      ASSERT_EQ(hit->group, scanners.NamedGroup(*first, text));
+    }
+  }
+}
+
+TEST(ListMatcher, AgreesWithTheScannersOnNamesAndGlobs) {
+  Scanners scanners;
+  scanners.Add("^", {"example\\.com", "ad.*", "ex.*com", ".*mid.*", "a.c"}, "$");
+  scanners.Add("^.*", {"\\.example\\.com", "com", "\\.net", "x.*\\.org"}, "$");
+  scanners.Add("", {"^(.*\\.)?name\\.tld$", "^a\\d+b$", ".*needle\\d.*", "(a|b)*"}, "");
+  scanners.AddWhole("(.)x\\1", 0);
+  ExpectAgreement(scanners,
+                  {"",        "example.com", "EXAMPLE.COM", "www.example.com", "xexample.com",
+                   "ad",      "adx",         "ad\n",        "exACOM",          "a mid b",
+                   "mid",     "abc",         "a\nc",        "a.net",           "net",
+                   "x.y.org", "name.tld",    "a.name.tld",  "xname.tld",       "\n.name.tld",
+                   "a1b",     "a12b",        "needle5",     "xx NEEDLE5 yy",   "ab",
+                   "axa",     "axb",         "com",         "\ncom",           "q"});
+}
+
+TEST(ListMatcher, AgreesWhereAGapIsAllThereIs) {
+  Scanners scanners;
+  scanners.Add("^", {"b", ""}, "$");
+  scanners.Add("^.*", {"", "a"}, "$");
+  ExpectAgreement(scanners, {"", "a", "b", "\n", "a\n", "\ra", "xa"});
+}
+
+TEST(ListMatcher, AgreesWithinPrefixes) {
+  Scanners scanners;
+  scanners.Add("(ab", {"c", "d.*", ""}, ")", 1);
+  scanners.Add("((x|y)z", {"c", "d"}, ")", 2);
+  scanners.Add("((.*\\.)?", {"c", "\\.c"}, ")", 2);
+  ExpectAgreement(scanners,
+                  {"ab", "abc", "abd", "abdd", "xzc", "yzd", "zc", "c", ".c", "a.c", "a..c"});
+}
+
+TEST(ListMatcher, TakesAScannerOfAnotherShapeWhole) {
+  Scanners scanners;
+  // Two wildcards whose stray brackets close each other's.
+  scanners.AddWhole("^((x[b)|([c]))$", 2);
+  scanners.AddWhole("(a(b)|c)*", 2);
+  ExpectAgreement(scanners, {"xb", "xc", "x|", "c", "ab", "abc", "", "cab"});
+}
+
+TEST(ListMatcher, NamesWhatTheCapturesName) {
+  Scanners scanners;
+  scanners.Add("^.*", {"\\.a\\.com", "om", "\\.com"}, "$");
+  scanners.Add("^", {"abc", "ab.*", "a.*"}, "$");
+  ExpectAgreement(scanners, {"x.a.com", "room", "x.com", "abc", "abd", "acd"});
+  const ListMatcher matcher(scanners.List());
+  const auto none = [](std::uint32_t) -> bool { throw std::logic_error("literals decide all"); };
+  EXPECT_EQ(matcher.FindFirst("x.a.com", none)->group, 3u);  // "om": the star takes what it can
+  EXPECT_EQ(matcher.FindFirst("abc", none)->group, 2u);
+  EXPECT_EQ(matcher.FindFirst("acd", none)->group, 4u);
+  EXPECT_FALSE(matcher.FindFirst("x", none));
+}
+
+// The plan: which road answers typical elements.
+TEST(ListMatcher, PlansTheRoadOfEachElement) {
+  const std::pair<const char*, std::pair<ListRoad, Strings>> rows[] = {
+      {"example\\.com", {ListRoad::Anchored, {"example.com"}}},
+      {"^(.*\\.)?name\\.tld$", {ListRoad::Anchored, {".name.tld", "name.tld"}}},
+      {".*\\.name\\.tld", {ListRoad::Anchored, {".name.tld"}}},
+      {"ads\\..*", {ListRoad::Anchored, {"ads."}}},
+      {".*://h/p.*", {ListRoad::Floating, {"://h/p"}}},
+      {".*://h/.*/track\\.js.*", {ListRoad::Floating, {"/track.js"}}},
+      {"^.*GoKu-iOS/(\\d+[.\\d]+).*$", {ListRoad::Required, {"goku-ios/"}}},
+      {"\\d+", {ListRoad::Always, {}}},
+      {"(ab)\\1", {ListRoad::Required, {"ab"}}},
+  };
+  for (const auto& [pattern, expected] : rows) {
+    SCOPED_TRACE(pattern);
+    const auto plan = ListMatcher::Plan({{pattern, 0}});
+    ASSERT_EQ(plan.size(), 1u);
+    EXPECT_EQ(plan[0].road, expected.first);
+    EXPECT_THAT(plan[0].literals, testing::UnorderedElementsAreArray(expected.second));
+  }
+}
+
+TEST(ListMatcher, AsksAScannerOnceAboutAText) {
+  Scanners scanners;
+  scanners.Add("", {".*key\\d.*", ".*word\\d.*", "\\d+"}, "");
+  const ListMatcher matcher(scanners.List());
+  int asked = 0;
+  EXPECT_FALSE(matcher.Matches("key word key word key", [&](std::uint32_t) {
+    ++asked;
+    return false;
+  }));
+  EXPECT_EQ(asked, 1);
+}
+
+TEST(ListMatcher, LetsWhatConfirmingThrowsPass) {
+  Scanners scanners;
+  scanners.Add("", {"\\d+"}, "");
+  const ListMatcher matcher(scanners.List());
+  const auto fail = [](std::uint32_t) -> bool { throw std::runtime_error("engine"); };
+  EXPECT_THROW(matcher.Matches("x", fail), std::runtime_error);
+  EXPECT_THROW(matcher.FindFirst("x", fail), std::runtime_error);
+}
+
+std::string RandomOf(std::mt19937& random, const Strings& parts, std::size_t most) {
+  std::string text;
+  for (std::size_t i = random() % (most + 1); i > 0; --i) text += parts[random() % parts.size()];
+  return text;
+}
+
+TEST(ListMatcher, AgreesWithTheScannersOnRandomLists) {
+  std::mt19937 random(44);
+  const Strings globParts = {"a", "b", "\\.", ".*", "ab", ".", "\n"};
+  const Strings regexParts = {"a",     "b",        "\\.", ".*", "[ab]", "\\d",
+                              "(a|b)", "(.*\\.)?", "^",   "$",  "a?"};
+  const Strings textParts = {"a", "B", ".", "ab", "1", "\n", "b"};
+  for (int round = 0; round < 250; ++round) {
+    Scanners scanners;
+    for (std::size_t count = 1 + random() % 3; count > 0; --count) {
+      const int kind = static_cast<int>(random() % 3);
+      Strings alternatives;
+      for (std::size_t i = 1 + random() % 4; i > 0; --i) {
+        alternatives.push_back(RandomOf(random, kind == 2 ? regexParts : globParts, 4));
+      }
+      scanners.Add(kind == 0 ? "^" : kind == 1 ? "^.*" : "", alternatives, kind == 2 ? "" : "$");
+    }
+    Strings texts;
+    for (int i = 0; i < 25; ++i) texts.push_back(RandomOf(random, textParts, 5));
+    ExpectAgreement(scanners, texts);
+    if (HasFatalFailure()) return;
+  }
+}
+
+}  // namespace

@@ -13,6 +13,8 @@
 #include <utility>
 #include <vector>
 
+#include "Common/CRegex.h"
+#include "Common/CRegexException.h"
 #include "Libs/Threads/CCriticalSection.h"
 #include "tests/Common/QuestionedHost.h"
 
@@ -40,6 +42,27 @@ std::ostream& operator<<(std::ostream&, ThrowsOnStream kind) {
   if (kind.standard) throw std::runtime_error("no text");
   throw 42;
 }
+
+// Throws from every operation, counting its references included.
+class ThrowingHost final : public Tovrin::IHost {
+  void Interface_AddRef() const override { throw std::runtime_error("AddRef"); }
+  bool Interface_Release() const override { throw std::runtime_error("Release"); }
+  std::int32_t Interface_GetCount() const override { throw std::runtime_error("GetCount"); }
+  void Interface_PrintError(const char*, const char*, const char*, const char*, const char*,
+                            const char*, std::int32_t) override {
+    throw 42;
+  }
+  void Interface_PrintDebug(std::uint32_t, const char*, const char*, const char*, const char*,
+                            std::uint32_t, const char*) override {
+    throw 42;
+  }
+  bool Interface_IsDebugActive() const override { throw 42; }
+  bool Interface_IsFunctionLevelEnabled(std::uint32_t, const char*, const char*) const override {
+    throw 42;
+  }
+  bool Interface_IsLevelEnabled(std::uint32_t, const char*) const override { throw 42; }
+  void Interface_ApplyDebugConfiguration(const char*) override { throw 42; }
+};
 
 }  // namespace
 
@@ -285,6 +308,20 @@ TEST(AFailingSite, IsUndisturbedByAHostThatThrowsFromEveryOperation) {
     EXPECT_NO_THROW(qxReportError(ErrorId::InternalError, kFunction, {{"msg", "x"}}));
     EXPECT_EQ(host->GetCount(), HostInSlot::kReferences);
   }
+}
+
+TEST(AFailingSite, DoesNotDisturbAMatchUnderAHostThatCannotEvenBeHeld) {
+  static ThrowingHost host;
+  Tovrin::HostSlot.store(&host);
+  const CRegexPtr bad = CRegex::Create("(unclosed", false);
+  const CRegexPtr good = CRegex::Create("a+b", false);
+  const bool matches = good && good->Matches("AAB");
+  EXPECT_NO_THROW(qxReport(ErrorId::InternalError, kFunction, {{"msg", "x"}}));
+  EXPECT_NO_THROW(qxReportError(ErrorId::InternalError, kFunction, {{"msg", "x"}}));
+  EXPECT_NO_THROW(CRegexException("x"));
+  Tovrin::HostSlot.store(nullptr);
+  EXPECT_FALSE(bad);
+  EXPECT_TRUE(matches);
 }
 
 TEST(ReportLogFailure, JoinsExceptionAndText) {

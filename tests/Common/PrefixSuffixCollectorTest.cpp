@@ -1,0 +1,158 @@
+#include "Common/PrefixSuffixCollector.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/Common/QuestionedHost.h"
+
+namespace {
+
+using Strings = std::vector<std::string>;
+
+struct Collected : PrefixSuffixCollector {
+  explicit Collected(const Strings& expressions, bool optimize, bool measure = false)
+      : PrefixSuffixCollector(measure) {
+    for (const std::string& expression : expressions) Add(expression, "<" + expression + ">");
+    Calculate(optimize);
+  }
+  Strings Prefixes() {
+    Strings prefixes;
+    for (const PrefixGroup& group : Groups()) {
+      prefixes.push_back(group.Prefix());
+      EXPECT_EQ(group.Suffix(), "");
+    }
+    return prefixes;
+  }
+  // "prefix: rest<source> ..." for each group.
+  Strings Contents() {
+    Strings contents;
+    for (const PrefixGroup& group : Groups()) {
+      std::string line = group.Prefix() + ":";
+      for (const auto& item : group.Items()) line += " " + item.fExpression + item.fSource;
+      contents.push_back(line);
+    }
+    return contents;
+  }
+};
+
+// That many expressions which begin alike and differ from there on.
+Strings Alike(const std::string& beginning, int count) {
+  Strings expressions;
+  for (int i = 0; i < count; ++i) expressions.push_back(beginning + std::string(1, char('A' + i)));
+  return expressions;
+}
+
+TEST(PrefixGroup, TakesWhatBeginsAndEndsAsItDoes) {
+  PrefixGroup group("ab", "yz");
+  EXPECT_TRUE(group.TryAddToGroup("abcyz", "1"));
+  EXPECT_TRUE(group.TryAddToGroup("abyz", "2"));
+  EXPECT_FALSE(group.TryAddToGroup("abz", "short of both affixes together"));
+  EXPECT_FALSE(group.TryAddToGroup("xbcyz", "other beginning"));
+  EXPECT_FALSE(group.TryAddToGroup("ABcyz", "other case"));
+  EXPECT_FALSE(group.TryAddToGroup("abcyx", "other end"));
+  ASSERT_EQ(group.Items().size(), 2u);
+  EXPECT_EQ(group.Items()[0].fExpression, "c");
+  EXPECT_EQ(group.Items()[0].fSource, "1");
+  EXPECT_EQ(group.Items()[1].fExpression, "");
+  EXPECT_TRUE(group.HasAffix());
+
+  PrefixGroup rest("", "");
+  EXPECT_FALSE(rest.HasAffix());
+  EXPECT_TRUE(rest.TryAddToGroup("", "takes everything"));
+}
+
+TEST(PrefixSuffixCollector, KeepsOneGroupWithoutTheOptimisation) {
+  Collected collected(Alike("abc", 20), false);
+  EXPECT_EQ(collected.Prefixes(), (Strings{""}));
+  EXPECT_EQ(collected.Groups()[0].Items().size(), 20u);
+  EXPECT_EQ(collected.Groups()[0].Items()[3].fExpression, "abcD");
+  EXPECT_TRUE(collected.Tree().IsEmpty());
+  EXPECT_TRUE(collected.TokenLists().empty());
+}
+
+TEST(PrefixSuffixCollector, SortsIntoTheGroupWithTheLongestPrefixThatFits) {
+  Strings expressions = Alike("abcd", 10);
+  for (const auto& more : Alike("ab", 10)) expressions.push_back(more);
+  for (const auto& more : Alike("x", 2)) expressions.push_back(more);
+  Collected collected(expressions, true);
+  EXPECT_EQ(collected.Prefixes(), (Strings{"abcd", "ab", "x", ""}));
+  const Strings contents = collected.Contents();
+  EXPECT_TRUE(contents[0].starts_with("abcd: A<abcdA> B<abcdB>")) << contents[0];
+  EXPECT_TRUE(contents[1].starts_with("ab: A<abA> B<abB>")) << contents[1];
+  EXPECT_EQ(contents[3], ":");
+}
+
+TEST(PrefixSuffixCollector, OrdersLongPrefixesFirstAndEqualOnesByBytes) {
+  Collected collected({"b", "a", "ccc", "a"}, true);
+  EXPECT_EQ(collected.Prefixes(), (Strings{"ccc", "a", "b", ""}));
+  EXPECT_EQ(collected.Contents()[1], "a: <a> <a>");
+}
+
+// Contract: the splitter loses a single byte in front of a quantified one, so the tree names "b*c"
+// as a beginning of "ab*c". Nothing begins like that, and its group stays empty.
+TEST(PrefixSuffixCollector, ComparesEveryPrefixWithTheExpressionItself) {
+  Collected collected({"ab*c"}, true);
+  EXPECT_EQ(collected.Contents(), (Strings{"b*c:", ": ab*c<ab*c>"}));
+}
+
+TEST(PrefixSuffixCollector, MeasuresEachStepOnlyWhenAsked) {
+  EXPECT_TRUE(Collected({"a"}, true).Measurements().empty());
+  const auto names = [](const PrefixSuffixCollector& collected) {
+    Strings names;
+    for (const std::string& line : collected.Measurements()) {
+      EXPECT_TRUE(line.ends_with(" ms")) << line;
+      names.push_back(line.substr(0, line.find(':')));
+    }
+    return names;
+  };
+  EXPECT_EQ(names(Collected({"a"}, true, true)),
+            (Strings{"RegexSplitter", "RadixTree", "PrefixSuffixCollection"}));
+  EXPECT_EQ(names(Collected({"a"}, false, true)), (Strings{"PrefixSuffixCollection"}));
+}
+
+TEST(PrefixSuffixCollector, SamplesAboveFiveThousandExpressions) {
+  Strings expressions;
+  for (int i = 0; i < 5000; ++i) expressions.push_back("common" + std::to_string(i));
+  EXPECT_EQ(Collected(expressions, true).TokenLists().size(), 5000u);
+
+  while (expressions.size() < 20000) {
+    expressions.push_back("common" + std::to_string(expressions.size()));
+  }
+  Collected sampled(expressions, true);
+  // A quarter of them, give or take what the generator draws.
+  EXPECT_GT(sampled.TokenLists().size(), 4000u);
+  EXPECT_LT(sampled.TokenLists().size(), 6000u);
+  std::size_t items = 0;
+  for (const PrefixGroup& group : sampled.Groups()) {
+    items += group.Items().size();
+    EXPECT_EQ(group.HasAffix(), !group.Items().empty());
+  }
+  EXPECT_EQ(items, 20000u);
+}
+
+TEST(PrefixSuffixCollector, WarnsOnceOfWhatItCannotRead) {
+  const HostInSlot host(Gates{.level = false});  // lets level 1 through alone
+  Collected collected({"good", "(bad", "[worse"}, true);
+  ASSERT_EQ(host->fPrinted.size(), 1u);
+  EXPECT_NE(host->fPrinted[0].message.find(
+                "PrefixSuffixCollector::Calculate: failed parsing regex '(bad' "
+                "continue w/o optimization"),
+            std::string::npos)
+      << host->fPrinted[0].message;
+  // It goes on with the optimisation, as one unit.
+  EXPECT_EQ(collected.TokenLists()[1], (std::vector<RegexToken>{{RegexTokenKind::Unit, "(bad"}}));
+}
+
+TEST(PrefixSuffixCollector, WarnsInASampleOfItsFirstExpressionAlone) {
+  const HostInSlot host(Gates{.level = false});  // lets level 1 through alone
+  Strings expressions(5001, "fine");
+  expressions.back() = "(bad";
+  Collected(expressions, true);
+  EXPECT_TRUE(host->fPrinted.empty());
+  Collected(Strings(5001, "(bad"), true);
+  EXPECT_EQ(host->fPrinted.size(), 1u);
+}
+
+}  // namespace

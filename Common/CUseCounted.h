@@ -45,7 +45,9 @@ public:
   }
   virtual ~CUseCounted() = default;
 
-  std::uint32_t UseCount() const { return fUseCount.load(std::memory_order_relaxed); }
+  // Who reads 1 and holds that one reference is alone with the object: the acquire pairs with the
+  // release in Release, so what earlier holders did with it is over.
+  std::uint32_t UseCount() const { return fUseCount.load(std::memory_order_acquire); }
 
 protected:
   CUseCounted() = default;
@@ -54,8 +56,8 @@ private:
   mutable std::atomic<std::uint32_t> fUseCount{1};
 };
 
-// Holds one reference on a T that derives from CUseCounted (or has its AddRef and Release), or none.
-// Construction from a raw pointer takes over the caller's reference; ShareUse takes one more.
+// Holds one reference on a T that derives from CUseCounted (or has its AddRef and Release), or
+// none. Construction from a raw pointer takes over the caller's reference; ShareUse takes one more.
 template <class T>
 class CUsePtr {
 public:

@@ -1,0 +1,297 @@
+#include "Common/CStringImpl.h"
+
+#include <algorithm>
+#include <cstring>
+#include <mutex>
+#include <stdexcept>
+#include <utility>
+
+#include "Common/TextConversion.h"
+#include "Common/TextDetection.h"
+#include "Common/Utf8.h"
+
+namespace {
+
+// So many characters fit in no memory, and their bytes can still be counted.
+constexpr std::uint64_t kMostReserved = std::uint64_t{1} << 60;
+
+// One unit a byte.
+std::u32string Widened(std::string_view bytes) {
+  std::u32string wide(bytes.size(), U'\0');
+  std::transform(bytes.begin(), bytes.end(), wide.begin(),
+                 [](char byte) { return static_cast<unsigned char>(byte); });
+  return wide;
+}
+
+std::u32string WideUnits(const void* bytes, std::size_t size) {
+  std::u32string wide(size / sizeof(char32_t), U'\0');
+  if (!wide.empty()) std::memcpy(wide.data(), bytes, wide.size() * sizeof(char32_t));
+  return wide;
+}
+
+std::string_view BytesOf(std::u32string_view wide) {
+  return {reinterpret_cast<const char*>(wide.data()), wide.size() * sizeof(char32_t)};
+}
+
+// "UTF-16" and "UTF-32": a text of theirs says at its beginning how it is to be read.
+bool HasByteOrderMark(std::uint32_t encoding) {
+  return encoding == Charset::Utf16 || encoding == Charset::Utf32;
+}
+
+}  // namespace
+
+// ---- bytes
+
+void CStringImpl::ByteStore::Assign(std::string_view bytes) {
+  if (bytes.size() <= fCapacity) {
+    std::memmove(fData, bytes.data(), bytes.size());
+  } else {
+    char* const block = NewBlock(bytes.size());
+    std::memcpy(block, bytes.data(), bytes.size());
+    DropBlock();
+    fData = block;
+    fCapacity = bytes.size();
+  }
+  fSize = bytes.size();
+  fData[fSize] = '\0';
+}
+
+void CStringImpl::ByteStore::Append(std::string_view bytes) {
+  const std::size_t size = fSize + bytes.size();
+  if (size > fCapacity) {
+    const std::size_t capacity = std::max(size, fCapacity * 2);
+    char* const block = NewBlock(capacity);
+    std::memcpy(block, fData, fSize);
+    std::memcpy(block + fSize, bytes.data(), bytes.size());
+    DropBlock();
+    fData = block;
+    fCapacity = capacity;
+  } else {
+    std::memmove(fData + fSize, bytes.data(), bytes.size());
+  }
+  fSize = size;
+  fData[fSize] = '\0';
+}
+
+void CStringImpl::ByteStore::Erase(std::size_t position, std::size_t count) {
+  std::memmove(fData + position, fData + position + count, fSize - position - count);
+  fSize -= count;
+  fData[fSize] = '\0';
+}
+
+void CStringImpl::ByteStore::Reserve(std::size_t size) {
+  if (size <= fCapacity) return;
+  char* const block = NewBlock(size);
+  std::memcpy(block, fData, fSize + 1);
+  DropBlock();
+  fData = block;
+  fCapacity = size;
+}
+
+void CStringImpl::ByteStore::Drop() {
+  DropBlock();
+  fData = fInline;
+  fInline[0] = '\0';
+  fSize = 0;
+  fCapacity = kInlineBytes;
+}
+
+void CStringImpl::ByteStore::DropBlock() {
+  if (!IsInline()) delete[] fData;
+}
+
+// ---- life
+
+CStringImpl::CStringImpl(std::string_view bytes, std::uint32_t encoding) {
+  Assign(bytes.data(), bytes.size(), encoding);
+}
+
+CStringImpl::~CStringImpl() {
+  DropStores();
+}
+
+void CStringImpl::DropCaches() {
+  delete fUtf8.exchange(nullptr, std::memory_order_relaxed);
+  fLength.store(kUnknownLength, std::memory_order_relaxed);
+  if (fEncoding != Charset::Utf32LE) delete fWide.exchange(nullptr, std::memory_order_relaxed);
+}
+
+void CStringImpl::DropStores() {
+  delete fUtf8.exchange(nullptr, std::memory_order_relaxed);
+  delete fWide.exchange(nullptr, std::memory_order_relaxed);
+  fNarrow.Drop();
+}
+
+// ---- reading
+
+std::string_view CStringImpl::Bytes() const {
+  if (fEncoding != Charset::Utf32LE) return fNarrow.View();
+  const std::u32string* wide = fWide.load(std::memory_order_acquire);
+  return wide ? BytesOf(*wide) : fNarrow.View();
+}
+
+std::u32string_view CStringImpl::Wide() const {
+  if (const std::u32string* ready = fWide.load(std::memory_order_acquire)) return *ready;
+
+  const std::lock_guard guard(fLock);
+  std::u32string* wide = fWide.load(std::memory_order_relaxed);
+  if (!wide) {
+    wide = new std::u32string(MakeWide());
+    fWide.store(wide, std::memory_order_release);
+  }
+  return *wide;
+}
+
+std::u32string CStringImpl::MakeWide() const {
+  const std::string_view bytes = fNarrow.View();
+  auto wide = WideText(bytes, fEncoding);
+  return wide ? std::move(*wide) : Widened(bytes);
+}
+
+std::string_view CStringImpl::Utf8() const {
+  const std::string_view bytes = Bytes();
+  const bool isUtf8 =
+      fEncoding == Charset::Utf8 || fEncoding == Charset::Raw ||
+      (fEncoding != Charset::Utf32LE && !IsKnownEncoding(fEncoding)) ||
+      (IsAsciiCompatible(fEncoding) && FindNonAscii(bytes.data(), bytes.size()) == bytes.size());
+  if (isUtf8) return bytes;
+  if (const std::string* ready = fUtf8.load(std::memory_order_acquire)) return *ready;
+
+  const std::lock_guard guard(fLock);
+  std::string* utf8 = fUtf8.load(std::memory_order_relaxed);
+  if (!utf8) {
+    utf8 = new std::string(ToNarrow(Charset::Utf8));
+    fUtf8.store(utf8, std::memory_order_release);
+  }
+  return *utf8;
+}
+
+std::uint64_t CStringImpl::Length() const {
+  const std::uint64_t known = fLength.load(std::memory_order_relaxed);
+  if (known != kUnknownLength) return known;
+
+  const std::lock_guard guard(fLock);
+  const std::uint64_t length = CountLength();
+  fLength.store(length, std::memory_order_relaxed);
+  return length;
+}
+
+bool CStringImpl::IsCountedInBytes() const {
+  return fEncoding == Charset::Ascii || fEncoding == Charset::Latin1 || fEncoding == Charset::Raw;
+}
+
+std::uint64_t CStringImpl::CountLength() const {
+  if (IsCountedInBytes()) return fNarrow.View().size();
+  if (fEncoding == Charset::Utf8) return CountUtf8(fNarrow.View());
+  if (fEncoding == Charset::Utf32LE) return Bytes().size() / sizeof(char32_t);
+  return Wide().size();
+}
+
+TextView CStringImpl::View() const {
+  if (IsReadInPlace(fEncoding)) return {Bytes(), fEncoding};
+  return {BytesOf(Wide()), Charset::Utf32LE};
+}
+
+std::string CStringImpl::ToNarrow(std::uint32_t encoding) const {
+  if (encoding == fEncoding) return std::string(Bytes());
+  auto converted = ConvertText(Bytes(), fEncoding, encoding);
+  return converted ? std::move(*converted) : std::string(Bytes());
+}
+
+std::shared_ptr<const char> CStringImpl::ShareBytes() const {
+  return {Bytes().data(), CStringImplDeleter(ShareUse(this))};
+}
+
+// ---- changing
+
+void CStringImpl::Assign(const void* bytes, std::size_t size, std::uint32_t encoding) {
+  if (size == 0) {
+    DropStores();
+    fEncoding = encoding;
+    fLength.store(0, std::memory_order_relaxed);
+    return;
+  }
+  if (encoding == Charset::Utf32LE) {
+    auto wide = std::make_unique<std::u32string>(WideUnits(bytes, size));
+    DropStores();  // now, since the bytes may be in one of them
+    fEncoding = encoding;
+    fLength.store(wide->size(), std::memory_order_relaxed);
+    fWide.store(wide.release(), std::memory_order_release);
+    return;
+  }
+  fNarrow.Assign({static_cast<const char*>(bytes), size});
+  delete fWide.exchange(nullptr, std::memory_order_relaxed);
+  delete fUtf8.exchange(nullptr, std::memory_order_relaxed);
+  fEncoding = encoding;
+  fLength.store(IsCountedInBytes() ? size : kUnknownLength, std::memory_order_relaxed);
+}
+
+std::u32string& CStringImpl::OwnWide() {
+  std::u32string* wide = fWide.load(std::memory_order_relaxed);
+  if (!wide) {
+    wide = new std::u32string;
+    fWide.store(wide, std::memory_order_release);
+  }
+  return *wide;
+}
+
+void CStringImpl::Append(const void* bytes, std::size_t size, std::uint32_t encoding) {
+  if (size == 0) return;
+  const std::string_view addition(static_cast<const char*>(bytes), size);
+  const bool hasMark = HasByteOrderMark(fEncoding);
+  const bool isSameForm = encoding == fEncoding && !hasMark;
+  if (isSameForm || !IsKnownEncoding(encoding) || !IsKnownEncoding(fEncoding)) {
+    AppendBytes(addition);
+    return;
+  }
+  if (!hasMark) {
+    if (const auto exact = ConvertText(addition, encoding, fEncoding, ConversionMode::Exact)) {
+      AppendBytes(*exact);
+      return;
+    }
+  }
+
+  // Written anew as a whole: in UTF-8, or behind the one byte order mark that a text may have.
+  std::string whole = ToNarrow(Charset::Utf8);
+  whole += ConvertText(addition, encoding, Charset::Utf8).value_or("");
+  if (hasMark) whole = ConvertText(whole, Charset::Utf8, fEncoding).value_or("");
+  Assign(whole.data(), whole.size(), hasMark ? fEncoding : Charset::Utf8);
+}
+
+// Of a text without a byte order mark, in its own encoding.
+void CStringImpl::AppendBytes(std::string_view bytes) {
+  if (fEncoding == Charset::Utf32LE) {
+    const std::u32string units = WideUnits(bytes.data(), bytes.size());
+    OwnWide() += units;
+  } else {
+    fNarrow.Append(bytes);
+  }
+  DropCaches();
+}
+
+void CStringImpl::Erase(std::uint64_t position, std::uint64_t count) {
+  const std::uint64_t length = Length();
+  if (position >= length || count == 0) return;
+  count = std::min(count, length - position);
+
+  if (IsCountedInBytes()) {
+    fNarrow.Erase(position, count);
+  } else if (fEncoding == Charset::Utf32LE) {
+    OwnWide().erase(position, count);
+  } else {
+    std::u32string wide(Wide());
+    wide.erase(position, count);
+    const auto own = ConvertText(BytesOf(wide), Charset::Utf32LE, fEncoding);
+    fNarrow.Assign(own ? *own : std::string(wide.begin(), wide.end()));
+  }
+  DropCaches();
+}
+
+void CStringImpl::Reserve(std::uint64_t characters) {
+  if (characters > kMostReserved) throw std::length_error("CStringImpl::Reserve");
+  if (fEncoding == Charset::Utf32LE) {
+    OwnWide().reserve(characters);
+  } else {
+    fNarrow.Reserve(characters * OutputBytesPerCharacter(fEncoding));
+  }
+}

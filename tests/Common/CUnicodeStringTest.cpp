@@ -1,0 +1,177 @@
+#include "Common/CUnicodeString.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <string_view>
+
+using namespace std::string_view_literals;
+
+namespace {
+
+CUsePtr<CUnicodeString> Make(std::string_view bytes, std::uint32_t encoding = Charset::Utf8) {
+  return MakeUseCounted<CUnicodeString>(bytes, encoding);
+}
+
+TEST(CUnicodeString, IsEmptyWithoutAnObject) {
+  const auto text = MakeUseCounted<CUnicodeString>();
+  EXPECT_TRUE(text->IsEmpty());
+  EXPECT_EQ(text->GetLength(), 0U);
+  EXPECT_EQ(text->GetByteSize(), 0U);
+  EXPECT_STREQ(text->GetBytes(), "");
+  EXPECT_STREQ(text->GetUtf8(), "");
+  EXPECT_STREQ(text->GetEncodingName(), "ASCII");
+  EXPECT_EQ(text->Text().Impl(), nullptr);
+  text->Erase(0, 5);
+  text->Clear();
+  EXPECT_TRUE(text->Equals(nullptr));
+  EXPECT_EQ(text->ToLong(), 0);
+  char buffer[4] = "abc";
+  EXPECT_EQ(text->Read(buffer, sizeof buffer, "UTF-8"), 0U);
+  EXPECT_STREQ(buffer, "abc");
+}
+
+TEST(CUnicodeString, CountsItsReferencesThroughBothBases) {
+  auto text = Make("a");
+  Selvane::IUnicodeString* const asInterface = text.Get();
+  EXPECT_EQ(asInterface->AddRef(), 2U);
+  EXPECT_EQ(text->UseCount(), 2U);
+  EXPECT_EQ(asInterface->GetUseCount(), 2U);
+  EXPECT_FALSE(static_cast<Selvane::IObject*>(asInterface)->Release());
+  EXPECT_TRUE(text.Detach()->Release());
+}
+
+TEST(CUnicodeString, AssignsBytesUnderTheNamedEncoding) {
+  const auto text = MakeUseCounted<CUnicodeString>();
+  text->Assign("\xE9t\xE9", 3, "iso-8859-1");
+  EXPECT_STREQ(text->GetEncodingName(), "ISO-8859-1");
+  EXPECT_EQ(text->GetLength(), 3U);
+  EXPECT_EQ(text->GetByteSize(), 3U);
+  EXPECT_STREQ(text->GetUtf8(), "\xC3\xA9t\xC3\xA9");
+
+  const auto other = MakeUseCounted<CUnicodeString>();
+  other->Assign(text.Get());
+  EXPECT_STREQ(other->GetEncodingName(), "ISO-8859-1");
+  EXPECT_TRUE(other->Equals(text.Get()));
+
+  other->Assign(other.Get());
+  other->Assign(nullptr);  // changes nothing
+  EXPECT_TRUE(other->Equals(text.Get()));
+}
+
+TEST(CUnicodeString, AppendsErasesAndClears) {
+  const auto text = Make("a\xC3\xA9");
+  text->Append("\xE9", 1, "ISO-8859-1");
+  EXPECT_STREQ(text->GetUtf8(), "a\xC3\xA9\xC3\xA9");
+  text->Append(text.Get());
+  EXPECT_STREQ(text->GetUtf8(),
+               "a\xC3\xA9\xC3\xA9"
+               "a\xC3\xA9\xC3\xA9");
+  text->Append(nullptr);
+  text->Erase(1, 3);
+  EXPECT_STREQ(text->GetUtf8(), "a\xC3\xA9\xC3\xA9");
+  text->Clear();
+  EXPECT_TRUE(text->IsEmpty());
+  EXPECT_STREQ(text->GetEncodingName(), "ASCII");
+}
+
+TEST(CUnicodeString, ComparesWithBytesTextsAndOtherObjects) {
+  const auto text = Make("b");
+  EXPECT_EQ(text->Compare("a", 1, "ASCII"), 1);
+  EXPECT_EQ(text->Compare("b", 1, "UTF-8"), 0);
+  EXPECT_EQ(text->Compare("c", 1, "UTF-8"), -1);
+  EXPECT_EQ(text->Compare("c", "UTF-8"), -1);
+  EXPECT_EQ(text->Compare(nullptr, "UTF-8"), 1);
+  EXPECT_EQ(text->Compare(Make("b").Get()), 0);
+  EXPECT_TRUE(text->Equals("b\0"sv.data(), 1, "ISO-8859-1"));
+  EXPECT_FALSE(text->Equals("bb", 2, "ISO-8859-1"));
+
+  const auto empty = MakeUseCounted<CUnicodeString>();
+  EXPECT_EQ(empty->Compare("a", 1, "ASCII"), -1);
+  EXPECT_EQ(empty->Compare("a", "ASCII"), -1);
+  EXPECT_EQ(empty->Compare(text.Get()), -1);
+  EXPECT_EQ(empty->Compare("", 0, "UTF-16LE"), 0);
+}
+
+TEST(CUnicodeString, ReadsIntoABufferInAnEncoding) {
+  const auto text = Make("a\xE2\x82\xAC");
+  char buffer[8] = {};
+  EXPECT_EQ(text->Read(buffer, sizeof buffer, "UTF-16LE"), 4U);
+  EXPECT_EQ(std::string_view(buffer, 4), "a\0\xAC\x20"sv);
+  EXPECT_EQ(text->Read(buffer, 3, "UTF-16BE"), 3U);
+  EXPECT_EQ(std::string_view(buffer, 4), "\0a\x20\x20"sv) << "the fourth byte is the one before";
+  EXPECT_EQ(text->Read(buffer, sizeof buffer, "RAW"), 4U);
+  EXPECT_EQ(text->Read(buffer, 0, "UTF-8"), 0U);
+}
+
+TEST(CUnicodeString, HandsOutTheSameHandle) {
+  const CText text("shared");
+  const auto first = MakeUseCounted<CUnicodeString>(text);
+  const auto second = MakeUseCounted<CUnicodeString>(text);
+  EXPECT_EQ(first->Text().Impl(), second->Text().Impl());
+  first->Append("!", 1, "ASCII");
+  EXPECT_STREQ(second->GetUtf8(), "shared");
+  EXPECT_STREQ(first->GetUtf8(), "shared!");
+}
+
+TEST(CUnicodeString, ReadsANumberFromItsBeginning) {
+  struct Row {
+    std::string_view text;
+    std::int64_t value;
+  };
+  constexpr auto kMost = std::numeric_limits<std::int64_t>::max();
+  constexpr auto kLeast = std::numeric_limits<std::int64_t>::min();
+  constexpr Row kRows[] = {
+      {"", 0},
+      {"x1", 0},
+      {"0", 0},
+      {"42", 42},
+      {" \t 42 7", 42},
+      {"+42", 42},
+      {"-42abc", -42},
+      {"+-42", 0},
+      {"- 42", 0},
+      {"-", 0},
+      {"\n42", 0},
+      {"4.9", 4},
+      {"0x10", 0},
+      {"007", 7},
+      {"9223372036854775807", kMost},
+      {"9223372036854775808", kMost},
+      {"99999999999999999999999999", kMost},
+      {"-9223372036854775808", kLeast},
+      {"-9223372036854775809", kLeast},
+      {"-99999999999999999999999999", kLeast},
+      {"1\0002"sv, 1},
+  };
+  for (const Row& row : kRows) EXPECT_EQ(Make(row.text)->ToLong(), row.value) << row.text;
+  EXPECT_EQ(Make("1\0"
+                 "2\0"sv,
+                 Charset::Utf16LE)
+                ->ToLong(),
+            12);
+}
+
+// The operations by their place in the table of the class that others were built against.
+TEST(CUnicodeString, KeepsItsOperationsInOrder) {
+  struct Slots {
+    std::uint64_t (*operations[22])(void*);
+  };
+  const auto text = Make("a\xC3\xA9");
+  Selvane::IUnicodeString* const object = text.Get();
+  const Slots* const slots = *reinterpret_cast<const Slots* const*>(object);
+  EXPECT_EQ(static_cast<std::uint32_t>(slots->operations[0](object)), 2U);  // AddRef
+  EXPECT_EQ(slots->operations[1](object) & 1, 0U);                          // Release
+  EXPECT_EQ(static_cast<std::uint32_t>(slots->operations[2](object)), 1U);  // GetUseCount
+  EXPECT_EQ(slots->operations[3](object), 2U);                              // GetLength
+  EXPECT_EQ(slots->operations[4](object), 3U);                              // GetByteSize
+  EXPECT_EQ(slots->operations[5](object),                                   // GetBytes
+            reinterpret_cast<std::uint64_t>(object->GetBytes()));
+  EXPECT_STREQ(reinterpret_cast<const char*>(slots->operations[6](object)), "UTF-8");
+  EXPECT_EQ(slots->operations[7](object) & 1, 0U);  // IsEmpty
+  EXPECT_STREQ(reinterpret_cast<const char*>(slots->operations[21](object)), "a\xC3\xA9");
+}
+
+}  // namespace

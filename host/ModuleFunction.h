@@ -9,6 +9,7 @@ namespace Tovrin {
 // 0 for success, else the position of the argument that was refused (from 1), shifted left by 16,
 // and a code below it.
 using FunctionStatus = std::uint32_t;
+inline constexpr FunctionStatus kSuccess = 0;
 
 enum FunctionStatusCode : std::uint32_t {
   kArgumentMissing = 1,

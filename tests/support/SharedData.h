@@ -5,8 +5,9 @@
 #include <string>
 #include <vector>
 
-// Where tests find what is not compiled in. The public test data lies beside the checkout and may be
-// missing: a test that can use it asks here, and runs on its own rows alone where the answer is empty.
+// Where tests find what is not compiled in. The public test data lies beside the checkout and may
+// be missing: a test that can use it asks here, and runs on its own rows alone where the answer is
+// empty.
 
 // The file or folder of that name below the shared folder, if it is there.
 std::optional<std::filesystem::path> SharedPath(const std::string& name);

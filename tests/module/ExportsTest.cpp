@@ -1,0 +1,125 @@
+// What the built library shows: the version script's names, the host's forwarding members, nothing
+// else.
+
+#include <cxxabi.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tests/module/DefinitionEntries.h"
+#include "tests/module/LoadedModule.h"
+#include "tests/support/SharedData.h"
+
+namespace {
+
+using Names = std::set<std::string>;
+
+std::string OutputOf(const std::string& command) {
+  const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
+  if (!pipe) throw std::runtime_error("cannot run " + command);
+  std::string output;
+  std::array<char, 4096> piece;
+  while (const std::size_t size = fread(piece.data(), 1, piece.size(), pipe.get())) {
+    output.append(piece.data(), size);
+  }
+  return output;
+}
+
+// Empty for a name that is no C++ one.
+std::string Demangled(const std::string& name) {
+  int status = 0;
+  const std::unique_ptr<char, void (*)(void*)> text(
+      abi::__cxa_demangle(name.c_str(), nullptr, nullptr, &status), std::free);
+  return status == 0 ? std::string(text.get()) : std::string();
+}
+
+struct Exports {
+  Names plain;    // C names
+  Names mangled;  // C++ names, demangled
+};
+
+Exports ShownByTheLibrary() {
+  Exports exports;
+  std::istringstream lines(OutputOf("nm -D --defined-only '" + LoadedModule::Path() + "'"));
+  for (std::string address, kind, name; lines >> address >> kind >> name;) {
+    const std::string demangled = Demangled(name);
+    demangled.empty() ? exports.plain.insert(name) : exports.mangled.insert(demangled);
+  }
+  return exports;
+}
+
+Names ListedInTheVersionScript() {
+  static const std::regex kName(R"(^\s*([A-Za-z_]\w*);$)");
+  Names names;
+  for (const std::string& line : ReadLines(SourceDir() / "cmake/exports.map")) {
+    std::smatch match;
+    if (std::regex_match(line, match, kName)) names.insert(match[1]);
+  }
+  return names;
+}
+
+TEST(ModuleExports, AreTheNamesOfTheVersionScript) {
+  const Names listed = ListedInTheVersionScript();
+  EXPECT_EQ(listed.size(), 57u);
+  EXPECT_EQ(ShownByTheLibrary().plain, listed);
+}
+
+TEST(ModuleExports, AreBesidesOnlyTheForwardingMembersOfTheHostInterfaces) {
+  static const std::regex kMember(R"(^Tovrin::I[A-Z]\w*::\w+\(.*)");
+  const Names shown = ShownByTheLibrary().mangled;
+  for (const std::string& name : shown) EXPECT_TRUE(std::regex_match(name, kMember)) << name;
+}
+
+TEST(ModuleExports, HoldEveryEntryOfTheDefinitionText) {
+  const LoadedModule module;
+  Names bound;
+  for (const auto& entry : ReadDefinition(module.Text("GetModuleDefinition"))) {
+    EXPECT_NO_THROW(module.Function(entry.function)) << entry.function;
+    bound.insert(entry.function);
+  }
+  EXPECT_EQ(bound.size(), 37u);
+  // And the other way round: what is exported under such a name is bound.
+  for (const std::string& name : ShownByTheLibrary().plain) {
+    if (name.starts_with("tovrin_module_")) {
+      EXPECT_TRUE(bound.contains(name)) << name;
+    }
+  }
+}
+
+#if TESSARIN_MODULE_OWNS_RUNTIME
+// Of the shared C++ runtime only the exception half: with anything more, text or containers would
+// be allocated on one side and freed on the other.
+TEST(ModuleImports, OfTheCppRuntimeAreExceptionsAlone) {
+  static const std::regex kMachinery(R"(__cxa_\w+|__gxx_personality_v0)");
+  static const std::regex kClasses(
+      R"(((typeinfo|vtable) for )?(std::(__throw_\w+|terminate|uncaught_exceptions?|bad_\w+|exception)"
+      R"(|\w+_error|out_of_range|ios_base::failure|rethrow_exception|current_exception)"
+      R"(|__exception_ptr::\w+)|__cxxabiv1::\w+)((::|\(|\[).*)?)");
+  std::istringstream lines(OutputOf("nm -D -u '" + LoadedModule::Path() + "'"));
+  int imported = 0;
+  for (std::string kind, symbol; lines >> kind >> symbol;) {
+    const std::size_t version = symbol.find('@');
+    if (version == std::string::npos || (symbol.compare(version, 8, "@GLIBCXX") != 0 &&
+                                         symbol.compare(version, 7, "@CXXABI") != 0)) {
+      continue;
+    }
+    const std::string name = symbol.substr(0, version);
+    const std::string demangled = Demangled(name);
+    EXPECT_TRUE(demangled.empty() ? std::regex_match(name, kMachinery)
+                                  : std::regex_match(demangled, kClasses))
+        << name << " " << demangled;
+    ++imported;
+  }
+  EXPECT_GT(imported, 10) << "the exception half is not shared";
+}
+#endif
+
+}  // namespace

@@ -1,0 +1,171 @@
+// Tessarin.SetIHost: how the host's services object gets into its slot, and when it leaves it.
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "host/Data.h"
+#include "host/IHost.h"
+#include "tests/module/Answer.h"
+#include "tests/module/LoadedModule.h"
+
+using namespace Tovrin;
+
+namespace {
+
+// On the heap, as every host object must be: the module drops its reference when it is torn down.
+class QuietHost : public InterfaceImpl<IHost> {
+  void Interface_PrintError(const char*, const char*, const char*, const char*, const char*,
+                            const char*, std::int32_t) override {}
+  void Interface_PrintDebug(std::uint32_t, const char*, const char*, const char*, const char*,
+                            std::uint32_t, const char*) override {}
+  bool Interface_IsDebugActive() const override { return false; }
+  bool Interface_IsFunctionLevelEnabled(std::uint32_t, const char*, const char*) const override {
+    return false;
+  }
+  bool Interface_IsLevelEnabled(std::uint32_t, const char*) const override { return false; }
+  void Interface_ApplyDebugConfiguration(const char*) override {}
+};
+
+AutoRefPtr<QuietHost> MakeHost() {
+  return AutoRefPtr<QuietHost>(new QuietHost);
+}
+
+// Says that it has 8 bytes and delivers 7.
+class ShortData final : public InterfaceImpl<IDataRef> {
+  std::size_t Interface_GetSize() const override { return sizeof(IHost*); }
+  void Interface_Assign(const void*, std::size_t) override {}
+  std::size_t Interface_Read(void* buffer, std::size_t, std::size_t) const override {
+    std::memset(buffer, 0x5a, sizeof(IHost*) - 1);  // no pointer to follow
+    return sizeof(IHost*) - 1;
+  }
+  std::uint8_t Interface_IsEqual(const IDataRef*) const override { return 0; }
+  IDataRef* Interface_Clone() const override { return nullptr; }
+};
+
+AutoRefPtr<TestVariant> DataOf(const void* bytes, std::size_t size) {
+  const AutoRefPtr<IDataRef> data(new Data);
+  data->Assign(bytes, size);
+  return TestVariant::Data(data);
+}
+
+AutoRefPtr<TestVariant> PointerTo(const AutoRefPtr<QuietHost>& host) {
+  IHost* const pointer = host.get();
+  return DataOf(&pointer, sizeof pointer);
+}
+
+Answer SetHost(const LoadedModule& module, const AutoRefPtr<TestVariant>& argument) {
+  return CallFunction(module.Function("tovrin_module_TessarinSetIHost"), {argument}, nullptr);
+}
+
+TEST(SetHost, TakesOneReferenceAndDropsItWhenTheLibraryGoes) {
+  const auto host = MakeHost();
+  {
+    const LoadedModule module;
+    const auto argument = PointerTo(host);
+    EXPECT_TRUE(SetHost(module, argument).Boolean());
+    EXPECT_EQ(host->GetCount(), 2);
+    EXPECT_EQ(argument->GetData()->GetCount(), 2);  // the variant's and this one
+
+    module.Symbol<int()>("OnShutdown")();
+    module.Symbol<void()>("DeregisterModule")();
+    EXPECT_EQ(host->GetCount(), 2) << "stopping is not unloading";
+    EXPECT_EQ(CallFunction(module.Function("tovrin_module_MatchesTwoStrings"),
+                           {TestVariant::Text("a"), TestVariant::Text("a")}, nullptr)
+                  .Changes(),
+              std::vector<std::string>{"AssignBoolean true"})
+        << "functions work after stopping";
+  }
+  EXPECT_EQ(host->GetCount(), 1);
+}
+
+TEST(SetHost, KeepsTheFirstHostAndTakesNoReferenceOfASecond) {
+  const auto first = MakeHost();
+  const auto second = MakeHost();
+  {
+    const LoadedModule module;
+    EXPECT_TRUE(SetHost(module, PointerTo(first)).Boolean());
+    EXPECT_TRUE(SetHost(module, PointerTo(second)).Boolean());
+    EXPECT_TRUE(SetHost(module, PointerTo(first)).Boolean());
+    EXPECT_EQ(first->GetCount(), 2);
+    EXPECT_EQ(second->GetCount(), 1);
+  }
+  EXPECT_EQ(first->GetCount(), 1);
+}
+
+// Contract: bytes that cannot be a pointer are answered with true, and leave the slot for a later
+// call.
+TEST(SetHost, AnswersTrueToBytesOfAnotherSizeAndStaysEmpty) {
+  const auto host = MakeHost();
+  const LoadedModule module;
+  const char bytes[16] = "0123456789abcde";
+  for (const std::size_t size :
+       {std::size_t{0}, std::size_t{4}, std::size_t{7}, std::size_t{9}, std::size_t{16}}) {
+    EXPECT_EQ(SetHost(module, DataOf(bytes, size)).Changes(),
+              std::vector<std::string>{"AssignBoolean true"})
+        << size;
+  }
+  EXPECT_TRUE(SetHost(module, PointerTo(host)).Boolean());
+  EXPECT_EQ(host->GetCount(), 2) << "the slot was still free";
+}
+
+// Contract: so is a DATAREF that holds nothing, and a null pointer.
+TEST(SetHost, AnswersTrueToNoDataAndToANullPointer) {
+  const auto host = MakeHost();
+  const LoadedModule module;
+  EXPECT_TRUE(SetHost(module, TestVariant::Data({})).Boolean());
+  EXPECT_EQ(SetHost(module, TestVariant::Data({})).status, 0u);
+  EXPECT_TRUE(SetHost(module, PointerTo({})).Boolean());
+  EXPECT_TRUE(SetHost(module, PointerTo(host)).Boolean());
+  EXPECT_EQ(host->GetCount(), 2);
+}
+
+TEST(SetHost, AnswersFalseToDataThatDoesNotDeliverItsBytes) {
+  const auto host = MakeHost();
+  const LoadedModule module;
+  const Answer answer = SetHost(module, TestVariant::Data(AutoRefPtr<IDataRef>(new ShortData)));
+  EXPECT_EQ(answer.status, 0u);
+  EXPECT_EQ(answer.Changes(), std::vector<std::string>{"AssignBoolean false"});
+  EXPECT_TRUE(SetHost(module, PointerTo(host)).Boolean());
+  EXPECT_EQ(host->GetCount(), 2) << "the slot was still free";
+}
+
+TEST(SetHost, RefusesWhatIsNoData) {
+  const LoadedModule module;
+  const Answer answer = SetHost(module, TestVariant::Text("12345678"));
+  EXPECT_EQ(answer.status, 0x10002u);
+  EXPECT_EQ(answer.Changes(), std::vector<std::string>{"AssignBoolean false"});
+}
+
+TEST(SetHost, WorksWithNowhereToPutTheAnswer) {
+  const auto host = MakeHost();
+  const LoadedModule module;
+  EXPECT_EQ(CallFunctionWithoutResult(module.Function("tovrin_module_TessarinSetIHost"),
+                                      {PointerTo(host)}, nullptr),
+            0u);
+  EXPECT_EQ(host->GetCount(), 2);
+}
+
+class TellingHost final : public QuietHost {
+  ~TellingHost() override { std::fputs("the host is gone\n", stderr); }
+};
+
+// The slot outlives main, and goes with the process's static objects.
+TEST(SetHostDeathTest, IsReleasedAtExit) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        static LoadedModule* const module = new LoadedModule;  // never closed
+        AutoRefPtr<IHost> host(new TellingHost);
+        IHost* const pointer = host.get();
+        SetHost(*module, DataOf(&pointer, sizeof pointer));
+        host.reset();
+        std::exit(0);
+      },
+      testing::ExitedWithCode(0), "the host is gone");
+}
+
+}  // namespace

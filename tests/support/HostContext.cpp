@@ -1,0 +1,28 @@
+#include "tests/support/HostContext.h"
+
+#include "tests/support/HostValues.h"
+
+using namespace Tovrin;
+
+IVariant* TestContext::Interface_CreateInstance(TypeId type) {
+  if (type == kTypeString && givesTexts) return new TestVariant(type);
+  if (type == kTypeString + kVectorOf && givesVectors) {
+    return TestVariant::Vector(type, TestVector::Texts({})).release();
+  }
+  return nullptr;
+}
+
+TypeId TestContext::Interface_FindType(const char* name) const {
+  typesAskedFor.emplace_back(name);
+  const auto found = types.find(name);
+  return found == types.end() ? 0 : found->second;
+}
+
+IContext* TestPolicy::Interface_CreateTransaction(const char* name) {
+  transactions.emplace_back(name);
+  return Share(context.get()).release();
+}
+
+IPolicy* TestModuleInfo::Interface_GetPolicy() const {
+  return Share(policy.get()).release();
+}

@@ -1,0 +1,172 @@
+#include "tests/support/HostValues.h"
+
+#include <cstdint>
+#include <sstream>
+#include <utility>
+
+using namespace Tovrin;
+
+AutoRefPtr<TestVariant> TestVariant::Boolean(bool value) {
+  AutoRefPtr<TestVariant> variant(new TestVariant(kTypeBoolean));
+  variant->fBoolean = value;
+  return variant;
+}
+
+AutoRefPtr<TestVariant> TestVariant::Number(double value) {
+  AutoRefPtr<TestVariant> variant(new TestVariant(kTypeNumber));
+  variant->fNumber = value;
+  return variant;
+}
+
+AutoRefPtr<TestVariant> TestVariant::Text(std::string_view text) {
+  AutoRefPtr<TestVariant> variant(new TestVariant(kTypeString));
+  variant->fText = text;
+  return variant;
+}
+
+AutoRefPtr<TestVariant> TestVariant::Data(const AutoRefPtr<IDataRef>& data) {
+  AutoRefPtr<TestVariant> variant(new TestVariant(kTypeDataRef));
+  variant->fData = data;
+  return variant;
+}
+
+AutoRefPtr<TestVariant> TestVariant::Object(TypeId type,
+                                            const AutoRefPtr<IUserDefinedType>& object) {
+  AutoRefPtr<TestVariant> variant(new TestVariant(type));
+  variant->fObject = object;
+  return variant;
+}
+
+AutoRefPtr<TestVariant> TestVariant::Vector(TypeId type,
+                                            const AutoRefPtr<const IVectorGeneric>& vector) {
+  AutoRefPtr<TestVariant> variant(new TestVariant(type));
+  variant->fVector = vector;
+  return variant;
+}
+
+TypeId TestVariant::Interface_GetType() const {
+  ++fReads;
+  return fType;
+}
+
+bool TestVariant::Interface_GetBoolean() const {
+  ++fReads;
+  return fBoolean;
+}
+
+double TestVariant::Interface_GetNumber() const {
+  ++fReads;
+  return fNumber;
+}
+
+const char* TestVariant::Interface_GetString() const {
+  ++fReads;
+  return fText ? fText->c_str() : nullptr;
+}
+
+std::size_t TestVariant::Interface_GetStringSize() const {
+  ++fReads;
+  return fText ? fText->size() : 0;
+}
+
+IDataRef* TestVariant::Interface_GetData() const {
+  ++fReads;
+  return Share(fData.get()).release();
+}
+
+IUserDefinedType* TestVariant::Interface_GetUserDefined() const {
+  ++fReads;
+  return Share(fObject.get()).release();
+}
+
+std::size_t TestVariant::Interface_GetVectorSize() const {
+  ++fReads;
+  return fVector ? fVector->GetSize() : 0;
+}
+
+const IVectorGeneric* TestVariant::Interface_GetVector() const {
+  ++fReads;
+  return Share(fVector.get()).release();
+}
+
+std::uint8_t TestVariant::Interface_IsEqual(const IVariant* other) const {
+  return other == this ? 1 : 0;
+}
+
+void TestVariant::Interface_Assign(const IVariant*) {
+  fChanges.emplace_back("Assign");
+}
+
+void TestVariant::Interface_AssignBoolean(bool value) {
+  fBoolean = value;
+  fChanges.emplace_back(value ? "AssignBoolean true" : "AssignBoolean false");
+}
+
+void TestVariant::Interface_AssignNumber(double value) {
+  fNumber = value;
+  std::ostringstream line;
+  line << "AssignNumber " << value;
+  fChanges.push_back(line.str());
+}
+
+void TestVariant::Interface_AssignString(const char* bytes, std::size_t size) {
+  if (bytes) {
+    fText = std::string(bytes, size);
+    fChanges.push_back("AssignString '" + *fText + "'");
+  } else {
+    fText.reset();
+    fChanges.push_back("AssignString null " + std::to_string(size));
+  }
+}
+
+void TestVariant::Interface_AssignData(IDataRef* data) {
+  fData = Share(data);
+  fChanges.emplace_back("AssignData");
+}
+
+void TestVariant::Interface_AssignStream(IStream*) {
+  fChanges.emplace_back("AssignStream");
+}
+
+void TestVariant::Interface_SetUserDefined(IUserDefinedType* object) {
+  fObject = Share(object);
+  fChanges.emplace_back(object ? "SetUserDefined" : "SetUserDefined null");
+}
+
+void TestVariant::Interface_AssignVector(const IVectorGeneric* vector) {
+  fVector = Share(vector);
+  fChanges.emplace_back(vector ? "AssignVector" : "AssignVector null");
+}
+
+void TestVariant::Interface_AssignMap(const IMapGeneric*) {
+  fChanges.emplace_back("AssignMap");
+}
+
+AutoRefPtr<const IVectorGeneric> TestVector::Texts(const std::vector<std::string>& texts) {
+  Elements elements;
+  for (const std::string& text : texts) {
+    elements.emplace_back(TestVariant::Text(text).release());
+  }
+  return AutoRefPtr<const IVectorGeneric>(new TestVector(kTypeString, std::move(elements)));
+}
+
+IVariant* TestVector::Interface_Get(std::size_t index) const {
+  return index < fElements.size() ? Share(fElements[index].get()).release() : nullptr;
+}
+
+const IVectorGeneric* TestVector::Interface_Append(IVariant* element) const {
+  Elements longer = fElements;
+  longer.push_back(Share(element));
+  return new TestVector(fElementType, std::move(longer));
+}
+
+std::vector<std::string> TextsOf(const AutoRefPtr<const IVectorGeneric>& vector) {
+  std::vector<std::string> texts;
+  const std::size_t size = vector ? vector->GetSize() : 0;
+  for (std::size_t index = 0; index < size; ++index) {
+    const auto element = vector->Get(index);
+    const char* const bytes = element ? element->GetString() : nullptr;
+    texts.push_back(bytes ? std::string(bytes, element->GetStringSize()) : "(null)");
+  }
+  return texts;
+}

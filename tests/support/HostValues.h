@@ -1,0 +1,111 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/AutoRefPtr.h"
+#include "host/IDataRef.h"
+#include "host/IUserDefinedType.h"
+#include "host/IVariant.h"
+#include "host/IVectorGeneric.h"
+#include "host/InterfaceImpl.h"
+
+// The host's values for tests. One thread at a time may use one of them, as in a transaction.
+
+// A variant that a test fills, and that tells what the module did with it.
+//
+// Invariant: the module sees only what its factory set and what was assigned since; a getter of
+// another type answers nothing.
+class TestVariant final : public Tovrin::InterfaceImpl<Tovrin::IVariant> {
+public:
+  explicit TestVariant(Tovrin::TypeId type) : fType(type) {}
+
+  static Tovrin::AutoRefPtr<TestVariant> Boolean(bool value);
+  static Tovrin::AutoRefPtr<TestVariant> Number(double value);
+  static Tovrin::AutoRefPtr<TestVariant> Text(std::string_view text);
+  static Tovrin::AutoRefPtr<TestVariant> Data(const Tovrin::AutoRefPtr<Tovrin::IDataRef>& data);
+  // A user-defined value; its object may be missing.
+  static Tovrin::AutoRefPtr<TestVariant> Object(
+      Tovrin::TypeId type, const Tovrin::AutoRefPtr<Tovrin::IUserDefinedType>& object);
+  static Tovrin::AutoRefPtr<TestVariant> Vector(
+      Tovrin::TypeId type, const Tovrin::AutoRefPtr<const Tovrin::IVectorGeneric>& vector);
+
+  // The changes in order, each as the operation's name and what it brought: "AssignBoolean false",
+  // "AssignNumber 7", "AssignString null 0", "AssignString 'text'", "AssignVector null".
+  const std::vector<std::string>& Changes() const { return fChanges; }
+  // How often anything but the references was asked of it.
+  std::size_t Reads() const { return fReads; }
+
+private:
+  Tovrin::TypeId Interface_GetType() const override;
+  const char* Interface_GetTypeAsString(Tovrin::IContext*) const override { return nullptr; }
+  bool Interface_GetBoolean() const override;
+  double Interface_GetNumber() const override;
+  const char* Interface_GetString() const override;
+  std::size_t Interface_GetStringSize() const override;
+  Tovrin::IDataRef* Interface_GetData() const override;
+  Tovrin::IStream* Interface_GetStream() const override { return nullptr; }
+  Tovrin::IUserDefinedType* Interface_GetUserDefined() const override;
+  std::size_t Interface_GetVectorSize() const override;
+  const Tovrin::IVectorGeneric* Interface_GetVector() const override;
+  std::size_t Interface_GetMapSize() const override { return 0; }
+  const Tovrin::IMapGeneric* Interface_GetMap() const override { return nullptr; }
+  std::uint8_t Interface_IsEqual(const Tovrin::IVariant* other) const override;
+  void Interface_Assign(const Tovrin::IVariant*) override;
+  void Interface_AssignBoolean(bool value) override;
+  void Interface_AssignNumber(double value) override;
+  void Interface_AssignString(const char* bytes, std::size_t size) override;
+  void Interface_AssignData(Tovrin::IDataRef* data) override;
+  void Interface_AssignStream(Tovrin::IStream*) override;
+  void Interface_SetUserDefined(Tovrin::IUserDefinedType* object) override;
+  void Interface_AssignVector(const Tovrin::IVectorGeneric* vector) override;
+  void Interface_AssignMap(const Tovrin::IMapGeneric*) override;
+  Tovrin::IVariant* Interface_Clone() const override { return nullptr; }
+  std::uint8_t Interface_Deserialize(const Tovrin::IJSON*, Tovrin::IContext*) override { return 0; }
+  Tovrin::IJSON* Interface_Serialize(Tovrin::IContext*) const override { return nullptr; }
+
+  const Tovrin::TypeId fType;
+  bool fBoolean = false;
+  double fNumber = 0;
+  std::optional<std::string> fText;
+  Tovrin::AutoRefPtr<Tovrin::IDataRef> fData;
+  Tovrin::AutoRefPtr<Tovrin::IUserDefinedType> fObject;
+  Tovrin::AutoRefPtr<const Tovrin::IVectorGeneric> fVector;
+
+  std::vector<std::string> fChanges;
+  mutable std::size_t fReads = 0;
+};
+
+// A vector that never changes: an append gives a new one, so whoever goes on with the old loses
+// pieces.
+class TestVector final : public Tovrin::InterfaceImpl<Tovrin::IVectorGeneric> {
+public:
+  using Elements = std::vector<Tovrin::AutoRefPtr<Tovrin::IVariant>>;  // may hold nulls
+
+  TestVector(Tovrin::TypeId elementType, Elements elements)
+      : fElementType(elementType), fElements(std::move(elements)) {}
+
+  static Tovrin::AutoRefPtr<const Tovrin::IVectorGeneric> Texts(
+      const std::vector<std::string>& texts);
+
+private:
+  std::size_t Interface_GetSize() const override { return fElements.size(); }
+  Tovrin::TypeId Interface_GetElementType() const override { return fElementType; }
+  Tovrin::IVariant* Interface_Get(std::size_t index) const override;
+  const Tovrin::IVectorGeneric* Interface_Append(Tovrin::IVariant* element) const override;
+  Tovrin::IJSON* Interface_Serialize(Tovrin::IContext*) const override { return nullptr; }
+  std::uint8_t Interface_Deserialize(const Tovrin::IJSON*, Tovrin::IContext*,
+                                     const Tovrin::IVectorGeneric**) const override {
+    return 0;
+  }
+
+  const Tovrin::TypeId fElementType;
+  const Elements fElements;
+};
+
+// The texts of a VECTOR<STRING>; none of an empty reference. A null element counts as "(null)".
+std::vector<std::string> TextsOf(const Tovrin::AutoRefPtr<const Tovrin::IVectorGeneric>& vector);

@@ -7,7 +7,10 @@
 #include <utility>
 
 #include "Common/CRegexException.h"
+#include "Common/DebugLog.h"
 #include "Common/RegexEngineGuard.h"
+
+qxSource("Common\\CRegex");
 
 namespace {
 
@@ -100,7 +103,9 @@ constexpr const char* kReplacing = "Internal error in regex replace";
 CRegexPtr CRegex::Create(std::string_view text, bool isWildcard) {
   try {
     return CRegexPtr(new CRegex(WithoutCaseMarks(text), isWildcard));
-  } catch (const std::regex_error&) {
+  } catch (const std::regex_error& error) {
+    qxDebugPrint(3, "CRegex::Create",
+                 "String is not a valid regex: '" << text << "' - error: " << error.what());
     return {};
   }
 }

@@ -19,7 +19,8 @@
 // steps, and compiles nothing whose descent would not fit. What goes too far leaves as
 // std::regex_error, with error_stack or error_complexity.
 
-// Comparisons of one engine call, about a second for ten million of them.
+// Steps of one engine call, about a second for ten million of them. A step is a character that the
+// engine looks at, or a position that it finds to be where it compares it to, as at the end.
 inline constexpr std::uint64_t kRegexMaxSteps = 50'000'000;
 
 // What one engine call may use. Belongs to one call on one thread; its iterators point to it.
@@ -48,8 +49,8 @@ private:
 
 // A pointer into the text that takes part in the guard.
 //
-// The test stands in the comparison, not in the access: the engine compares a position with the end
-// before it reads there, and also where it reads nothing, at the end of the text.
+// Every character that the engine takes is looked at here, and so is the end of the text, where it
+// can go on trying without a character left to look at: both are steps.
 class RegexTextIterator {
 public:
   using iterator_category = std::random_access_iterator_tag;
@@ -64,7 +65,10 @@ public:
 
   const char* Position() const { return fPosition; }
 
-  reference operator*() const { return *fPosition; }
+  reference operator*() const {
+    if (fContext) fContext->Step();
+    return *fPosition;
+  }
   pointer operator->() const { return fPosition; }
   reference operator[](difference_type index) const { return fPosition[index]; }
 
@@ -102,8 +106,9 @@ public:
   }
 
   friend bool operator==(const RegexTextIterator& left, const RegexTextIterator& right) {
+    if (left.fPosition != right.fPosition) return false;
     if (left.fContext) left.fContext->Step();
-    return left.fPosition == right.fPosition;
+    return true;
   }
   friend auto operator<=>(const RegexTextIterator& left, const RegexTextIterator& right) {
     return left.fPosition <=> right.fPosition;

@@ -10,17 +10,19 @@ namespace {
 // the product of two such numbers.
 constexpr std::uint64_t kMany = std::uint64_t{1} << 30;
 
-// A look-ahead runs a matcher of its own, whose frames are worth as many states.
-constexpr std::uint64_t kLookAheadSteps = 4;
+// A look-ahead runs a matcher of its own, which is worth as many states.
+constexpr std::uint64_t kMatcherSteps = 4;
 
 // What a part of an expression adds to the depth of a match.
 struct Depth {
   std::uint64_t states = 0;  // states that take no character
   std::uint64_t steps = 0;   // passes through them on one path, without taking a character
+  std::uint64_t aside = 0;   // of the deepest look-ahead, which is over before the path goes on
 
   void Add(Depth other) {
     states = std::min(kMany, states + other.states);
     steps = std::min(kMany, steps + other.steps);
+    aside = std::max(aside, other.aside);
   }
   void Multiply(std::uint64_t copies) {
     states = std::min(kMany, states * copies);
@@ -35,6 +37,7 @@ struct Group {
   Depth depth;              // of what it holds, its last term excepted
   Depth last;               // of its last term, which a quantifier may still change
   Depth own;                // what the brackets themselves add
+  bool isLookAhead = false;
 };
 
 class Measurer {
@@ -47,7 +50,7 @@ public:
     while (fGroups.size() > 1) CloseGroup();
     Group& whole = fGroups.front();
     whole.depth.Add(whole.last);
-    fSize.emptySteps = whole.depth.steps;
+    fSize.emptySteps = whole.depth.steps + whole.depth.aside;
     return fSize;
   }
 
@@ -83,8 +86,8 @@ private:
 };
 
 bool Measurer::ReadToken() {
-  constexpr Depth kNothing{0, 0};
-  constexpr Depth kOne{1, 1};
+  constexpr Depth kNothing;
+  constexpr Depth kOne{1, 1, 0};
 
   switch (Take()) {
     case '(':
@@ -131,9 +134,9 @@ bool Measurer::ReadToken() {
 void Measurer::OpenGroup() {
   Group group;
   if (TakeIf("?=") || TakeIf("?!")) {
-    group.own = {kLookAheadSteps, kLookAheadSteps};
+    group.isLookAhead = true;
   } else if (!TakeIf("?:")) {
-    group.own = {2, 2};
+    group.own = {2, 2, 0};
   }
   AddTerm({});
   fGroups.push_back(group);
@@ -146,6 +149,10 @@ void Measurer::CloseGroup() {
   fOpenTerms -= closed.terms;
   closed.depth.Add(closed.last);
   closed.depth.Add(closed.own);
+  if (closed.isLookAhead) {
+    const std::uint64_t aside = closed.depth.steps + closed.depth.aside + kMatcherSteps;
+    closed.depth = {1, 1, std::min(kMany, aside)};
+  }
   fGroups.back().last = closed.depth;
 }
 
@@ -223,7 +230,7 @@ bool Measurer::ReadBraces() {
 // The state of a quantifier is two frames deep, and a loop comes back to it.
 void Measurer::Quantify(std::uint64_t copies, bool isLoop) {
   Depth& term = fGroups.back().last;
-  term.Add({2, 2});
+  term.Add({2, 2, 0});
   if (isLoop) term.Loop();
   term.Multiply(copies);
 }

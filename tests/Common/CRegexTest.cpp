@@ -10,6 +10,8 @@
 #include <thread>
 #include <vector>
 
+#include "tests/Common/QuestionedHost.h"
+
 using namespace std::string_view_literals;
 
 namespace {
@@ -108,6 +110,29 @@ TEST(CRegex, RemovesCaseMarks) {
       EXPECT_EQ(regex->Source(), row.source);
     }
   }
+}
+
+TEST(CRegex, TellsTheDebugLogWhyAnExpressionIsBad) {
+  const HostInSlot host(Gates{});
+  EXPECT_FALSE(Expression("(?i)a("));
+  EXPECT_FALSE(CRegex::CreateFromValue("regex([)"));
+  EXPECT_TRUE(Expression("a"));
+  ASSERT_EQ(host->fPrinted.size(), 2u);
+  const PrintedLine& line = host->fPrinted[0];
+  EXPECT_EQ(line.level, 3u);
+  EXPECT_EQ(line.className, "CRegex");
+  EXPECT_EQ(line.function, "Create");
+  EXPECT_EQ(line.file, "Common\\CRegex");
+  const std::string start = "String is not a valid regex: '(?i)a(' - error: ";
+  EXPECT_TRUE(line.message.starts_with(start)) << line.message;
+  EXPECT_GT(line.message.size(), start.size());
+  EXPECT_TRUE(host->fPrinted[1].message.starts_with("String is not a valid regex: '[' - error: "));
+}
+
+TEST(CRegex, TellsNothingBehindAClosedGate) {
+  const HostInSlot host(Gates{.level = false});
+  EXPECT_FALSE(Expression("("));
+  EXPECT_TRUE(host->fPrinted.empty());
 }
 
 TEST(CRegex, ClonesThePattern) {

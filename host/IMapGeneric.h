@@ -22,6 +22,10 @@ public:
   AutoRefPtr<const IMapGeneric> Insert(
       const AutoRefPtr<IVariant>& key,
       const AutoRefPtr<IVariant>& value) const;  // go on with what it returns
+  AutoRefPtr<IJSON> Serialize(IContext* context) const;
+  // The restored container goes to out, which may be null.
+  bool Deserialize(const AutoRefPtr<IJSON>& json, IContext* context,
+                   AutoRefPtr<const IMapGeneric>* out) const;
 
 protected:
   ~IMapGeneric() = default;

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include "host/AutoRefPtr.h"
 #include "host/Forward.h"
@@ -121,6 +122,30 @@ inline AutoRefPtr<IVariant> IMapGeneric::GetValueAt(std::size_t index) const {
 inline AutoRefPtr<const IMapGeneric> IMapGeneric::Insert(const AutoRefPtr<IVariant>& key,
                                                          const AutoRefPtr<IVariant>& value) const {
   return AutoRefPtr<const IMapGeneric>(Interface_Insert(key.get(), value.get()));
+}
+
+inline AutoRefPtr<IJSON> IVectorGeneric::Serialize(IContext* context) const {
+  return AutoRefPtr<IJSON>(Interface_Serialize(context));
+}
+inline bool IVectorGeneric::Deserialize(const AutoRefPtr<IJSON>& json, IContext* context,
+                                        AutoRefPtr<const IVectorGeneric>* out) const {
+  const IVectorGeneric* slot = nullptr;
+  const bool isDone = Interface_Deserialize(json.get(), context, &slot) != 0;
+  AutoRefPtr<const IVectorGeneric> held(slot);
+  if (out) *out = std::move(held);
+  return isDone;
+}
+
+inline AutoRefPtr<IJSON> IMapGeneric::Serialize(IContext* context) const {
+  return AutoRefPtr<IJSON>(Interface_Serialize(context));
+}
+inline bool IMapGeneric::Deserialize(const AutoRefPtr<IJSON>& json, IContext* context,
+                                     AutoRefPtr<const IMapGeneric>* out) const {
+  const IMapGeneric* slot = nullptr;
+  const bool isDone = Interface_Deserialize(json.get(), context, &slot) != 0;
+  AutoRefPtr<const IMapGeneric> held(slot);
+  if (out) *out = std::move(held);
+  return isDone;
 }
 
 }  // namespace Tovrin

@@ -18,6 +18,10 @@ public:
   AutoRefPtr<IVariant> Get(std::size_t index) const;  // empty past the end
   // The append operation: go on with what it returns (this vector or another one).
   AutoRefPtr<const IVectorGeneric> Append(const AutoRefPtr<IVariant>& element) const;
+  AutoRefPtr<IJSON> Serialize(IContext* context) const;
+  // The restored container goes to out, which may be null.
+  bool Deserialize(const AutoRefPtr<IJSON>& json, IContext* context,
+                   AutoRefPtr<const IVectorGeneric>* out) const;
 
 protected:
   ~IVectorGeneric() = default;

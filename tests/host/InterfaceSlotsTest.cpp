@@ -1,0 +1,235 @@
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "host/INumberMap.h"
+#include "host/IStringMap.h"
+#include "host/IVector.h"
+#include "host/Operations.h"
+
+// The order of the operations is what a host built apart from us calls by. The tests lay an object
+// of their own making under each interface: its table is an array of functions that note their
+// place. This file is compiled without the sanitizer that looks an object's class up in its table.
+
+namespace {
+
+using namespace Tovrin;
+
+std::vector<std::size_t> gSlotsCalled;
+
+template <std::size_t Slot>
+std::uintptr_t NoteSlot() {  // the caller's arguments are its own business; 0 is null, false, ""
+  gSlotsCalled.push_back(Slot);
+  return 0;
+}
+
+using Slot = std::uintptr_t (*)();
+
+constexpr std::size_t kTableSize = 128;
+
+template <std::size_t... Slots>
+constexpr std::array<Slot, sizeof...(Slots)> MakeTable(std::index_sequence<Slots...>) {
+  return {&NoteSlot<Slots>...};
+}
+
+constinit const std::array<Slot, kTableSize> kTable =
+    MakeTable(std::make_index_sequence<kTableSize>());
+
+// An object as the binary interface lays it out: a pointer to the table, and nothing else of
+// interest.
+struct NotingObject {
+  const Slot* table = kTable.data();
+};
+NotingObject gObject;
+
+template <class Interface>
+Interface* Noting() {
+  void* object = &gObject;
+  return static_cast<Interface*>(object);
+}
+
+template <class T>
+concept IsInterface = requires {
+  sizeof(T);
+}
+&&std::is_base_of_v<IObject, T>;
+
+// A value for each argument: the noting object where an interface is wanted, so that no member
+// stops at a null; neutral values for all the rest.
+template <class Argument>
+auto AnyArgument() {
+  using Value = std::remove_cvref_t<Argument>;
+  using Target = std::remove_cv_t<std::remove_pointer_t<Value>>;
+  if constexpr (std::is_pointer_v<Value> && IsInterface<Target>) {
+    return Noting<Target>();
+  } else {
+    return Value{};
+  }
+}
+
+template <class Interface, class Result, class... Arguments>
+void CallMember(Result (Interface::*member)(Arguments...)) {
+  std::tuple<decltype(AnyArgument<Arguments>())...> values{AnyArgument<Arguments>()...};
+  std::apply(
+      [&](auto&... value) { (Noting<Interface>()->*member)(static_cast<Arguments>(value)...); },
+      values);
+}
+template <class Interface, class Result, class... Arguments>
+void CallMember(Result (Interface::*member)(Arguments...) const) {
+  std::tuple<decltype(AnyArgument<Arguments>())...> values{AnyArgument<Arguments>()...};
+  std::apply(
+      [&](auto&... value) { (Noting<Interface>()->*member)(static_cast<Arguments>(value)...); },
+      values);
+}
+
+// The first slot that each member of the interface calls, in the order of the list.
+template <class Interface>
+std::vector<std::size_t> SlotsOf() {
+  std::vector<std::size_t> slots;
+  std::apply(
+      [&](auto... member) {
+        (
+            [&] {
+              gSlotsCalled.clear();
+              CallMember(member);
+              slots.push_back(gSlotsCalled.empty() ? kTableSize : gSlotsCalled.front());
+            }(),
+            ...);
+      },
+      kOperations<Interface>);
+  return slots;
+}
+
+std::vector<std::size_t> Sequence(std::size_t first, std::size_t count) {
+  std::vector<std::size_t> sequence;
+  for (std::size_t i = 0; i < count; ++i) sequence.push_back(first + i);
+  return sequence;
+}
+
+template <class Interface>
+void ExpectTable(const char* name, std::size_t first, std::size_t count) {
+  SCOPED_TRACE(name);
+  EXPECT_EQ(SlotsOf<Interface>(), Sequence(first, count));
+}
+
+constexpr std::size_t kRoot = 3;  // slots of IObject
+
+TEST(InterfaceSlots, EveryMemberCallsTheSlotOfItsPlace) {
+  ExpectTable<IObject>("IObject", 0, 3);
+  ExpectTable<IContext>("IContext", kRoot, 76);
+  ExpectTable<IJSON>("IJSON", kRoot, 63);
+  ExpectTable<IDataRef>("IDataRef", kRoot, 6);
+  ExpectTable<IUserDefinedType>("IUserDefinedType", kRoot, 10);
+  ExpectTable<IVariant>("IVariant", kRoot, 26);
+  ExpectTable<IVectorGeneric>("IVectorGeneric", kRoot, 6);
+  ExpectTable<IMapGeneric>("IMapGeneric", kRoot, 8);
+  ExpectTable<IModuleInfo>("IModuleInfo", kRoot, 10);
+  ExpectTable<IPolicy>("IPolicy", kRoot, 10);
+  ExpectTable<IStream>("IStream", kRoot, 5);
+  ExpectTable<IHash>("IHash", kRoot, 6);
+  ExpectTable<ICallStack>("ICallStack", kRoot, 7);
+  ExpectTable<ILogger>("ILogger", kRoot, 15);
+  ExpectTable<IConfiguration>("IConfiguration", kRoot, 16);
+  ExpectTable<IThreadPool>("IThreadPool", kRoot, 3);
+  ExpectTable<IEventScheduler>("IEventScheduler", kRoot, 5);
+  ExpectTable<IEvent>("IEvent", kRoot, 3);
+  ExpectTable<IFDEvent>("IFDEvent", kRoot + 3, 2);
+  ExpectTable<IGenericEvent>("IGenericEvent", kRoot + 3, 1);
+  ExpectTable<ICounter>("ICounter", kRoot, 39);
+  ExpectTable<ITelemetry>("ITelemetry", kRoot + 39, 17);
+  ExpectTable<IHost>("IHost", kRoot, 8);
+}
+
+TEST(InterfaceSlots, TypedContainersAddNoSlots) {
+  static_assert(sizeof(IVector<std::string>) == sizeof(void*));
+  gSlotsCalled.clear();
+  EXPECT_EQ(Noting<IVector<std::string>>()->GetValue(7), "");
+  EXPECT_EQ(Noting<IVector<bool>>()->GetValue(7), false);
+  EXPECT_EQ(Noting<IStringMap<double>>()->GetKey(7), "");
+  EXPECT_EQ(Noting<INumberMap<std::int64_t>>()->GetKey(7), 0.0);
+  EXPECT_EQ(Noting<INumberMap<std::int64_t>>()->GetValue(7), 0);
+  EXPECT_EQ(gSlotsCalled, (std::vector<std::size_t>{5, 5, 6, 6, 7}));
+}
+
+TEST(InterfaceSlots, ResetAllResetsCountersAndThenData) {
+  for (auto* counter : {Noting<ICounter>(), static_cast<ICounter*>(Noting<ITelemetry>())}) {
+    gSlotsCalled.clear();
+    counter->ResetAll(true);
+    EXPECT_EQ(gSlotsCalled, (std::vector<std::size_t>{15, 16}));
+  }
+}
+
+TEST(InterfaceSlots, SecondFormsOfAnArgumentGoToTheSameSlot) {
+  const auto slotOf = [](auto call) {
+    gSlotsCalled.clear();
+    call();
+    return gSlotsCalled;
+  };
+  using Slots = std::vector<std::size_t>;
+  auto* context = Noting<IContext>();
+  const auto text = slotOf([&] { context->SetUserDataAsString(1, "x"); });
+  EXPECT_EQ(slotOf([&] { context->SetUserDataAsString(1, std::string("x")); }), text);
+  const auto number = slotOf([&] { context->SetUserDataAsNumber(1, 1.5); });
+  EXPECT_EQ(slotOf([&] { context->SetUserDataAsNumber(1, 1); }), number);
+
+  auto* variant = Noting<IVariant>();
+  const Slots assign = slotOf([&] { variant->AssignNumber(1.5); });
+  EXPECT_EQ(slotOf([&] { variant->AssignNumber(0); }), assign);
+  EXPECT_EQ(slotOf([&] { variant->AssignNumber(std::int64_t{1}); }), assign);
+  EXPECT_EQ(slotOf([&] { variant->AssignNumber(std::uint64_t{1}); }), assign);
+
+  auto* json = Noting<IJSON>();
+  EXPECT_EQ(slotOf([&] { json->Set("key", std::string("x")); }),
+            slotOf([&] { json->Set("key", "x"); }));
+  auto* configuration = Noting<IConfiguration>();
+  EXPECT_EQ(slotOf([&] { configuration->LoadFromString(std::string("x")); }),
+            slotOf([&] { configuration->LoadFromString("x"); }));
+}
+
+// Neither references nor values come back from a host that answers nothing.
+TEST(InterfaceSlots, NullAnswersAreEmpty) {
+  auto* context = Noting<IContext>();
+  EXPECT_FALSE(context->CreateInstance(1));
+  EXPECT_FALSE(context->CreateStringVector());
+  EXPECT_FALSE(context->CreateNumberToStreamMap());
+  EXPECT_FALSE(context->CreateDataInstance());
+  EXPECT_FALSE(context->CreateStreamInstance());
+  EXPECT_EQ(context->GetErrorMessage(), "");
+  EXPECT_EQ(context->PrintCallStack(), "");
+  EXPECT_TRUE(context->GetUserDataAsStringVector(1).empty());
+  EXPECT_TRUE(context->GetUserDataAsNumberToBooleanMap(1).empty());
+  EXPECT_FALSE(context->IsDebugLogEnabled("module", 1));
+  gSlotsCalled.clear();
+  context->DebugLog("module", 1, "text");
+  context->ErrorLog("module", std::string("text"));
+  EXPECT_EQ(gSlotsCalled.size(), 2u) << "the logger was asked for, and nothing else";
+  EXPECT_FALSE(Noting<IModuleInfo>()->GetPolicy());
+  EXPECT_EQ(Noting<IModuleInfo>()->GetModuleName(), "");
+  EXPECT_FALSE(Noting<IPolicy>()->CreateTransaction("name"));
+  EXPECT_EQ(Noting<IVariant>()->ToString(AutoRefPtr<IContext>()), "");
+  EXPECT_FALSE(Noting<IDataRef>()->Clone());
+  std::string text = "left over";
+  Noting<IConfiguration>()->ToString(text);
+  EXPECT_EQ(text, "");
+  text = "left over";
+  Noting<IHash>()->ToString(text);
+  EXPECT_EQ(text, "");
+}
+
+TEST(InterfaceSlots, StreamsAreEqualWhenTheyAreDifferentObjects) {
+  NotingObject other;
+  void* otherStream = &other;
+  const auto* stream = Noting<IStream>();
+  EXPECT_FALSE(stream->IsEqual(stream));
+  EXPECT_TRUE(stream->IsEqual(static_cast<const IStream*>(otherStream)));
+  EXPECT_TRUE(stream->IsEqual(nullptr));
+}
+
+}  // namespace

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <optional>
 #include <random>
 #include <regex>
@@ -47,6 +49,53 @@ inline std::string Show(std::string_view text) {
     }
   }
   return shown;
+}
+
+// Walks a text for the library, and makes it give up where it would run on for ages.
+class Pointer {
+public:
+  using iterator_category = std::bidirectional_iterator_tag;
+  using value_type = char;
+  using difference_type = std::ptrdiff_t;
+  using pointer = const char*;
+  using reference = const char&;
+
+  Pointer() = default;
+  explicit Pointer(const char* at) : fAt(at) {}
+
+  reference operator*() const { return *fAt; }
+  Pointer& operator++() { return ++fAt, *this; }
+  Pointer& operator--() { return --fAt, *this; }
+  Pointer operator++(int) { return Pointer(fAt++); }
+  Pointer operator--(int) { return Pointer(fAt--); }
+  friend bool operator==(const Pointer& a, const Pointer& b) {
+    if (++steps > kMaxSteps) throw std::regex_error(std::regex_constants::error_complexity);
+    return a.fAt == b.fAt;
+  }
+
+  static constexpr std::size_t kMaxSteps = 30000;
+  static inline std::size_t steps = 0;  // since the test last cleared it
+
+private:
+  const char* fAt = nullptr;
+};
+
+using Match = std::match_results<Pointer>;
+using Walk = std::regex_iterator<Pointer>;
+
+// Spans as the public files write them: "begin:end" a group, "-" for one that took no part.
+inline std::string Spans(const Match& match, const char* text) {
+  std::string spans;
+  for (std::size_t i = 0; i < match.size(); ++i) {
+    if (i > 0) spans += ' ';
+    if (!match[i].matched) {
+      spans += '-';
+      continue;
+    }
+    spans +=
+        std::to_string(&*match[i].first - text) + ':' + std::to_string(&*match[i].second - text);
+  }
+  return spans;
 }
 
 // Rows of one of the public files; fields are percent coded there and plain here.

@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "Common/Matching/CharacterClasses.h"
+#include "tests/Common/Matching/ExpressionSupport.h"
 #include "tests/Common/Matching/Oracle.h"
 #include "tests/support/SmallStack.h"
 
@@ -299,13 +300,6 @@ TEST(Parser, CountsStatesAsTheLibraryDoes) {
     ExpectTheOraclesVerdict(expression + "a{" + std::to_string(fill) + "}");
     ExpectTheOraclesVerdict(expression + "a{" + std::to_string(fill + 1) + "}");
   }
-}
-
-std::string Repeated(const std::string& unit, std::size_t count) {
-  std::string text;
-  text.reserve(unit.size() * count);
-  for (std::size_t i = 0; i < count; ++i) text += unit;
-  return text;
 }
 
 // No oracle here: the library itself overflows its stack on most of these.

@@ -1,0 +1,171 @@
+#include "Common/Matching/CaptureMatcher.h"
+
+#include <algorithm>
+#include <regex>
+
+namespace Matching {
+namespace {
+
+constexpr std::uint32_t kUnnumbered = 0xFFFFFFFF;
+
+}  // namespace
+
+CaptureMatcher::CaptureMatcher(const Program& program, const SyntaxTree& tree)
+    : fProgram(program),
+      fTree(tree),
+      fFirstLookAheadSlot(2 * (std::size_t{tree.GroupCount()} + 1)),
+      fSlotCount(fFirstLookAheadSlot + program.lookAheads.size()),
+      fVisitNumber(program.states.size(), kUnnumbered),
+      fInNow(program.states.size()),
+      fInNext(program.states.size()) {
+  std::vector<bool> isReached(program.states.size(), false);
+  const auto reach = [&](StateId id) {
+    if (isReached[id] && fVisitNumber[id] == kUnnumbered) fVisitNumber[id] = fVisitCount++;
+    isReached[id] = true;
+  };
+  for (const State& state : program.states) {
+    if (state.op == Op::Accept) continue;
+    reach(state.next);
+    if (state.op == Op::Split) reach(state.other);
+  }
+}
+
+bool CaptureMatcher::Run(const CaptureQuery& query, std::vector<std::size_t>& slots) {
+  const std::size_t places = query.end - query.firstStart + 1;
+  if (fMayBacktrack && places <= kMaxVisitBits &&
+      (fVisitCount == 0 || places <= kMaxVisitBits / fVisitCount)) {
+    return Backtrack(query, slots);
+  }
+  return RunThreads(query, slots);
+}
+
+bool CaptureMatcher::Backtrack(const CaptureQuery& query, std::vector<std::size_t>& slots) {
+  fVisitBase = query.firstStart;
+  fVisited.assign(fVisitCount * (query.end - query.firstStart + 1) / 64 + 1, 0);
+  slots.assign(fSlotCount, kNowhere);
+  // A visit that led to nothing leads to nothing from a later start as well, so all share the
+  // marks.
+  for (std::size_t start = query.firstStart; start <= query.lastStart; ++start) {
+    if (BacktrackFrom(query, start, slots)) return true;
+  }
+  return false;
+}
+
+bool CaptureMatcher::Visit(StateId id, std::size_t pos) {
+  const std::size_t bit = (pos - fVisitBase) * fVisitCount + fVisitNumber[id];
+  const std::uint64_t mask = std::uint64_t{1} << (bit & 63);
+  if ((fVisited[bit / 64] & mask) != 0) return false;
+  fVisited[bit / 64] |= mask;
+  return true;
+}
+
+bool CaptureMatcher::BacktrackFrom(const CaptureQuery& query, std::size_t start,
+                                   std::vector<std::size_t>& slots) {
+  fPending.clear();
+  fPending.push_back({query.start, false, start});
+  while (!fPending.empty()) {
+    const Pending pending = fPending.back();
+    fPending.pop_back();
+    if (pending.isRestore) {
+      slots[pending.id] = pending.pos;
+      continue;
+    }
+    StateId id = pending.id;
+    std::size_t pos = pending.pos;
+    for (;;) {
+      if (fVisitNumber[id] != kUnnumbered && !Visit(id, pos)) break;
+      const State& state = fProgram.states[id];
+      if (state.op == Op::Bytes) {
+        if (pos == query.end || !fTree.Set(state.value).Contains(query.subject.At(pos))) break;
+        ++pos;
+      } else if (state.op == Op::Split) {
+        fPending.push_back({state.other, false, pos});
+      } else if (state.op == Op::Accept) {
+        if (AcceptsAt(query, start, pos)) return true;
+        break;
+      } else if (state.IsAssertion() &&
+                 !Holds(state, query.subject.BoundaryAt(pos), query.table, pos)) {
+        break;
+      }
+      if (const std::size_t slot = SlotOf(state); slot != kNowhere) {
+        fPending.push_back({static_cast<StateId>(slot), true, slots[slot]});
+        slots[slot] = pos;
+      }
+      id = state.next;
+    }
+  }
+  return false;
+}
+
+// All ways at once, each with its own slots, the preferred one first.
+bool CaptureMatcher::RunThreads(const CaptureQuery& query, std::vector<std::size_t>& slots) {
+  if (fSlotCount * fProgram.states.size() > kMaxThreadSlots) {
+    throw std::regex_error(std::regex_constants::error_complexity);
+  }
+  bool isFound = false;
+  fNow.Clear();
+  fInNow.Clear();
+  for (std::size_t pos = query.firstStart;; ++pos) {
+    if (!isFound && pos <= query.lastStart) {
+      fScratch.assign(fSlotCount, kNowhere);
+      AddThread(query, query.start, pos, fScratch, fNow);
+    }
+    if (fNow.ids.empty() && (isFound || pos >= query.lastStart)) return isFound;
+
+    fNext.Clear();
+    std::swap(fInNow, fInNext);
+    fInNow.Clear();
+    for (std::size_t i = 0; i < fNow.ids.size(); ++i) {
+      const State& state = fProgram.states[fNow.ids[i]];
+      const auto own = fNow.slots.begin() + static_cast<std::ptrdiff_t>(i * fSlotCount);
+      if (state.op == Op::Accept) {
+        if (!AcceptsAt(query, query.firstStart, pos)) continue;
+        slots.assign(own, own + static_cast<std::ptrdiff_t>(fSlotCount));
+        isFound = true;
+        break;  // what stands behind it is not preferred
+      }
+      if (pos == query.end || !fTree.Set(state.value).Contains(query.subject.At(pos))) continue;
+      fScratch.assign(own, own + static_cast<std::ptrdiff_t>(fSlotCount));
+      AddThread(query, state.next, pos + 1, fScratch, fNext);
+    }
+    std::swap(fNow, fNext);
+    if (pos == query.end) return isFound;
+  }
+}
+
+// Adds the states that consume or accept and are reached from id, unless they are there already.
+void CaptureMatcher::AddThread(const CaptureQuery& query, StateId first, std::size_t pos,
+                               std::vector<std::size_t>& slots, Threads& threads) {
+  fPending.clear();
+  fPending.push_back({first, false, pos});
+  while (!fPending.empty()) {
+    const Pending pending = fPending.back();
+    fPending.pop_back();
+    if (pending.isRestore) {
+      slots[pending.id] = pending.pos;
+      continue;
+    }
+    StateId id = pending.id;
+    while (fInNow.Insert(id)) {
+      const State& state = fProgram.states[id];
+      if (state.op == Op::Bytes || state.op == Op::Accept) {
+        threads.ids.push_back(id);
+        threads.slots.insert(threads.slots.end(), slots.begin(), slots.end());
+        break;
+      }
+      if (state.op == Op::Split) {
+        fPending.push_back({state.other, false, pos});
+      } else if (state.IsAssertion() &&
+                 !Holds(state, query.subject.BoundaryAt(pos), query.table, pos)) {
+        break;
+      }
+      if (const std::size_t slot = SlotOf(state); slot != kNowhere) {
+        fPending.push_back({static_cast<StateId>(slot), true, slots[slot]});
+        slots[slot] = pos;
+      }
+      id = state.next;
+    }
+  }
+}
+
+}  // namespace Matching

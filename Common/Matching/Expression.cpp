@@ -1,0 +1,372 @@
+#include "Common/Matching/Expression.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "Common/Matching/CaptureMatcher.h"
+#include "Common/Matching/ExactMatcher.h"
+#include "Common/Matching/LazyDfa.h"
+#include "Common/Matching/LookAheads.h"
+#include "Common/Matching/Parser.h"
+#include "Common/Matching/Program.h"
+
+namespace Matching {
+namespace {
+
+// True when what the library captures in look-aheads can be told from the match alone: every group
+// in one is set whenever the look-ahead is passed, which happens exactly once on the way to a
+// match. Otherwise the captures are those of the look-ahead that was tried last, on whatever way
+// that failed, and only following all ways in the library's order can tell.
+bool AreLookAheadCapturesPlain(const SyntaxTree& tree) {
+  struct Visit {
+    NodeId id;
+    bool inLookAhead;
+    bool isConditional;  // some way to a match does not set its groups
+  };
+  std::vector<Visit> open{{tree.Root(), false, false}};
+  while (!open.empty()) {
+    const Visit visit = open.back();
+    open.pop_back();
+    const Node& node = tree[visit.id];
+    if (node.kind == NodeKind::Group && visit.inLookAhead && visit.isConditional) return false;
+    const bool isBranch = node.kind == NodeKind::Alternate || node.kind == NodeKind::Repeat ||
+                          node.kind == NodeKind::NotLookAhead;
+    const bool isLookAhead =
+        node.kind == NodeKind::LookAhead || node.kind == NodeKind::NotLookAhead;
+    for (NodeId child = node.firstChild; child != kNoNode; child = tree[child].nextSibling) {
+      open.push_back({child, visit.inLookAhead || isLookAhead, visit.isConditional || isBranch});
+    }
+  }
+  return true;
+}
+
+bool StartsAtBegin(const Program& program) {
+  StateId id = program.start;
+  while (program.states[id].op == Op::Save || program.states[id].op == Op::Jump) {
+    id = program.states[id].next;
+  }
+  return program.states[id].op == Op::LineBegin;
+}
+
+}  // namespace
+
+// All that one expression compiles to.
+class Expression::Engine {
+public:
+  Engine(SyntaxTree tree, const Options& options)
+      : fTree(std::move(tree)),
+        fOptions(options),
+        fClasses(ClassifyBytes(fTree)),
+        fProgram(CompileProgram(fTree, fTree.Root(), Direction::Forward)),
+        fLookAheads(fTree, fClasses, options.automatonBudget),
+        fStartsAtBegin(StartsAtBegin(fProgram)) {
+    if (options.unrollEmptyPasses) fUnrolled = UnrollEmptyPasses(fProgram);
+    if (fTree.Has(NodeKind::BackReference) || !AreLookAheadCapturesPlain(fTree)) {
+      fUnrolled.reset();
+    }
+  }
+
+  [[nodiscard]] const SyntaxTree& Tree() const { return fTree; }
+
+  [[nodiscard]] Road RoadTaken() const {
+    if (fTree.Has(NodeKind::BackReference)) return Road::Exact;
+    if (!fLookAheads.IsEmpty()) return fUnrolled ? Road::Threads : Road::Exact;
+    return fUnrolled ? Road::Automaton : Road::Exact;
+  }
+
+  [[nodiscard]] std::size_t AutomatonMemory() const {
+    std::size_t used = 0;
+    for (const auto& automaton : fAutomata) {
+      const LazyDfa* const built = automaton.load(std::memory_order_acquire);
+      if (built != nullptr) used += built->MemoryUsed();
+    }
+    return used;
+  }
+
+  Engine(const Engine&) = delete;
+  Engine& operator=(const Engine&) = delete;
+
+  ~Engine() {
+    for (const auto& automaton : fAutomata) delete automaton.load(std::memory_order_relaxed);
+    delete fBackward.load(std::memory_order_relaxed);
+  }
+
+  bool IsMatch(std::string_view text) const {
+    if (MayUseAutomata()) {
+      return Automaton(WholeForward).Run({text, 0, false}, 0) != kNowhere;
+    }
+    Captures captures;
+    return MatchCaptures(text, captures);
+  }
+
+  bool Search(std::string_view text) const {
+    if (MayUseAutomata()) {
+      return Automaton(AnyForward).Run({text, 0, false}, 0) != kNowhere;
+    }
+    Captures captures;
+    return SearchCaptures(text, 0, {}, captures);
+  }
+
+  bool MatchCaptures(std::string_view text, Captures& captures) const {
+    const Subject subject{text, 0, false};
+    if (!fUnrolled) return RunExact(subject, 0, 0, true, false, captures);
+    if (MayUseAutomata() && Automaton(WholeForward).Run(subject, 0) == kNowhere) return false;
+    CaptureQuery query{
+        .subject = subject, .start = fUnrolled->start, .end = text.size(), .mustReachEnd = true};
+    return RunCaptures(query, captures);
+  }
+
+  bool SearchCaptures(std::string_view text, std::size_t from, const SearchFlags& flags,
+                      Captures& captures) const {
+    const Subject subject{text, from, flags.hasPrevious};
+    const bool isAnchored = flags.onlyNonEmptyHere || fStartsAtBegin;
+    const std::size_t lastStart = isAnchored ? from : text.size();
+    if (!fUnrolled) {
+      return RunExact(subject, from, lastStart, false, flags.onlyNonEmptyHere, captures);
+    }
+    if (MayUseAutomata()) return SearchByAutomata(subject, isAnchored, flags, captures);
+
+    CaptureQuery query{.subject = subject,
+                       .start = fUnrolled->start,
+                       .firstStart = from,
+                       .lastStart = lastStart,
+                       .end = text.size(),
+                       .refusesEmpty = flags.onlyNonEmptyHere};
+    if (fLookAheads.AskForBegin() && !flags.hasPrevious) {
+      // The first place is the only one at which look-aheads see no byte in front of the match.
+      query.lastStart = from;
+      if (RunCaptures(query, captures)) return true;
+      if (lastStart == from) return false;
+      return SearchCaptures(text, from + 1, {true, false}, captures);
+    }
+    return RunCaptures(query, captures);
+  }
+
+private:
+  enum AutomatonKind : std::uint8_t {
+    WholeForward,
+    AnyForward,
+    FirstForward,          // the preferred match from any place on
+    FirstForwardAnchored,  // the same, from the first place
+    LongestBackward,
+    AutomatonCount
+  };
+
+  [[nodiscard]] bool MayUseAutomata() const {
+    return fOptions.useAutomata && fLookAheads.IsEmpty() && !fTree.Has(NodeKind::BackReference);
+  }
+
+  // The automaton of that kind, built at first use: whoever comes second deletes his own.
+  const LazyDfa& Automaton(AutomatonKind kind) const {
+    auto& slot = fAutomata[kind];
+    const LazyDfa* built = slot.load(std::memory_order_acquire);
+    if (built != nullptr) return *built;
+
+    auto fresh = std::make_unique<LazyDfa>(SetupOf(kind));
+    if (slot.compare_exchange_strong(built, fresh.get(), std::memory_order_acq_rel,
+                                     std::memory_order_acquire)) {
+      return *fresh.release();
+    }
+    return *built;
+  }
+
+  [[nodiscard]] LazyDfa::Setup SetupOf(AutomatonKind kind) const {
+    static constexpr Goal kGoals[] = {Goal::Whole, Goal::Any, Goal::First, Goal::First,
+                                      Goal::Longest};
+    const bool isFirst = kGoals[kind] == Goal::First;
+    return {.program = kind == LongestBackward ? BackwardProgram()
+                       : isFirst               ? *fUnrolled
+                                               : fProgram,
+            .tree = fTree,
+            .classes = fClasses,
+            .goal = kGoals[kind],
+            .isAnchored = kind != AnyForward && kind != FirstForward,
+            .direction = kind == LongestBackward ? Direction::Backward : Direction::Forward,
+            .budget = fOptions.automatonBudget};
+  }
+
+  // Compiled at the first search that must find where a match begins.
+  const Program& BackwardProgram() const {
+    const Program* built = fBackward.load(std::memory_order_acquire);
+    if (built != nullptr) return *built;
+    auto fresh =
+        std::make_unique<Program>(CompileProgram(fTree, fTree.Root(), Direction::Backward));
+    if (fBackward.compare_exchange_strong(built, fresh.get(), std::memory_order_acq_rel,
+                                          std::memory_order_acquire)) {
+      return *fresh.release();
+    }
+    return *built;
+  }
+
+  // First where the match ends, then where it begins, then the groups in between.
+  bool SearchByAutomata(const Subject& subject, bool isAnchored, const SearchFlags& flags,
+                        Captures& captures) const {
+    const auto kind = isAnchored ? FirstForwardAnchored : FirstForward;
+    const std::size_t end = Automaton(kind).Run(subject, subject.from, flags.onlyNonEmptyHere);
+    if (end == kNowhere) return false;
+    std::size_t begin = subject.from;
+    if (!isAnchored) begin = Automaton(LongestBackward).Run(subject, end);
+    if (fTree.GroupCount() == 0) {
+      captures.assign(1, {begin, end, true});
+      return true;
+    }
+    const CaptureQuery query{.subject = subject,
+                             .start = fUnrolled->start,
+                             .firstStart = begin,
+                             .lastStart = begin,
+                             .end = end,
+                             .mustReachEnd = true,
+                             .refusesEmpty = flags.onlyNonEmptyHere};
+    return RunMatcher(query, captures);
+  }
+
+  bool RunExact(const Subject& subject, std::size_t firstStart, std::size_t lastStart,
+                bool mustReachEnd, bool refusesEmpty, Captures& captures) const {
+    ExactMatcher::Limits limits;
+    limits.steps = fOptions.maxSteps + 16 * static_cast<std::uint64_t>(subject.text.size());
+    ExactMatcher matcher(fProgram, fTree, subject, limits);
+    for (std::size_t start = firstStart; start <= lastStart; ++start) {
+      if (!matcher.Run(start, mustReachEnd, refusesEmpty)) continue;
+      CopyCaptures(matcher.Slots(), captures);
+      return true;
+    }
+    return false;
+  }
+
+  bool RunCaptures(CaptureQuery& query, Captures& captures) const {
+    if (fLookAheads.IsEmpty()) return RunMatcher(query, captures);
+    const LookAheadTable table = fLookAheads.Evaluate(query.subject, query.refusesEmpty);
+    query.table = &table;
+    return RunMatcher(query, captures);
+  }
+
+  bool RunMatcher(const CaptureQuery& query, Captures& captures) const {
+    auto matcher = fSpareMatcher.Take();
+    if (!matcher) {
+      matcher = std::make_unique<CaptureMatcher>(*fUnrolled, fTree);
+      if (!fOptions.useBacktracking) matcher->ForbidBacktracking();
+    }
+    std::vector<std::size_t> slots;
+    const bool found = matcher->Run(query, slots);
+    if (found) {
+      CaptureLookAheads(*matcher, query, slots);
+      CopyCaptures(slots, captures);
+    }
+    fSpareMatcher.Give(std::move(matcher));
+    return found;
+  }
+
+  // Fills in the groups of the look-aheads that the match has passed, from the outer to the inner.
+  void CaptureLookAheads(CaptureMatcher& matcher, const CaptureQuery& query,
+                         std::vector<std::size_t>& slots) const {
+    std::vector<std::size_t> inner;
+    for (std::size_t i = fUnrolled->lookAheads.size(); i-- > 0;) {
+      const LookAheadPart& part = fUnrolled->lookAheads[i];
+      const std::size_t pos = slots[matcher.FirstLookAheadSlot() + i];
+      if (!part.HasGroups() || pos == kNowhere) continue;
+      const Subject subject{query.subject.text, pos, query.subject.hasPrevious};
+      const CaptureQuery partQuery{.subject = subject,
+                                   .table = query.table,
+                                   .start = part.start,
+                                   .firstStart = pos,
+                                   .lastStart = pos,
+                                   .end = subject.text.size(),
+                                   .refusesEmpty = query.refusesEmpty};
+      if (!matcher.Run(partQuery, inner)) continue;
+      for (std::size_t slot = 0; slot < slots.size(); ++slot) {
+        if (inner[slot] != kNowhere) slots[slot] = inner[slot];
+      }
+    }
+  }
+
+  void CopyCaptures(const std::vector<std::size_t>& slots, Captures& captures) const {
+    captures.resize(std::size_t{fTree.GroupCount()} + 1);
+    for (std::size_t i = 0; i < captures.size(); ++i) {
+      const bool matched = slots[2 * i + 1] != kNowhere;
+      captures[i] = matched ? Span{slots[2 * i], slots[2 * i + 1], true} : Span{};
+    }
+  }
+
+  const SyntaxTree fTree;
+  const Options fOptions;
+  const ByteClasses fClasses;
+  const Program fProgram;
+  std::optional<Program> fUnrolled;  // absent when only following the library's order will do
+  const LookAheads fLookAheads;
+  const bool fStartsAtBegin;  // no match begins behind the first place
+
+  // Built at first use and published by compare-and-swap.
+  mutable std::atomic<const Program*> fBackward{nullptr};
+  mutable std::atomic<const LazyDfa*> fAutomata[AutomatonCount] = {};
+  mutable SpareSlot<CaptureMatcher> fSpareMatcher;
+};
+
+Expression::Expression(std::unique_ptr<Engine> engine) : fEngine(std::move(engine)) {}
+
+Expression::~Expression() = default;
+
+std::variant<std::unique_ptr<Expression>, SyntaxError> Expression::Compile(std::string_view pattern,
+                                                                           const Options& options) {
+  ParseResult parsed = Parse(pattern);
+  if (parsed.error) return *parsed.error;
+  return std::unique_ptr<Expression>(
+      new Expression(std::make_unique<Engine>(std::move(parsed.tree), options)));
+}
+
+bool Expression::IsMatch(std::string_view text) const {
+  return fEngine->IsMatch(text);
+}
+
+bool Expression::Search(std::string_view text) const {
+  return fEngine->Search(text);
+}
+
+bool Expression::MatchCaptures(std::string_view text, Captures& captures) const {
+  return fEngine->MatchCaptures(text, captures);
+}
+
+bool Expression::SearchCaptures(std::string_view text, std::size_t from, const SearchFlags& flags,
+                                Captures& captures) const {
+  return fEngine->SearchCaptures(text, from, flags, captures);
+}
+
+std::size_t Expression::GroupCount() const {
+  return fEngine->Tree().GroupCount();
+}
+
+const SyntaxTree& Expression::Tree() const {
+  return fEngine->Tree();
+}
+
+Road Expression::RoadTaken() const {
+  return fEngine->RoadTaken();
+}
+
+std::size_t Expression::AutomatonMemory() const {
+  return fEngine->AutomatonMemory();
+}
+
+bool MatchIterator::Next(Captures& captures) {
+  if (fIsDone) return false;
+  fIsDone = !FindNext(captures);
+  if (fIsDone) return false;
+  fFrom = captures[0].end;
+  fWasEmpty = captures[0].begin == fFrom;
+  return true;
+}
+
+bool MatchIterator::FindNext(Captures& captures) {
+  if (fIsFirst) {
+    fIsFirst = false;
+    return fExpression.SearchCaptures(fText, 0, {}, captures);
+  }
+  if (fWasEmpty) {
+    if (fFrom == fText.size()) return false;
+    if (fExpression.SearchCaptures(fText, fFrom, {fHasPrevious, true}, captures)) return true;
+    ++fFrom;
+  }
+  fHasPrevious = true;
+  return fExpression.SearchCaptures(fText, fFrom, {fHasPrevious, false}, captures);
+}
+
+}  // namespace Matching

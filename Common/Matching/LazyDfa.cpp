@@ -1,0 +1,348 @@
+#include "Common/Matching/LazyDfa.h"
+
+#include <algorithm>
+#include <new>
+
+namespace Matching {
+
+// Header of one allocation: behind it stand the ways out, one a class, then the kernel's states.
+struct LazyDfa::DfaState {
+  using Way = std::atomic<const DfaState*>;
+
+  enum Edge : std::uint8_t { Unknown, Refuses, Accepts };
+
+  bool isSpecial = false;  // one of the next three
+  bool isDead = false;     // nothing leads on from here
+  bool matched = false;
+  bool acceptsHere = false;  // goals Any and Every: a match ends here, whatever follows
+  bool atEdge = false;
+  bool afterWord = false;
+  bool isFresh = false;
+  mutable std::atomic<std::uint8_t> acceptsAtEdge{Unknown};
+  std::uint32_t kernelSize = 0;
+  std::uint32_t wayCount = 0;
+  std::size_t hash = 0;
+  DfaState* below = nullptr;  // next in the bucket
+
+  [[nodiscard]] Way* Ways() const {
+    return reinterpret_cast<Way*>(const_cast<DfaState*>(this) + 1);
+  }
+  [[nodiscard]] StateId* Kernel() const { return reinterpret_cast<StateId*>(Ways() + wayCount); }
+
+  static std::size_t SizeOf(std::size_t ways, std::size_t kernel) {
+    return sizeof(DfaState) + ways * sizeof(Way) + kernel * sizeof(StateId);
+  }
+};
+
+// What one run works in when it leaves the states that exist.
+struct LazyDfa::Workspace {
+  explicit Workspace(const Setup& setup)
+      : simulation(setup.program, setup.tree, setup.goal, setup.isAnchored) {}
+
+  Simulation simulation;
+  Kernel from;
+  Kernel to;
+};
+
+namespace {
+
+std::size_t HashKernel(const Kernel& kernel) {
+  std::uint64_t hash = static_cast<std::uint64_t>(kernel.atEdge) |
+                       static_cast<std::uint64_t>(kernel.afterWord) << 1 |
+                       static_cast<std::uint64_t>(kernel.isFresh) << 2 |
+                       static_cast<std::uint64_t>(kernel.matched) << 3;
+  for (const StateId id : kernel.states) {
+    hash = (hash ^ id) * 0x9E3779B97F4A7C15U;
+    hash ^= hash >> 32;
+  }
+  return static_cast<std::size_t>(hash);
+}
+
+}  // namespace
+
+LazyDfa::LazyDfa(const Setup& setup) : fSetup(setup) {
+  static_assert(alignof(DfaState) >= alignof(DfaState::Way));
+  static_assert(sizeof(DfaState) % alignof(DfaState::Way) == 0);
+}
+
+LazyDfa::~LazyDfa() {
+  for (auto& bucket : fBuckets) {
+    DfaState* state = bucket.load(std::memory_order_relaxed);
+    while (state != nullptr) {
+      DfaState* const below = state->below;
+      state->~DfaState();
+      ::operator delete(state);
+      state = below;
+    }
+  }
+}
+
+std::size_t LazyDfa::Run(const Subject& subject, std::size_t start, bool isFresh) const {
+  std::size_t last = kNowhere;
+  const bool isFirstEnough = fSetup.goal == Goal::Any;
+  const auto onMatch = [&last, isFirstEnough](std::size_t pos) {
+    last = pos;
+    return isFirstEnough;
+  };
+  if (fSetup.direction == Direction::Forward) {
+    RunForward(subject, start, isFresh, onMatch);
+  } else {
+    RunBackward(subject, start, onMatch);
+  }
+  return last;
+}
+
+void LazyDfa::MarkEvery(const Subject& subject, std::size_t start, LookAheadTable& table,
+                        std::uint32_t number) const {
+  RunBackward(subject, start, [&table, number](std::size_t pos) {
+    table.Set(number, pos);
+    return false;
+  });
+}
+
+// onMatch is told each place at which a match ends, and says whether that is enough.
+template <class OnMatch>
+std::size_t LazyDfa::RunForward(const Subject& subject, std::size_t start, bool isFresh,
+                                OnMatch&& onMatch) const {
+  std::unique_ptr<Workspace> workspace;
+  const auto needWorkspace = [&]() -> Workspace& {
+    if (!workspace) workspace = fSpare.Take();
+    if (!workspace) workspace = std::make_unique<Workspace>(fSetup);
+    return *workspace;
+  };
+  const auto finish = [&](std::size_t answer) {
+    if (workspace) fSpare.Give(std::move(workspace));
+    return answer;
+  };
+
+  const Boundary around = subject.BoundaryAt(start);
+  const std::size_t which =
+      (around.isBegin ? 1U : 0U) | (around.isWordLeft ? 2U : 0U) | (isFresh ? 4U : 0U);
+  const DfaState* state = fStarts[which].load(std::memory_order_acquire);
+  if (state == nullptr) {
+    state = StartState(around, isFresh, needWorkspace());
+    if (state == nullptr) {
+      return finish(Simulate(*workspace, subject, start, subject.text.size(), onMatch));
+    }
+    fStarts[which].store(state, std::memory_order_release);
+  }
+  if (state->acceptsHere && onMatch(start)) return finish(start);
+
+  const auto& classOf = fSetup.classes.classOf;
+  const char* const text = subject.text.data();
+  const std::size_t size = subject.text.size();
+  for (std::size_t pos = start; pos < size; ++pos) {
+    const auto byte = static_cast<unsigned char>(text[pos]);
+    const DfaState* next = state->Ways()[classOf[byte]].load(std::memory_order_acquire);
+    if (next == nullptr) {
+      next = Grow(*state, byte, needWorkspace());
+      if (next == nullptr) {
+        if (workspace->from.matched && onMatch(pos)) return finish(pos);
+        return finish(Simulate(*workspace, subject, pos + 1, size, onMatch));
+      }
+    }
+    state = next;
+    if (!state->isSpecial) continue;
+    if (state->matched && onMatch(pos)) return finish(pos);
+    if (state->acceptsHere && onMatch(pos + 1)) return finish(pos + 1);
+    if (state->isDead) return finish(kNowhere);
+  }
+  auto edge = state->acceptsAtEdge.load(std::memory_order_relaxed);
+  const bool accepts = edge == DfaState::Unknown ? AcceptsAtEdge(*state, needWorkspace())
+                                                 : edge == DfaState::Accepts;
+  if (accepts) onMatch(size);
+  return finish(size);
+}
+
+template <class OnMatch>
+std::size_t LazyDfa::RunBackward(const Subject& subject, std::size_t start,
+                                 OnMatch&& onMatch) const {
+  std::unique_ptr<Workspace> workspace;
+  const auto needWorkspace = [&]() -> Workspace& {
+    if (!workspace) workspace = fSpare.Take();
+    if (!workspace) workspace = std::make_unique<Workspace>(fSetup);
+    return *workspace;
+  };
+  const auto finish = [&](std::size_t answer) {
+    if (workspace) fSpare.Give(std::move(workspace));
+    return answer;
+  };
+
+  const Boundary around = subject.BoundaryAt(start);
+  const std::size_t which = (around.isEnd ? 1U : 0U) | (around.isWordRight ? 2U : 0U);
+  const DfaState* state = fStarts[which].load(std::memory_order_acquire);
+  if (state == nullptr) {
+    state = StartState(around, false, needWorkspace());
+    if (state == nullptr) {
+      return finish(Simulate(*workspace, subject, start, subject.from, onMatch));
+    }
+    fStarts[which].store(state, std::memory_order_release);
+  }
+
+  const auto& classOf = fSetup.classes.classOf;
+  // A byte in front of the text is looked at and not consumed.
+  const std::size_t stop = subject.from;
+  const std::size_t peek = subject.hasPrevious && stop > 0 ? 1 : 0;
+  for (std::size_t pos = start; pos > stop - peek; --pos) {
+    const unsigned char byte = subject.At(pos - 1);
+    const DfaState* next = state->Ways()[classOf[byte]].load(std::memory_order_acquire);
+    if (next == nullptr) {
+      next = Grow(*state, byte, needWorkspace());
+      if (next == nullptr) {
+        if (workspace->from.matched) onMatch(pos);
+        if (pos == stop) return finish(stop);
+        return finish(Simulate(*workspace, subject, pos - 1, stop, onMatch));
+      }
+    }
+    state = next;
+    if (!state->isSpecial) continue;
+    if (state->matched) onMatch(pos);
+    if (state->isDead) return finish(kNowhere);
+  }
+  if (peek != 0) return finish(stop);
+  auto edge = state->acceptsAtEdge.load(std::memory_order_relaxed);
+  const bool accepts = edge == DfaState::Unknown ? AcceptsAtEdge(*state, needWorkspace())
+                                                 : edge == DfaState::Accepts;
+  if (accepts) onMatch(stop);
+  return finish(stop);
+}
+
+// The kernel to go on from stands in workspace.from.
+template <class OnMatch>
+std::size_t LazyDfa::Simulate(Workspace& workspace, const Subject& subject, std::size_t pos,
+                              std::size_t last, OnMatch&& onMatch) const {
+  const bool isForward = fSetup.direction == Direction::Forward;
+  while (pos != last && !workspace.from.states.empty()) {
+    const unsigned char byte = subject.At(isForward ? pos : pos - 1);
+    workspace.simulation.Step(workspace.from, subject.BoundaryAt(pos), byte, workspace.to);
+    workspace.to.afterWord = fSetup.program.hasWordBoundaries && IsWordByte(byte);
+    std::swap(workspace.from, workspace.to);
+    if (workspace.from.matched && onMatch(pos)) return pos;
+    pos = isForward ? pos + 1 : pos - 1;
+  }
+  if (workspace.simulation.Accepts(workspace.from, subject.BoundaryAt(pos))) onMatch(pos);
+  return pos;
+}
+
+const LazyDfa::DfaState* LazyDfa::StartState(const Boundary& at, bool isFresh,
+                                             Workspace& workspace) const {
+  const bool isForward = fSetup.direction == Direction::Forward;
+  Kernel& kernel = workspace.from;
+  kernel.atEdge = fSetup.program.hasAssertions && (isForward ? at.isBegin : at.isEnd);
+  kernel.afterWord =
+      fSetup.program.hasWordBoundaries && (isForward ? at.isWordLeft : at.isWordRight);
+  kernel.isFresh = isFresh;
+  kernel.matched = false;
+  workspace.simulation.Begin(kernel);
+  return Intern(kernel);
+}
+
+const LazyDfa::DfaState* LazyDfa::Grow(const DfaState& from, unsigned char byte,
+                                       Workspace& workspace) const {
+  Kernel& kernel = workspace.to;
+  kernel.states.assign(from.Kernel(), from.Kernel() + from.kernelSize);
+  kernel.atEdge = from.atEdge;
+  kernel.afterWord = from.afterWord;
+  kernel.isFresh = from.isFresh;
+  StepKernel(kernel, byte, workspace.from, workspace);
+  const DfaState* const next = Intern(workspace.from);
+  if (next == nullptr) return nullptr;
+  from.Ways()[fSetup.classes.classOf[byte]].store(next, std::memory_order_release);
+  return next;
+}
+
+void LazyDfa::StepKernel(const Kernel& from, unsigned char byte, Kernel& to,
+                         Workspace& workspace) const {
+  workspace.simulation.Step(from, Around(from, IsWordByte(byte)), byte, to);
+  to.afterWord = fSetup.program.hasWordBoundaries && !to.states.empty() && IsWordByte(byte);
+}
+
+// What stands around the place of a kernel, some byte lying ahead.
+Boundary LazyDfa::Around(const Kernel& kernel, bool isWordAhead) const {
+  if (fSetup.direction == Direction::Forward) {
+    return {.isBegin = kernel.atEdge,
+            .isEnd = false,
+            .isWordLeft = kernel.afterWord,
+            .isWordRight = isWordAhead};
+  }
+  return {.isBegin = false,
+          .isEnd = kernel.atEdge,
+          .isWordLeft = isWordAhead,
+          .isWordRight = kernel.afterWord};
+}
+
+// Whether a match ends here, nothing lying ahead. Kept in the state: all threads find the same.
+bool LazyDfa::AcceptsAtEdge(const DfaState& state, Workspace& workspace) const {
+  Kernel& kernel = workspace.to;
+  kernel.states.assign(state.Kernel(), state.Kernel() + state.kernelSize);
+  kernel.isFresh = state.isFresh;
+  kernel.atEdge = state.atEdge;
+  kernel.afterWord = state.afterWord;
+  Boundary at = Around(kernel, false);
+  (fSetup.direction == Direction::Forward ? at.isEnd : at.isBegin) = true;
+  const bool accepts = workspace.simulation.Accepts(kernel, at);
+  state.acceptsAtEdge.store(accepts ? DfaState::Accepts : DfaState::Refuses,
+                            std::memory_order_relaxed);  // stands alone, orders nothing
+  return accepts;
+}
+
+const LazyDfa::DfaState* LazyDfa::FindIn(const DfaState* from, const DfaState* end,
+                                         const Kernel& kernel, std::size_t hash) const {
+  for (; from != end; from = from->below) {
+    if (from->hash == hash && from->atEdge == kernel.atEdge &&
+        from->afterWord == kernel.afterWord && from->isFresh == kernel.isFresh &&
+        from->matched == kernel.matched && from->kernelSize == kernel.states.size() &&
+        std::equal(kernel.states.begin(), kernel.states.end(), from->Kernel())) {
+      return from;
+    }
+  }
+  return nullptr;
+}
+
+// The one state with this kernel; null when it does not exist and the budget is spent.
+const LazyDfa::DfaState* LazyDfa::Intern(const Kernel& kernel) const {
+  const std::size_t hash = HashKernel(kernel);
+  auto& bucket = fBuckets[hash % kBucketCount];
+  DfaState* head = bucket.load(std::memory_order_acquire);
+  if (const DfaState* const found = FindIn(head, nullptr, kernel, hash)) return found;
+
+  const std::uint32_t ways = fSetup.classes.count;
+  const std::size_t size = DfaState::SizeOf(ways, kernel.states.size());
+  if (fUsed.fetch_add(size, std::memory_order_relaxed) + size > fSetup.budget) {
+    fUsed.fetch_sub(size, std::memory_order_relaxed);
+    return nullptr;
+  }
+  auto* const state = new (::operator new(size)) DfaState;
+  state->wayCount = ways;
+  for (std::uint32_t i = 0; i < ways; ++i) new (state->Ways() + i) DfaState::Way(nullptr);
+  state->kernelSize = static_cast<std::uint32_t>(kernel.states.size());
+  std::ranges::copy(kernel.states, state->Kernel());
+  state->atEdge = kernel.atEdge;
+  state->afterWord = kernel.afterWord;
+  state->isFresh = kernel.isFresh;
+  state->matched = kernel.matched;
+  state->isDead = kernel.states.empty();
+  state->acceptsHere = fSetup.goal == Goal::Any && !kernel.isFresh &&
+                       std::ranges::any_of(kernel.states, [this](StateId id) {
+                         return id != kRestart && fSetup.program.states[id].op == Op::Accept;
+                       });
+  state->isSpecial = state->isDead || state->matched || state->acceptsHere;
+  state->hash = hash;
+  state->below = head;
+  while (!bucket.compare_exchange_weak(state->below, state, std::memory_order_release,
+                                       std::memory_order_acquire)) {
+    // Others pushed in front of what was searched; one of theirs may be this very state.
+    const DfaState* const found = FindIn(state->below, head, kernel, hash);
+    if (found != nullptr) {
+      state->~DfaState();
+      ::operator delete(state);
+      fUsed.fetch_sub(size, std::memory_order_relaxed);
+      return found;
+    }
+    head = state->below;
+  }
+  fStateCount.fetch_add(1, std::memory_order_relaxed);
+  return state;
+}
+
+}  // namespace Matching

@@ -1,0 +1,117 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string_view>
+
+#include "Common/Matching/Program.h"
+#include "Common/Matching/Simulation.h"
+#include "Common/Matching/Subject.h"
+
+namespace Matching {
+
+inline constexpr std::size_t kNowhere = static_cast<std::size_t>(-1);
+
+// Keeps one object for the next user who asks, so that working memory is not made anew each time.
+// Any thread may take and give; whoever finds nothing makes his own.
+template <class T>
+class SpareSlot {
+public:
+  SpareSlot() = default;
+  SpareSlot(const SpareSlot&) = delete;
+  SpareSlot& operator=(const SpareSlot&) = delete;
+  ~SpareSlot() { delete fSpare.load(std::memory_order_relaxed); }
+
+  std::unique_ptr<T> Take() { return std::unique_ptr<T>(fSpare.exchange(nullptr)); }
+  void Give(std::unique_ptr<T> object) { delete fSpare.exchange(object.release()); }
+
+private:
+  std::atomic<T*> fSpare{nullptr};
+};
+
+// An automaton that knows at each byte all states that a program may be in, and keeps what it has
+// learnt: a state is built when a text first leads there, and costs one look-up from then on.
+//
+// What it keeps stays within a budget. When that is spent, texts that need more are answered by the
+// simulation of the program, which is slower and no different.
+//
+// Any thread may run it, without a lock. A state is immutable but for the ways out of it, each of
+// which goes once from null to its target; both are published by compare-and-swap or a store with
+// release, and read with acquire. States live as long as the automaton.
+//
+// The program, the tree and the classes must outlive it. Programs with look-aheads are not for it:
+// what they answer at a byte depends on more than the states.
+class LazyDfa {
+public:
+  struct Setup {
+    const Program& program;
+    const SyntaxTree& tree;
+    const ByteClasses& classes;
+    Goal goal = Goal::Whole;
+    bool isAnchored = true;
+    Direction direction = Direction::Forward;
+    std::size_t budget = 0;  // bytes
+  };
+
+  explicit LazyDfa(const Setup& setup);
+  LazyDfa(const LazyDfa&) = delete;
+  LazyDfa& operator=(const LazyDfa&) = delete;
+  ~LazyDfa();
+
+  // Runs from start to the end of the text, or backward to its beginning, and yields what the goal
+  // asks for: a place, or kNowhere for no match. For Whole and Any the place says nothing more.
+  // isFresh: an empty match at start is none.
+  [[nodiscard]] std::size_t Run(const Subject& subject, std::size_t start,
+                                bool isFresh = false) const;
+
+  // Goal Every: marks each place at which a match ends as one where the look-ahead holds.
+  void MarkEvery(const Subject& subject, std::size_t start, LookAheadTable& table,
+                 std::uint32_t number) const;
+
+  [[nodiscard]] std::size_t MemoryUsed() const { return fUsed.load(std::memory_order_relaxed); }
+  [[nodiscard]] std::size_t StateCount() const {
+    return fStateCount.load(std::memory_order_relaxed);
+  }
+
+private:
+  struct DfaState;
+  struct Workspace;
+
+  template <class OnMatch>
+  std::size_t RunForward(const Subject& subject, std::size_t start, bool isFresh,
+                         OnMatch&& onMatch) const;
+  template <class OnMatch>
+  std::size_t RunBackward(const Subject& subject, std::size_t start, OnMatch&& onMatch) const;
+  // Goes on from a kernel without the cache, to the end.
+  template <class OnMatch>
+  std::size_t Simulate(Workspace& workspace, const Subject& subject, std::size_t pos,
+                       std::size_t last, OnMatch&& onMatch) const;
+
+  [[nodiscard]] const DfaState* StartState(const Boundary& at, bool isFresh,
+                                           Workspace& workspace) const;
+  // The state behind one more byte; null when the budget is spent, the kernel then being in the
+  // workspace.
+  const DfaState* Grow(const DfaState& from, unsigned char byte, Workspace& workspace) const;
+  void StepKernel(const Kernel& from, unsigned char byte, Kernel& to, Workspace& workspace) const;
+  bool AcceptsAtEdge(const DfaState& state, Workspace& workspace) const;
+  const DfaState* Intern(const Kernel& kernel) const;
+  [[nodiscard]] Boundary Around(const Kernel& kernel, bool isWordAhead) const;
+  [[nodiscard]] const DfaState* FindIn(const DfaState* from, const DfaState* end,
+                                       const Kernel& kernel, std::size_t hash) const;
+
+  static constexpr std::size_t kBucketCount = 128;
+  static constexpr std::size_t kStartCount = 8;
+
+  const Setup fSetup;
+  mutable std::atomic<std::size_t> fUsed{0};
+  mutable std::atomic<std::size_t> fStateCount{0};
+  // Chains of the states that exist; a new one is pushed in front by compare-and-swap.
+  mutable std::array<std::atomic<DfaState*>, kBucketCount> fBuckets{};
+  mutable std::array<std::atomic<const DfaState*>, kStartCount> fStarts{};  // by what is around
+  mutable SpareSlot<Workspace> fSpare;
+};
+
+}  // namespace Matching

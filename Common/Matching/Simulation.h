@@ -1,0 +1,99 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "Common/Matching/Program.h"
+#include "Common/Matching/Subject.h"
+
+namespace Matching {
+
+// What a run over a text is after.
+enum class Goal : std::uint8_t {
+  Whole,    // does the whole text match
+  Any,      // does any part of it match
+  First,    // where does the match that the order of the ways prefers end
+  Longest,  // how far does any way reach
+  Every,    // at which places does some match end
+};
+
+// The states in which a program may be at one place, which it must leave by consuming, by an
+// assertion or by accepting, in the order in which they are tried; sorted where the order is of no
+// account. kRestart stands for a match that begins here.
+struct Kernel {
+  std::vector<StateId> states;
+  bool atEdge = false;     // no byte was consumed yet, and the text ends on that side
+  bool afterWord = false;  // the byte consumed last is a word byte; false without word boundaries
+  bool isFresh = false;    // no byte was consumed yet, and an empty match is not wanted
+  bool matched = false;    // a match ended at the place before the byte consumed last
+};
+
+inline constexpr StateId kRestart = 0xFFFFFFFF;
+
+// The empty set of states of a program, emptied in one step.
+class StateSet {
+public:
+  explicit StateSet(std::size_t size) : fMarks(size, 0) {}
+
+  void Clear() {
+    if (++fMark == 0) {
+      fMarks.assign(fMarks.size(), 0);
+      fMark = 1;
+    }
+  }
+  // False when it is there already.
+  bool Insert(StateId id) {
+    if (fMarks[id] == fMark) return false;
+    fMarks[id] = fMark;
+    return true;
+  }
+
+private:
+  std::vector<std::uint32_t> fMarks;
+  std::uint32_t fMark = 1;
+};
+
+// One step of a program at a time, all its ways at once: what the automaton caches, and what runs
+// where there is nothing cached.
+//
+// Belongs to one thread; keeps the memory that it works in.
+class Simulation {
+public:
+  Simulation(const Program& program, const SyntaxTree& tree, Goal goal, bool isAnchored)
+      : fProgram(program),
+        fTree(tree),
+        fGoal(goal),
+        fIsAnchored(isAnchored),
+        fResolved(program.states.size()),
+        fTaken(program.states.size()) {}
+
+  // The states in front of the first byte. The flags of the kernel stay.
+  void Begin(Kernel& kernel);
+
+  // Consumes the byte; `at` is the boundary in front of it, pos the place for the table.
+  void Step(const Kernel& from, const Boundary& at, unsigned char byte, Kernel& to,
+            const LookAheadTable* table = nullptr, std::size_t pos = 0);
+
+  // Whether a match ends here, nothing more being consumed.
+  bool Accepts(const Kernel& from, const Boundary& at, const LookAheadTable* table = nullptr,
+               std::size_t pos = 0);
+
+private:
+  const std::vector<StateId>& Resolve(const Kernel& from, const Boundary& at,
+                                      const LookAheadTable* table, std::size_t pos);
+  void Take(StateId id, Kernel& to);
+  [[nodiscard]] bool OrderMatters() const { return fGoal == Goal::First; }
+
+  const Program& fProgram;
+  const SyntaxTree& fTree;
+  const Goal fGoal;
+  const bool fIsAnchored;
+  StateSet fResolved;
+  StateSet fTaken;
+  bool fIsCut = false;  // what would be taken now comes behind a match, and is not wanted
+  std::vector<StateId> fStack;
+  std::vector<StateId> fStates;
+};
+
+}  // namespace Matching

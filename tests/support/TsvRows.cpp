@@ -61,3 +61,11 @@ std::vector<TsvRow> ReadTsv(const std::filesystem::path& path) {
   }
   return rows;
 }
+
+std::string FromHex(const std::string& digits) {
+  std::string bytes;
+  for (std::size_t i = 0; i + 1 < digits.size(); i += 2) {
+    bytes += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
+  }
+  return bytes;
+}

@@ -24,3 +24,6 @@ private:
 
 // All records of a file whose fields are parted by tabs.
 std::vector<TsvRow> ReadTsv(const std::filesystem::path& path);
+
+// The bytes of a field that spells them in hexadecimal.
+std::string FromHex(const std::string& digits);

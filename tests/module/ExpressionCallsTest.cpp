@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 #include "tests/module/ModuleCalls.h"
@@ -388,6 +389,32 @@ TEST(ExpressionCalls, LetAnEngineFailureOutAsARuntimeError) {
   EXPECT_TRUE(words.ends_with("'"));
   // The object is none the worse for it.
   EXPECT_TRUE(Call("tovrin_module_RegExMatches", {object, Text("abbc")}).Boolean());
+}
+
+// A host calls from many threads, each with its own variants and context, on one shared object.
+TEST(ExpressionCalls, AnswerEightThreadsOnOneObject) {
+  const AutoRefPtr<IUserDefinedType> object = Expression("([a-z]+)-([0-9]+)")->GetUserDefined();
+  std::vector<int> wrong(8);
+  std::vector<std::thread> threads;
+  for (int& count : wrong) {
+    threads.emplace_back([&object, &count] {
+      for (int round = 0; round < 100; ++round) {
+        const auto argument = TestVariant::Object(kTestTessarinId, object);
+        const auto text = Text("abc-12 d-3");
+        count += !Call("tovrin_module_Search", {argument, text}).Boolean();
+        count += Call("tovrin_module_RegExMatches", {argument, text}).Boolean();
+        count +=
+            Call("tovrin_module_FindAll", {argument, text}).Texts() != Texts{"abc", "12", "d", "3"};
+        count += Call("tovrin_module_SearchAllMatches", {argument, text}).Texts() !=
+                 Texts{"abc-12", "d-3"};
+        count +=
+            Call("tovrin_module_ReplaceAllMatches", {argument, text, Text("\\2")}).Text() != "12 3";
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(wrong, std::vector<int>(8));
+  EXPECT_EQ(object->GetCount(), 1);
 }
 
 }  // namespace

@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "host/Data.h"
 #include "host/IHost.h"
@@ -147,6 +149,27 @@ TEST(SetHost, WorksWithNowhereToPutTheAnswer) {
                                       {PointerTo(host)}, nullptr),
             0u);
   EXPECT_EQ(host->GetCount(), 2);
+}
+
+TEST(SetHost, LetsOneOfManyHostsInWhenTheyComeAtOnce) {
+  constexpr int kHosts = 8;
+  std::vector<AutoRefPtr<QuietHost>> hosts;
+  for (int index = 0; index < kHosts; ++index) hosts.push_back(MakeHost());
+  const auto references = [&hosts] {
+    std::int32_t count = 0;
+    for (const auto& host : hosts) count += host->GetCount();
+    return count;
+  };
+  {
+    const LoadedModule module;
+    std::vector<std::thread> threads;
+    for (const auto& host : hosts) {
+      threads.emplace_back([&module, &host] { SetHost(module, PointerTo(host)); });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(references(), kHosts + 1);
+  }
+  EXPECT_EQ(references(), kHosts);
 }
 
 class TellingHost final : public QuietHost {

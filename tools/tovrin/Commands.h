@@ -1,0 +1,28 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "tools/tovrin/Failure.h"
+
+// The subcommands of the program, one file each. A command declares its options on the application
+// and stores what is to be done when it was chosen.
+namespace RefHost {
+
+// What all commands share.
+struct CommandLine {
+  CLI::App& application;
+  std::string modulePath;              // as given with --module; empty for the program's own
+  std::function<ExitStatus()> action;  // what was chosen; set while the command line is read
+
+  std::filesystem::path Module() const;  // throws CModuleError when there is none
+};
+
+void AddCallCommand(CommandLine& line);
+void AddDescribeCommand(CommandLine& line);
+void AddRunCommand(CommandLine& line);
+
+}  // namespace RefHost

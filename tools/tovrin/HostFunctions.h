@@ -1,0 +1,20 @@
+#pragma once
+
+#include "host/ModuleFunction.h"
+
+// The functions that the host itself gives to rules. They are module functions like any other: the
+// same tables find them, and they answer with the same status words and exceptions.
+namespace RefHost {
+
+class CHost;
+
+void AddHostFunctions(CHost& host);
+
+// VECTOR<STRING> lines (STRING): the lines of a file, "-" for standard input. A byte order mark in
+// front and the carriage returns of line ends are dropped. A file that cannot be read is an
+// exception.
+Tovrin::FunctionStatus HostLines(std::uint32_t argumentCount, Tovrin::IVariant* const* arguments,
+                                 Tovrin::IVariant* result, Tovrin::IModuleInfo* moduleInfo,
+                                 Tovrin::IContext* context);
+
+}  // namespace RefHost

@@ -1,0 +1,67 @@
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <exception>
+
+#include "Libs/Platform/Streams.h"
+#include "tools/tovrin/CModule.h"
+#include "tools/tovrin/Commands.h"
+#include "tools/tovrin/Output.h"
+
+namespace RefHost {
+namespace {
+
+ExitStatus PrintVersions(const CommandLine& line) {
+  WriteOutput(
+      fmt::format("tovrin {}, host interfaces {}\n", TESSARIN_VERSION, CModule::kHostVersion));
+  CHost host;
+  const CModule module(host, line.Module());
+  WriteOutput(fmt::format("module {}, host interfaces {}\n", module.Description("GetModuleVersion"),
+                          module.Description("GetModuleTovrinVersion")));
+  return ExitStatus::Success;
+}
+
+ExitStatus Run(int argumentCount, char** arguments) {
+  CLI::App application("Loads a module of the Tovrin rule engine and evaluates rules with it",
+                       "tovrin");
+  CommandLine line{application, {}, {}};
+  application.fallthrough();  // options of the program may stand behind the command
+  application.add_option("--module", line.modulePath, "The module to load, if not the own one");
+  bool wantsVersion = false;
+  application.add_flag("--version", wantsVersion, "Print the versions of program and module");
+  AddCallCommand(line);
+  AddDescribeCommand(line);
+  AddRunCommand(line);
+
+  try {
+    application.parse(argumentCount, arguments);
+  } catch (const CLI::ParseError& error) {
+    return application.exit(error) == 0 ? ExitStatus::Success : ExitStatus::Source;
+  }
+  if (wantsVersion) return PrintVersions(line);
+  if (line.action) return line.action();
+  WriteErrors(application.help());
+  return ExitStatus::Source;
+}
+
+ExitStatus RunAndReport(int argumentCount, char** arguments) {
+  try {
+    return Run(argumentCount, arguments);
+  } catch (const std::exception& error) {
+    WriteErrors(fmt::format("{}\n", error.what()));
+    return ExitStatus::Environment;
+  }
+}
+
+}  // namespace
+
+std::filesystem::path CommandLine::Module() const {
+  return modulePath.empty() ? FindOwnModule() : std::filesystem::path(modulePath);
+}
+
+}  // namespace RefHost
+
+int main(int argumentCount, char** arguments) {
+  ReportClosedPipes();
+  return static_cast<int>(RefHost::RunAndReport(argumentCount, arguments));
+}

@@ -2,34 +2,17 @@
 
 #include <array>
 #include <cctype>
-#include <exception>
 #include <regex>
 #include <utility>
 
-#include "Common/CRegexException.h"
+#include "Common/CRegexShared.h"
+#include "Common/CUnicodeString.h"
 #include "Common/DebugLog.h"
 #include "Common/RegexEngineGuard.h"
 
 qxSource("Common\\CRegex");
 
 namespace {
-
-constexpr std::string_view kCaseMark = "(?i)";
-
-// The text without its case marks; every expression here is without regard to case.
-//
-// Contract: a plain text removal, for wildcards too. It goes on behind each removal, so a mark that
-// only a removal brings together stays, and it asks for no backslash.
-std::string WithoutCaseMarks(std::string_view text) {
-  std::string rest;
-  rest.reserve(text.size());
-  for (;;) {
-    const std::size_t mark = text.find(kCaseMark);
-    rest.append(text.substr(0, mark));
-    if (mark == std::string_view::npos) return rest;
-    text.remove_prefix(mark + kCaseMark.size());
-  }
-}
 
 // The standard library's tolower for every byte, as it stood at the first match.
 const std::array<char, 256>& LowerCase() {
@@ -83,16 +66,6 @@ std::string_view WithoutOpenEscape(std::string_view format) {
   return format;
 }
 
-// Runs an engine call, and turns its failure into the one exception that callers know.
-template <class Call>
-auto Guarded(const char* operation, Call call) {
-  try {
-    return call();
-  } catch (const std::exception& failure) {
-    throw CRegexException(std::string(operation) + ": '" + failure.what() + "'");
-  }
-}
-
 constexpr const char* kMatching = "Runtime error in regex matching";
 constexpr const char* kMatchingCaptures = "Internal error in regex matching";
 constexpr const char* kSearching = "Internal error in regex search";
@@ -143,6 +116,7 @@ void CRegex::FindFastPath() {
   if (!UnescapeLiteral(std::string_view(fSource).substr(first, last - first + 1), literal)) return;
 
   fLiteral = ToLower(literal);
+  fLiteralText = MakeUseCounted<CUnicodeString>(fLiteral);
   const bool endsHere = last == fSource.size() - 1;
   if (first == 0) {
     fFastMode = endsHere ? CRegexFastMode::FastExact : CRegexFastMode::FastPrefix;

@@ -10,6 +10,7 @@
 
 class CRegex;
 class CRegexScan;
+class CUnicodeString;
 class RegexEngine;
 
 using CRegexPtr = CUsePtr<CRegex>;
@@ -43,6 +44,8 @@ public:
   static CRegexPtr Create(std::string_view text, bool isWildcard);
   // Takes either text form.
   static CRegexPtr CreateFromValue(std::string_view value);
+  // Contract: "REGEX(a)" is an expression here, and a wildcard as bytes. Null is the empty text.
+  static CRegexPtr CreateFromValue(const CUnicodeString* value);
   // Takes text that is known to be "regex(...)", and what stands in it for what isWildcard says.
   static CRegexPtr CreateFromRegexForm(std::string_view value, bool isWildcard);
   // Contract: compiles the pattern, so the copy of a wildcard has no fast path, and answers by the
@@ -54,6 +57,11 @@ public:
 
   // The whole text. The only question that the fast path answers.
   bool Matches(std::string_view text) const;
+  // Null is the empty text. The fast path folds case as Unicode does, and so more than that on
+  // bytes; the engine gets the text in UTF-8.
+  //
+  // Contract: a zero byte ends what the engine sees.
+  bool Matches(const CUnicodeString* text) const;
   bool MatchCaptures(std::string_view text, CRegexCaptures& captures) const;
   // The leftmost match anywhere in the text.
   bool Search(std::string_view text) const;
@@ -90,10 +98,16 @@ public:
   // ---- text forms
 
   static bool IsRegexForm(std::string_view text);
+  // Contract: without regard to case, unlike the question about bytes.
+  static bool IsRegexForm(const CUnicodeString& text);
   static bool IsWildcardForm(std::string_view text) { return !IsRegexForm(text); }
   // What stands between the brackets of "regex(...)"; the text is known to be of that form.
   static std::string_view StripRegexForm(std::string_view text);
   static bool IsRegexMetaChar(char character);
+  // Whether the value compiles; the reason why not goes to the debug log. Null is the empty text.
+  //
+  // Contract: asks the question about bytes, so "REGEX((" is a wildcard here, and valid.
+  static bool IsValid(const CUnicodeString* value);
 
   // The expression that a wildcard stands for, read from index start. Knows no file system: a star
   // takes every character but a line end.
@@ -111,6 +125,7 @@ private:
 
   void FindFastPath();
   bool MatchesFast(std::string_view text) const;
+  bool MatchesFast(const CUnicodeString& text) const;
 
   // Constant from the constructor on.
   std::string fPattern;                       // what the engine compiled
@@ -122,7 +137,8 @@ private:
   std::uint64_t fAffixGroups = 0;  // groups within the prefix; read only when fHasAffix is set
   // Constant from the constructor on.
   CRegexFastMode fFastMode = CRegexFastMode::FastNone;
-  std::string fLiteral;  // of the fast path, lower-cased byte by byte
+  std::string fLiteral;                  // of the fast path, lower-cased byte by byte
+  CUsePtr<CUnicodeString> fLiteralText;  // fLiteral again; null where the fast path has none
 };
 
 // A walk over all matches of a text that do not overlap, as CRegex::ScanAll begins it. After an

@@ -13,6 +13,7 @@
 #include "host/IStringMap.h"
 #include "host/IVector.h"
 #include "host/Operations.h"
+#include "tests/support/HostJSON.h"
 
 // The order of the operations is what a host built apart from us calls by. The tests lay an object
 // of their own making under each interface: its table is an array of functions that note their
@@ -23,11 +24,12 @@ namespace {
 using namespace Tovrin;
 
 std::vector<std::size_t> gSlotsCalled;
+std::uintptr_t gAnswer = 0;  // null, false or "" for most
 
 template <std::size_t Slot>
-std::uintptr_t NoteSlot() {  // the caller's arguments are its own business; 0 is null, false, ""
+std::uintptr_t NoteSlot() {  // the caller's arguments are its own business
   gSlotsCalled.push_back(Slot);
-  return 0;
+  return gAnswer;
 }
 
 using Slot = std::uintptr_t (*)();
@@ -230,6 +232,68 @@ TEST(InterfaceSlots, StreamsAreEqualWhenTheyAreDifferentObjects) {
   EXPECT_FALSE(stream->IsEqual(stream));
   EXPECT_TRUE(stream->IsEqual(static_cast<const IStream*>(otherStream)));
   EXPECT_TRUE(stream->IsEqual(nullptr));
+}
+
+// A host that is asked whether two things are equal answers with a byte, and only 1 is a yes.
+TEST(InterfaceSlots, OnlyTheAnswerOneIsEqual) {
+  const auto* variant = Noting<IVariant>();
+  const auto* data = Noting<IDataRef>();
+  for (const std::uintptr_t answer : {0, 1, 2, 255}) {
+    SCOPED_TRACE(answer);
+    gAnswer = answer;
+    EXPECT_EQ(variant->IsEqual(variant), answer == 1);
+    EXPECT_EQ(data->IsEqual(data), answer == 1);
+  }
+  gAnswer = 1;
+  gSlotsCalled.clear();
+  EXPECT_FALSE(data->IsEqual(nullptr));
+  EXPECT_TRUE(gSlotsCalled.empty());
+  gAnswer = 0;
+}
+
+TEST(InterfaceSlots, AnyByteButZeroIsADoneDeserialize) {
+  auto* object = Noting<IUserDefinedType>();
+  for (const std::uintptr_t answer : {0, 1, 2, 255}) {
+    SCOPED_TRACE(answer);
+    gAnswer = answer;
+    EXPECT_EQ(object->Deserialize(nullptr), answer != 0);
+    EXPECT_EQ(object->Deserialize(nullptr, nullptr), answer != 0);
+    EXPECT_EQ(Noting<IHash>()->Deserialize(nullptr), answer != 0);
+    EXPECT_EQ(Noting<IVariant>()->Deserialize(AutoRefPtr<IJSON>(), nullptr), answer != 0);
+  }
+  gAnswer = 0;
+}
+
+TEST(InterfaceSlots, TextsComeFromTheJsonThatSerializeGives) {
+  const AutoRefPtr<TextJSON> json(new TextJSON("[1]"));
+  const auto serializing = [&] {
+    gAnswer = reinterpret_cast<std::uintptr_t>(Share<IJSON>(json.get()).release());
+  };
+  std::string text;
+  serializing();
+  EXPECT_EQ(Noting<IVariant>()->ToString(AutoRefPtr<IContext>()), "[1]");
+  serializing();
+  Noting<IHash>()->ToString(text, nullptr);
+  EXPECT_EQ(text, "[1]");
+  serializing();
+  Noting<IHash>()->ToString(text);
+  EXPECT_EQ(text, "[1]");
+  serializing();
+  EXPECT_EQ(Noting<IHash>()->ToStringSize(nullptr), 3u);
+  serializing();
+  EXPECT_EQ(Noting<IHash>()->ToStringSize(), 3u);
+  gAnswer = 0;
+  EXPECT_EQ(json->GetCount(), 1) << "each text released its json";
+  EXPECT_EQ(json->indents, std::vector<std::string>(5, ""));
+}
+
+TEST(InterfaceSlots, HashesAreEqualWhenNeitherIsLess) {
+  const auto* hash = Noting<IHash>();
+  EXPECT_TRUE(hash->IsEqual(hash));
+  EXPECT_FALSE(hash->IsEqual(nullptr));
+  gAnswer = 1;
+  EXPECT_FALSE(hash->IsEqual(hash));
+  gAnswer = 0;
 }
 
 }  // namespace

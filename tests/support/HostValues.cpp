@@ -89,6 +89,16 @@ const IVectorGeneric* TestVariant::Interface_GetVector() const {
   return Share(fVector.get()).release();
 }
 
+std::size_t TestVariant::Interface_GetMapSize() const {
+  ++fReads;
+  return fMap ? fMap->GetSize() : 0;
+}
+
+const IMapGeneric* TestVariant::Interface_GetMap() const {
+  ++fReads;
+  return Share(fMap.get()).release();
+}
+
 std::uint8_t TestVariant::Interface_IsEqual(const IVariant* other) const {
   return other == this ? 1 : 0;
 }
@@ -138,8 +148,9 @@ void TestVariant::Interface_AssignVector(const IVectorGeneric* vector) {
   fChanges.emplace_back(vector ? "AssignVector" : "AssignVector null");
 }
 
-void TestVariant::Interface_AssignMap(const IMapGeneric*) {
-  fChanges.emplace_back("AssignMap");
+void TestVariant::Interface_AssignMap(const IMapGeneric* map) {
+  fMap = Share(map);
+  fChanges.emplace_back(map ? "AssignMap" : "AssignMap null");
 }
 
 AutoRefPtr<const IVectorGeneric> TestVector::Texts(const std::vector<std::string>& texts) {
@@ -158,6 +169,20 @@ const IVectorGeneric* TestVector::Interface_Append(IVariant* element) const {
   Elements longer = fElements;
   longer.push_back(Share(element));
   return new TestVector(fElementType, std::move(longer));
+}
+
+IVariant* TestMap::Interface_GetKeyAt(std::size_t index) const {
+  return index < fPairs.size() ? Share(fPairs[index].first.get()).release() : nullptr;
+}
+
+IVariant* TestMap::Interface_GetValueAt(std::size_t index) const {
+  return index < fPairs.size() ? Share(fPairs[index].second.get()).release() : nullptr;
+}
+
+const IMapGeneric* TestMap::Interface_Insert(IVariant* key, IVariant* value) const {
+  Pairs pairs = fPairs;
+  pairs.emplace_back(Share(key), Share(value));
+  return new TestMap(fKeyType, fValueType, std::move(pairs));
 }
 
 std::vector<std::string> TextsOf(const AutoRefPtr<const IVectorGeneric>& vector) {

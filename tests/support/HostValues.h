@@ -5,10 +5,12 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "host/AutoRefPtr.h"
 #include "host/IDataRef.h"
+#include "host/IMapGeneric.h"
 #include "host/IUserDefinedType.h"
 #include "host/IVariant.h"
 #include "host/IVectorGeneric.h"
@@ -52,8 +54,8 @@ private:
   Tovrin::IUserDefinedType* Interface_GetUserDefined() const override;
   std::size_t Interface_GetVectorSize() const override;
   const Tovrin::IVectorGeneric* Interface_GetVector() const override;
-  std::size_t Interface_GetMapSize() const override { return 0; }
-  const Tovrin::IMapGeneric* Interface_GetMap() const override { return nullptr; }
+  std::size_t Interface_GetMapSize() const override;
+  const Tovrin::IMapGeneric* Interface_GetMap() const override;
   std::uint8_t Interface_IsEqual(const Tovrin::IVariant* other) const override;
   void Interface_Assign(const Tovrin::IVariant*) override;
   void Interface_AssignBoolean(bool value) override;
@@ -63,7 +65,7 @@ private:
   void Interface_AssignStream(Tovrin::IStream*) override;
   void Interface_SetUserDefined(Tovrin::IUserDefinedType* object) override;
   void Interface_AssignVector(const Tovrin::IVectorGeneric* vector) override;
-  void Interface_AssignMap(const Tovrin::IMapGeneric*) override;
+  void Interface_AssignMap(const Tovrin::IMapGeneric* map) override;
   Tovrin::IVariant* Interface_Clone() const override { return nullptr; }
   std::uint8_t Interface_Deserialize(const Tovrin::IJSON*, Tovrin::IContext*) override { return 0; }
   Tovrin::IJSON* Interface_Serialize(Tovrin::IContext*) const override { return nullptr; }
@@ -75,6 +77,7 @@ private:
   Tovrin::AutoRefPtr<Tovrin::IDataRef> fData;
   Tovrin::AutoRefPtr<Tovrin::IUserDefinedType> fObject;
   Tovrin::AutoRefPtr<const Tovrin::IVectorGeneric> fVector;
+  Tovrin::AutoRefPtr<const Tovrin::IMapGeneric> fMap;
 
   std::vector<std::string> fChanges;
   mutable std::size_t fReads = 0;
@@ -105,6 +108,34 @@ private:
 
   const Tovrin::TypeId fElementType;
   const Elements fElements;
+};
+
+// A map that never changes: an insert gives a new one, as with TestVector.
+class TestMap final : public Tovrin::InterfaceImpl<Tovrin::IMapGeneric> {
+public:
+  using Reference = Tovrin::AutoRefPtr<Tovrin::IVariant>;
+  using Pairs = std::vector<std::pair<Reference, Reference>>;  // may hold nulls
+
+  TestMap(Tovrin::TypeId keyType, Tovrin::TypeId valueType, Pairs pairs)
+      : fKeyType(keyType), fValueType(valueType), fPairs(std::move(pairs)) {}
+
+private:
+  Tovrin::TypeId Interface_GetKeyType() const override { return fKeyType; }
+  Tovrin::TypeId Interface_GetMappedValueType() const override { return fValueType; }
+  std::size_t Interface_GetSize() const override { return fPairs.size(); }
+  Tovrin::IVariant* Interface_GetKeyAt(std::size_t index) const override;
+  Tovrin::IVariant* Interface_GetValueAt(std::size_t index) const override;
+  const Tovrin::IMapGeneric* Interface_Insert(Tovrin::IVariant* key,
+                                              Tovrin::IVariant* value) const override;
+  Tovrin::IJSON* Interface_Serialize(Tovrin::IContext*) const override { return nullptr; }
+  std::uint8_t Interface_Deserialize(const Tovrin::IJSON*, Tovrin::IContext*,
+                                     const Tovrin::IMapGeneric**) const override {
+    return 0;
+  }
+
+  const Tovrin::TypeId fKeyType;
+  const Tovrin::TypeId fValueType;
+  const Pairs fPairs;
 };
 
 // The texts of a VECTOR<STRING>; none of an empty reference. A null element counts as "(null)".

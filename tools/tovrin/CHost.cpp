@@ -7,10 +7,10 @@ using Tovrin::AutoRefPtr;
 
 namespace RefHost {
 
-CHost::CHost()
+CHost::CHost(const LogSettings& log)
     : fLogger(new CHostLogger),
       fPolicy(new CHostPolicy(fTables, fLogger)),
-      fServices(new CHostServices) {
+      fServices(new CHostServices(log)) {
   AddHostFunctions(*this);
 }
 

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "host/IHost.h"
+#include "tools/tovrin/CModuleLog.h"
 #include "tools/tovrin/objects/CHostContext.h"
 #include "tools/tovrin/objects/CHostPolicy.h"
 #include "tools/tovrin/objects/CHostVariant.h"
@@ -28,7 +29,8 @@ struct CTransaction {
 // Set up by one thread; then any thread may start transactions.
 class CHost {
 public:
-  CHost();
+  // Throws std::runtime_error when the log's file cannot be opened.
+  explicit CHost(const LogSettings& log = {});
   ~CHost();
   CHost(const CHost&) = delete;
   CHost& operator=(const CHost&) = delete;

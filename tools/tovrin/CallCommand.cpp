@@ -16,14 +16,14 @@ namespace {
 
 // All statements are compiled before the first is evaluated, so a mistake in the last one shows
 // before anything has happened.
-ExitStatus Call(const std::filesystem::path& modulePath, const std::string& source) {
+ExitStatus Call(const CommandLine& line, const std::string& source) {
   struct Step {
     std::unique_ptr<AEvaluation> evaluation;
     Variable* variable;  // null for an expression alone
   };
 
-  CHost host;
-  const CModule module(host, modulePath);
+  CHost host(line.log);
+  const CModule module(host, line.Module());
   const CTransaction transaction = host.NewTransaction("call");
   CScope scope;
   std::vector<Step> steps;
@@ -46,9 +46,9 @@ ExitStatus Call(const std::filesystem::path& modulePath, const std::string& sour
   return ExitStatus::Success;
 }
 
-ExitStatus CallAndReport(const std::filesystem::path& modulePath, const std::string& source) {
+ExitStatus CallAndReport(const CommandLine& line, const std::string& source) {
   try {
-    return Call(modulePath, source);
+    return Call(line, source);
   } catch (const CSourceError& error) {
     const Position where = error.Where();
     const std::string place =
@@ -68,9 +68,8 @@ void AddCallCommand(CommandLine& line) {
       "call", "Evaluates statements and prints the last one's result as JSON");
   const auto source = std::make_shared<std::string>();
   command->add_option("STATEMENTS", *source, "Statements, separated by ';'")->required();
-  command->callback([&line, source] {
-    line.action = [&line, source] { return CallAndReport(line.Module(), *source); };
-  });
+  command->callback(
+      [&line, source] { line.action = [&line, source] { return CallAndReport(line, *source); }; });
 }
 
 }  // namespace RefHost

@@ -6,6 +6,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "tools/tovrin/CModuleLog.h"
 #include "tools/tovrin/Failure.h"
 
 // The subcommands of the program, one file each. A command declares its options on the application
@@ -16,6 +17,7 @@ namespace RefHost {
 struct CommandLine {
   CLI::App& application;
   std::string modulePath;              // as given with --module; empty for the program's own
+  LogSettings log;                     // of --log and --log-file
   std::function<ExitStatus()> action;  // what was chosen; set while the command line is read
 
   std::filesystem::path Module() const;  // throws CModuleError when there is none

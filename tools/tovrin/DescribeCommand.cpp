@@ -75,7 +75,7 @@ void AddDescribeCommand(CommandLine& line) {
   command->add_flag("--json", *asJson, "As one JSON object");
   command->callback([&line, asJson] {
     line.action = [&line, asJson] {
-      CHost host;
+      CHost host(line.log);
       const CModule module(host, line.Module());
       WriteOutput(*asJson ? AsJson(module) : AsText(module));
       return ExitStatus::Success;

@@ -95,13 +95,13 @@ ExitStatus RunRules(const CHost& host, const CRuleSet& rules, const RunOptions& 
   return hasErrors ? ExitStatus::Exception : ExitStatus::Success;
 }
 
-ExitStatus RunAndReport(const std::filesystem::path& modulePath, const RunOptions& options) {
+ExitStatus RunAndReport(const CommandLine& line, const RunOptions& options) {
   const auto report = [&](Position where, const char* words) {
     WriteErrors(fmt::format("{}:{}:{}: {}\n", options.rulesPath, where.line, where.column, words));
   };
   try {
-    CHost host;
-    const CModule module(host, modulePath);
+    CHost host(line.log);
+    const CModule module(host, line.Module());
     const CRuleSet rules(CleanSource(ReadSource(options.rulesPath)), host.NewTransaction("load"));
     return RunRules(host, rules, options);
   } catch (const CSourceError& error) {
@@ -129,7 +129,7 @@ void AddRunCommand(CommandLine& line) {
   command->add_option("--threads", options->threadCount, "Threads that evaluate; order is kept")
       ->check(CLI::Range(std::size_t{1}, std::size_t{1024}));
   command->callback([&line, options] {
-    line.action = [&line, options] { return RunAndReport(line.Module(), *options); };
+    line.action = [&line, options] { return RunAndReport(line, *options); };
   });
 }
 

@@ -14,19 +14,35 @@ namespace {
 ExitStatus PrintVersions(const CommandLine& line) {
   WriteOutput(
       fmt::format("tovrin {}, host interfaces {}\n", TESSARIN_VERSION, CModule::kHostVersion));
-  CHost host;
+  CHost host(line.log);
   const CModule module(host, line.Module());
   WriteOutput(fmt::format("module {}, host interfaces {}\n", module.Description("GetModuleVersion"),
                           module.Description("GetModuleTovrinVersion")));
   return ExitStatus::Success;
 }
 
+void AddLogOptions(CommandLine& line) {
+  line.application
+      .add_option_function<std::string>(
+          "--log",
+          [&line](const std::string& text) {
+            if (line.log.Select(text)) return;
+            throw CLI::ValidationError("--log",
+                                       "'" + text + "' is not LEVEL or LEVEL,FUNCTION,...");
+          },
+          "Print what the module logs up to this level; above 1, errors, only of these functions")
+      ->type_name("LEVEL[,FUNCTION...]");
+  line.application.add_option("--log-file", line.log.file, "Append the log to this file")
+      ->type_name("PATH");
+}
+
 ExitStatus Run(int argumentCount, char** arguments) {
   CLI::App application("Loads a module of the Tovrin rule engine and evaluates rules with it",
                        "tovrin");
-  CommandLine line{application, {}, {}};
+  CommandLine line{application, {}, {}, {}};
   application.fallthrough();  // options of the program may stand behind the command
   application.add_option("--module", line.modulePath, "The module to load, if not the own one");
+  AddLogOptions(line);
   bool wantsVersion = false;
   application.add_flag("--version", wantsVersion, "Print the versions of program and module");
   AddCallCommand(line);

@@ -13,6 +13,8 @@
 namespace RefHost {
 namespace {
 
+constexpr std::uint32_t kErrorLevel = 1;
+
 std::string_view View(const char* text) {
   return text != nullptr ? text : std::string_view();
 }
@@ -27,16 +29,23 @@ void CHostServices::Interface_PrintError(const char* module, const char* message
                                          const char* /*empty*/, const char* errorId,
                                          const char* className, const char* function,
                                          std::int32_t /*zero*/) {
-  WriteErrors(fmt::format("error {} in {}, {}::{}: {}\n", View(errorId), View(module),
-                          View(className), View(function), View(message)));
+  fLog.Write(fmt::format("error {} in {}, {}::{}: {}\n", View(errorId), View(module),
+                         View(className), View(function), View(message)));
 }
 
 void CHostServices::Interface_PrintDebug(std::uint32_t level, const char* module,
                                          const char* className, const char* function,
                                          const char* file, std::uint32_t line,
                                          const char* message) {
-  WriteErrors(fmt::format("debug {} in {}, {}::{} ({}:{}): {}\n", level, View(module),
-                          View(className), View(function), View(file), line, View(message)));
+  // The gate did not know the class.
+  if (level != kErrorLevel && !fLog.IsFunctionOn(View(className), View(function))) return;
+  fLog.Write(fmt::format("debug {} in {}, {}::{} ({}:{}): {}\n", level, View(module),
+                         View(className), View(function), View(file), line, View(message)));
+}
+
+bool CHostServices::Interface_IsFunctionLevelEnabled(std::uint32_t level, const char* /*module*/,
+                                                     const char* function) const {
+  return fLog.IsLevelOn(level) && fLog.IsFunctionOn({}, View(function));
 }
 
 bool CHostLogger::Interface_IsDebugLogEnabled(const char* /*module*/, std::uint32_t level) const {

@@ -8,15 +8,20 @@
 #include "host/IHost.h"
 #include "host/ILogger.h"
 #include "host/InterfaceImpl.h"
+#include "tools/tovrin/CModuleLog.h"
 
 namespace RefHost {
 
-// The host's process-wide services for modules. What a module reports as an error goes to standard
-// error; its debug log is closed.
+// The host's process-wide services for modules: what they report as errors, and as much of their
+// debug log as the settings let through.
 //
 // Lives on the heap and outlives the modules that hold it: a module drops its reference only when
 // it is unloaded. Any thread may call.
 class CHostServices final : public Tovrin::InterfaceImpl<Tovrin::IHost> {
+public:
+  // Throws std::runtime_error when the log's file cannot be opened.
+  explicit CHostServices(const LogSettings& settings) : fLog(settings) {}
+
 private:
   void Interface_PrintError(const char* module, const char* message, const char* empty,
                             const char* errorId, const char* className, const char* function,
@@ -24,15 +29,15 @@ private:
   void Interface_PrintDebug(std::uint32_t level, const char* module, const char* className,
                             const char* function, const char* file, std::uint32_t line,
                             const char* message) override;
-  bool Interface_IsDebugActive() const override { return false; }
-  bool Interface_IsFunctionLevelEnabled(std::uint32_t /*level*/, const char* /*module*/,
-                                        const char* /*function*/) const override {
-    return false;
-  }
-  bool Interface_IsLevelEnabled(std::uint32_t /*level*/, const char* /*module*/) const override {
-    return false;
+  bool Interface_IsDebugActive() const override { return fLog.IsOn(); }
+  bool Interface_IsFunctionLevelEnabled(std::uint32_t level, const char* module,
+                                        const char* function) const override;
+  bool Interface_IsLevelEnabled(std::uint32_t level, const char* /*module*/) const override {
+    return fLog.IsLevelOn(level);
   }
   void Interface_ApplyDebugConfiguration(const char* /*configuration*/) override {}
+
+  const CModuleLog fLog;
 };
 
 // The logger that contexts and module infos hand out; lines go to standard error. The error log is

@@ -41,9 +41,17 @@ std::uintptr_t StackLimit(std::uint64_t freeBytes) {
   return freeBytes < size ? stack.low + freeBytes : stack.high;
 }
 
-// The size of an expression whose compilation fits into this thread's stack.
+// Matchers within matchers, of which each may take 2.4 MiB for the 100,000 states that the library
+// allows an expression.
+constexpr std::uint64_t kMaxLookAheads = 100;
+
+// The size of an expression that may be compiled here: its look-aheads are not too many, and its
+// compilation fits into this thread's stack.
 RegexExpressionSize MeasureToCompile(std::string_view expression) {
   const RegexExpressionSize size = MeasureExpression(expression);
+  if (size.lookAheads > kMaxLookAheads) {
+    throw std::regex_error(std::regex_constants::error_complexity);
+  }
   const std::uint64_t needed =
       kTermFrame * size.openTerms + kGroupFrame * size.openGroups + kCompilerReserve;
   if (CurrentFrameAddress() < StackLimit(needed)) {

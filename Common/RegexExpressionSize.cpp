@@ -81,7 +81,8 @@ private:
 
   std::string_view fRest;
   RegexExpressionSize fSize;
-  std::uint64_t fOpenTerms = 0;    // of all groups that are open
+  std::uint64_t fOpenTerms = 0;  // of all groups that are open
+  std::uint64_t fOpenLookAheads = 0;
   std::vector<Group> fGroups{{}};  // the whole expression, and the groups that are open
 };
 
@@ -135,6 +136,7 @@ void Measurer::OpenGroup() {
   Group group;
   if (TakeIf("?=") || TakeIf("?!")) {
     group.isLookAhead = true;
+    fSize.lookAheads = std::max(fSize.lookAheads, ++fOpenLookAheads);
   } else if (!TakeIf("?:")) {
     group.own = {2, 2, 0};
   }
@@ -150,6 +152,7 @@ void Measurer::CloseGroup() {
   closed.depth.Add(closed.last);
   closed.depth.Add(closed.own);
   if (closed.isLookAhead) {
+    --fOpenLookAheads;
     const std::uint64_t aside = closed.depth.steps + closed.depth.aside + kMatcherSteps;
     closed.depth = {1, 1, std::min(kMany, aside)};
   }

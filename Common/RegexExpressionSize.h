@@ -10,6 +10,9 @@ struct RegexExpressionSize {
   std::uint64_t openTerms = 0;   // one frame set for every term that stands before another
   std::uint64_t openGroups = 0;  // groups on that path
 
+  // Look-aheads one within the other: each runs a matcher of its own, with memory for every state.
+  std::uint64_t lookAheads = 0;
+
   // States that a match can run through, one within the other, without looking at the text.
   std::uint64_t emptySteps = 0;
 };

@@ -10,12 +10,18 @@
 #include <vector>
 
 #include "Common/CRegex.h"
+#include "tests/Common/QuestionedHost.h"
 #include "tests/support/SharedData.h"
 #include "tests/support/TsvRows.h"
 
 using namespace std::string_view_literals;
 
 namespace {
+
+// Every bad expression would be a line of the debug log.
+class CRegexDifferential : public testing::Test {
+  const HostInSlot fHost{Gates{.active = false}};
+};
 
 constexpr auto kSyntax = std::regex::ECMAScript | std::regex::icase;
 
@@ -122,7 +128,7 @@ void ExpectSameRegex(std::string_view expression, const std::vector<std::string_
 
 // ---- what the library accepts, in words of our own: a change of library shows here
 
-TEST(CRegexDifferential, AcceptsWhatTheLibraryAccepts) {
+TEST_F(CRegexDifferential, AcceptsWhatTheLibraryAccepts) {
   const std::string_view accepted[] = {
       "",
       "|x",
@@ -273,7 +279,7 @@ TEST(CRegexDifferential, AcceptsWhatTheLibraryAccepts) {
   }
 }
 
-TEST(CRegexDifferential, MeansWhatTheLibraryMeans) {
+TEST_F(CRegexDifferential, MeansWhatTheLibraryMeans) {
   const struct {
     std::string_view expression, text, match, search;  // spans; "" where there is none
   } rows[] = {
@@ -374,7 +380,7 @@ private:
   std::mt19937 fRandom;
 };
 
-TEST(CRegexDifferential, AgreesOnGeneratedExpressions) {
+TEST_F(CRegexDifferential, AgreesOnGeneratedExpressions) {
   Generator generator(20);
   for (int i = 0; i < 3000 && !testing::Test::HasFailure(); ++i) {
     const std::string expression = generator.Expression(2);
@@ -415,17 +421,23 @@ void ExpectRecordedAnswers(const TsvRow& row) {
   }
 }
 
-TEST(CRegexDifferential, AgreesOnCollectedExpressions) {
-  for (const char* name : {"corpus", "suite_agree", "suite_deviates"}) {
-    const auto path = SharedPath("testdata/regex/" + std::string(name) + ".tsv");
-    if (!path) continue;
-    for (const TsvRow& row : ReadTsv(*path)) {
-      EXPECT_NO_THROW(ExpectRecordedAnswers(row)) << row["expr"] << " on " << row["text"];
-    }
+void ExpectRecordedAnswersOf(const std::string& table, std::size_t stride) {
+  const auto path = SharedPath("testdata/regex/" + table + ".tsv");
+  if (!path) return;
+  const std::vector<TsvRow> rows = ReadTsv(*path);
+  for (std::size_t i = 0; i < rows.size(); i += stride) {
+    EXPECT_NO_THROW(ExpectRecordedAnswers(rows[i])) << rows[i]["expr"] << " on " << rows[i]["text"];
   }
 }
 
-TEST(CRegexDifferential, AgreesOnCollectedReplacements) {
+TEST_F(CRegexDifferential, AgreesOnCollectedExpressions) {
+  // One in eight, since many of them keep the engine busy; the walk passes through every origin.
+  ExpectRecordedAnswersOf("corpus", 8);
+  ExpectRecordedAnswersOf("suite_agree", 1);
+  ExpectRecordedAnswersOf("suite_deviates", 1);
+}
+
+TEST_F(CRegexDifferential, AgreesOnCollectedReplacements) {
   const auto path = SharedPath("testdata/regex/replace.tsv");
   if (!path) GTEST_SKIP() << "the collected replacements are not here";
   for (const TsvRow& row : ReadTsv(*path)) {

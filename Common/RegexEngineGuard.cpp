@@ -45,10 +45,11 @@ std::uintptr_t StackLimit(std::uint64_t freeBytes) {
 // allows an expression.
 constexpr std::uint64_t kMaxLookAheads = 100;
 
-// The size of an expression that may be compiled here: its look-aheads are not too many, and its
-// compilation fits into this thread's stack.
+// The size of an expression that may be compiled here: its numbers and look-aheads are not too many
+// for the library, and its compilation fits into this thread's stack.
 RegexExpressionSize MeasureToCompile(std::string_view expression) {
   const RegexExpressionSize size = MeasureExpression(expression);
+  if (size.hasHugeNumber) throw std::regex_error(std::regex_constants::error_badbrace);
   if (size.lookAheads > kMaxLookAheads) {
     throw std::regex_error(std::regex_constants::error_complexity);
   }

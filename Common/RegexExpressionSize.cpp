@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <limits>
 #include <vector>
 
 namespace {
@@ -12,6 +13,10 @@ constexpr std::uint64_t kMany = std::uint64_t{1} << 30;
 
 // A look-ahead runs a matcher of its own, which is worth as many states.
 constexpr std::uint64_t kMatcherSteps = 4;
+
+bool IsDigit(char character) {
+  return character >= '0' && character <= '9';
+}
 
 // What a part of an expression adds to the depth of a match.
 struct Depth {
@@ -172,10 +177,15 @@ bool Measurer::IsEmptyEscape() const {
   return !fRest.empty() && std::string_view("bB123456789").find(fRest.front()) != fRest.npos;
 }
 
-// The character behind a backslash, and the one more of a control character. Digits that follow are
-// left to count as terms, which errs on the safe side.
+// The character behind a backslash, and the one more of a control character, or the whole number of
+// a back-reference. The digits of a character code are left to count as terms, which errs on the
+// safe side.
 bool Measurer::SkipEscape() {
   if (fRest.empty()) return false;
+  if (IsDigit(fRest.front())) {
+    ReadCount();
+    return true;
+  }
   if (Take() != 'c') return true;
   if (fRest.empty()) return false;
   Take();
@@ -204,13 +214,20 @@ bool Measurer::SkipClass(char mark) {
   return TakeIf("]");
 }
 
-// Counts as the library does, whose 32 bits wrap around; a negative count is none.
+// Wraps around to 32 bits as the library does; a negative count is none.
 std::uint64_t Measurer::ReadCount() {
-  std::uint32_t count = 0;
-  while (!fRest.empty() && fRest.front() >= '0' && fRest.front() <= '9') {
-    count = count * 10 + static_cast<std::uint32_t>(Take() - '0');
+  constexpr std::uint64_t kRoom = std::numeric_limits<std::int64_t>::max();
+  std::uint64_t count = 0;
+  while (!fRest.empty() && IsDigit(fRest.front())) {
+    const auto digit = static_cast<std::uint64_t>(Take() - '0');
+    if (count > (kRoom - digit) / 10) {
+      fSize.hasHugeNumber = true;
+      count = 0;
+    }
+    count = count * 10 + digit;
   }
-  return count > 0x7FFFFFFF ? 0 : count;
+  const auto wrapped = static_cast<std::int32_t>(static_cast<std::uint32_t>(count));
+  return wrapped < 0 ? 0 : static_cast<std::uint64_t>(wrapped);
 }
 
 bool Measurer::ReadBraces() {

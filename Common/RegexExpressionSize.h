@@ -10,6 +10,9 @@ struct RegexExpressionSize {
   std::uint64_t openTerms = 0;   // one frame set for every term that stands before another
   std::uint64_t openGroups = 0;  // groups on that path
 
+  // A count or a back-reference is a number for which the library's arithmetic has no room.
+  bool hasHugeNumber = false;
+
   // Look-aheads one within the other: each runs a matcher of its own, with memory for every state.
   std::uint64_t lookAheads = 0;
 

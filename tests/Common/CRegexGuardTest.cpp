@@ -199,6 +199,15 @@ TEST_F(CRegexGuard, BoundsLookAheadsWithinLookAheads) {
   EXPECT_TRUE(CRegex::Create(Repeat("(?=a)", 500) + "a", false)->Matches("a"));
 }
 
+TEST_F(CRegexGuard, RefusesNumbersThatTheLibraryCannotHold) {
+  EXPECT_TRUE(CRegex::Create("a{4294967297}", false)->Matches("a"));  // wraps around to 1
+  EXPECT_TRUE(CRegex::Create("a{0000000000000000000000001}", false)->Matches("a"));
+  EXPECT_TRUE(CRegex::Create("a{9223372036854775807}", false));
+  EXPECT_FALSE(CRegex::Create("a{9223372036854775808}", false));
+  EXPECT_FALSE(CRegex::Create("a{1,80000000000000000000}", false));
+  EXPECT_FALSE(CRegex::Create(R"((a)\80000000000000000000)", false));
+}
+
 TEST_F(CRegexGuard, RefusesNothingThatIsOrdinary) {
   OnASmallStack([] {
     const CRegexPtr literal = CRegex::Create(Repeat("a", 500), false);
@@ -250,6 +259,7 @@ TEST_F(CRegexGuard, MeasuresExpressions) {
       {"a{0}", 1, 0, 0},
       {"a{4294967297}", 1, 0, 2},
       {"a{2147483648}", 1, 0, 0},
+      {R"((a)\1000b)", 3, 1, 3},
       // A fault ends the reading, since the compiler stops there too.
       {"a)bcd", 1, 0, 0},
       {"a[bcd", 2, 0, 0},

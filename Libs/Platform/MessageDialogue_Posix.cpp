@@ -1,10 +1,7 @@
 #include "Libs/Platform/MessageDialogue.h"
 
-#include <unistd.h>
-
-#include <cstddef>
-
 #include "Libs/Platform/ErrorStream.h"
+#include "Libs/Platform/Streams.h"
 
 DialogueAnswer ShowMessage(const std::string& title, const std::string& text) {
   ErrorStream() << ExecutableName() << ": " << title << '\n' << text << std::endl;
@@ -12,10 +9,6 @@ DialogueAnswer ShowMessage(const std::string& title, const std::string& text) {
 }
 
 std::string ExecutableName() {
-  char path[4096];
-  const ssize_t size = readlink("/proc/self/exe", path, sizeof path);
-  if (size <= 0) return "-UNKNOWN-";
-
-  const std::string whole(path, static_cast<std::size_t>(size));
-  return whole.substr(whole.rfind('/') + 1);
+  const std::string name = ProgramPath().filename().string();
+  return name.empty() ? "-UNKNOWN-" : name;
 }

@@ -199,6 +199,8 @@ public:
   std::int32_t Matches(Selvane::IUnicodeString* text, Selvane::IUnicodeString* out) const override;
   // 1 for a match, 0 for none and for what is no regex, -1 when an expression is bad.
   std::int32_t Matches(std::string_view text) const;
+  // Position of the first text of a list that the expression matches; -1 for none, and for null.
+  std::int64_t FindMatching(const CRegex* regex) const;
   // Builds what matching needs now; -1 tells that an expression is bad.
   std::int32_t TriggerRegexBuild() const;
 
@@ -231,6 +233,12 @@ private:
     if (fRegexHolder.load(std::memory_order_relaxed)) DeleteRegexHolder();
   }
   void DeleteRegexHolder();
+
+  // ---- regular expressions
+  // Of a Regex or RegexList; built and published at the first call.
+  const CRegexVectorHolder* RegexHolder() const;
+  template <class Ask>
+  std::int32_t AskHolder(const char* function, const char* onPosition, Ask ask) const;
   template <class E>
   typename E::Stored* Elements();
   template <class E>

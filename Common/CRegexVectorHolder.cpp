@@ -1,0 +1,227 @@
+#include "Common/CRegexVectorHolder.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <limits>
+
+#include "Common/CUnicodeString.h"
+#include "Common/CVariant.h"
+#include "Common/DebugLog.h"
+#include "Common/ErrorCatalogue.h"
+#include "Common/PrefixSuffixCollector.h"
+
+qxSource("Common\\CRegexVectorHolder");
+
+namespace {
+
+constinit std::atomic<bool> gRegexHolderDiagnostics{false};
+
+// Smallest list for which prefixes are looked for, as the environment has it at load.
+std::uint64_t ReadOptimizeMinListSize() {
+  constexpr auto kOff = std::numeric_limits<std::uint64_t>::max();
+  const char* text = std::getenv("QRX_REGEX_OPTIMIZE_MIN_LIST_SIZE");
+  if (!text) return kOff;
+  if (*text == '\0') return 0;
+  const std::int64_t size = CUnicodeString(text).ToLong();
+  return size < 0 ? kOff : static_cast<std::uint64_t>(size);
+}
+
+const std::uint64_t gRegexOptimizeMinListSize = ReadOptimizeMinListSize();
+
+void ConvertWildcard(const std::string& element, std::string& expression) {
+  CRegex::GlobToExpression(element, false, expression);
+}
+
+// Without the leading star, which the wrapper puts in front of all of them.
+void ConvertSuffixWildcard(const std::string& element, std::string& expression) {
+  CRegex::GlobToExpression(element, false, expression, 1);
+}
+
+void ConvertRegexForm(const std::string& element, std::string& expression) {
+  expression = CRegex::StripRegexForm(element);
+}
+
+std::string MakeAnchoredWildcard(const std::string& merged) {
+  return "^" + merged + "$";
+}
+
+std::string MakeAnchoredSuffixWildcard(const std::string& merged) {
+  return "^.*" + merged + "$";
+}
+
+void ReportBadExpression(const std::string& element) {
+  constexpr const char* kPosition = "CRegexVectorHolder::CRegexVectorHolder";
+  qxReport(ErrorId::FormatError, kPosition,
+           {{"onPosition", kPosition},
+            {"action", "Finding Regex in String"},
+            {"property", element},
+            {"typeName", "not a valid regular expression"},
+            {"formatType", "a valid Regex"}});
+}
+
+bool Name(const std::string& element, CUsePtr<CUnicodeString>* source) {
+  *source = MakeUseCounted<CUnicodeString>(element);
+  return true;
+}
+
+RegexVectorEntry EntryOf(CRegexPtr scanner, const std::string& element) {
+  return {std::move(scanner),
+          CUseCountedSharedPtr<std::vector<std::string>>(new std::vector<std::string>{element})};
+}
+
+}  // namespace
+
+std::uint64_t GetRegexOptimizeMinListSize() {
+  return gRegexOptimizeMinListSize;
+}
+
+void SetRegexHolderDiagnostics(bool on) {
+  gRegexHolderDiagnostics.store(on, std::memory_order_relaxed);
+}
+
+bool GetRegexHolderDiagnostics() {
+  return gRegexHolderDiagnostics.load(std::memory_order_relaxed);
+}
+
+bool HasBackReference(std::string_view expression) {
+  for (std::size_t i = 0; i + 1 < expression.size(); ++i) {
+    if (expression[i] != '\\') continue;
+    ++i;
+    if (expression[i] >= '1' && expression[i] <= '9') return true;
+  }
+  return false;
+}
+
+CRegexVectorHolder::CRegexVectorHolder(const CUsePtr<CVariant>& value) {
+  if (GetRegexHolderDiagnostics()) {
+    fCollectors = std::make_unique<std::vector<std::unique_ptr<PrefixSuffixCollector>>>();
+  }
+  if (!value) return;
+  if (value->GetType() == VariantType::Regex) {
+    BuildFromText(std::string(Utf8Of(value->GetText().Get())));
+  }
+  if (value->GetType() == VariantType::RegexList) BuildFromList(*value);
+}
+
+CRegexVectorHolder::CRegexVectorHolder(const CRegexVectorHolder& other)
+    : fEntries(other.fEntries),
+      fInvalid(other.fInvalid),
+      fPrefixFailureLogged(other.fPrefixFailureLogged),
+      fMatcher(other.fMatcher) {
+  if (GetRegexHolderDiagnostics()) {
+    fCollectors = std::make_unique<std::vector<std::unique_ptr<PrefixSuffixCollector>>>();
+  }
+}
+
+CRegexVectorHolder::~CRegexVectorHolder() = default;
+
+// A lone expression needs no merging, so a wildcard keeps the fast path of its own form.
+void CRegexVectorHolder::BuildFromText(const std::string& text) {
+  if (CRegexPtr scanner = CRegex::CreateFromValue(text)) {
+    fEntries.push_back(EntryOf(std::move(scanner), text));
+    return;
+  }
+  ReportBadExpression(text);
+  fInvalid = true;
+}
+
+void CRegexVectorHolder::BuildFromList(const CVariant& list) {
+  std::vector<std::string> plainWildcards;
+  std::vector<std::string> starWildcards;
+  std::vector<std::string> expressions;
+  for (std::uint64_t i = 0; i < list.SizeOfList(); ++i) {
+    bool ok = false;
+    std::string element(Utf8Of(list.GetTextListElem(static_cast<std::int64_t>(i), ok).Get()));
+    if (element.empty()) continue;
+    if (CRegex::IsWildcardForm(element)) {
+      (element.front() == '*' ? starWildcards : plainWildcards).push_back(std::move(element));
+      continue;
+    }
+    const std::string_view expression = CRegex::StripRegexForm(element);
+    if (HasBackReference(expression)) {
+      CompileAlone(element, expression);
+    } else {
+      expressions.push_back(std::move(element));
+    }
+  }
+  ProcessRegexVector(plainWildcards, ConvertWildcard, MakeAnchoredWildcard);
+  ProcessRegexVector(starWildcards, ConvertSuffixWildcard, MakeAnchoredSuffixWildcard);
+  ProcessRegexVector(expressions, ConvertRegexForm, nullptr);
+  if (!fEntries.empty()) fMatcher = std::make_shared<const Matching::ListMatcher>(Scanners());
+}
+
+void CRegexVectorHolder::CompileAlone(const std::string& element, std::string_view expression) {
+  if (CRegexPtr scanner = CRegex::Create(expression, false)) {
+    fEntries.push_back(EntryOf(std::move(scanner), element));
+    return;
+  }
+  ReportBadExpression(element);
+  fInvalid = true;
+}
+
+void CRegexVectorHolder::ProcessRegexVector(const std::vector<std::string>& expressions,
+                                            ConverterFn converter, WrapperFn wrapper) {
+  const bool optimize = expressions.size() >= GetRegexOptimizeMinListSize();
+  const bool invalid = fInvalid;
+  const std::size_t entries = fEntries.size();
+  const std::size_t collectors = fCollectors ? fCollectors->size() : 0;
+  try {
+    ProcessRegexVectorCore(expressions, converter, wrapper, optimize);
+  } catch (const CRegexVectorHolderException&) {
+    if (!optimize) return;
+    fInvalid = invalid;
+    fEntries.resize(entries);
+    if (fCollectors) fCollectors->resize(collectors);
+    ProcessRegexVectorCore(expressions, converter, wrapper, false);
+  }
+}
+
+std::vector<Matching::ListScanner> CRegexVectorHolder::Scanners() const {
+  std::vector<Matching::ListScanner> scanners;
+  scanners.reserve(fEntries.size());
+  for (const RegexVectorEntry& entry : fEntries) {
+    // An expression that stands alone has no alternatives to tell apart.
+    const bool isMerged = !HasBackReference(entry.fScanner->Pattern());
+    scanners.push_back({entry.fScanner->Pattern(),
+                        isMerged ? static_cast<std::uint32_t>(entry.FirstAlternativeGroup()) : 0});
+  }
+  return scanners;
+}
+
+bool CRegexVectorHolder::Find(std::string_view text, CUsePtr<CUnicodeString>* source) const {
+  if (!fMatcher) return FindInEntries(0, text, source);
+
+  const auto confirm = [&](std::uint32_t scanner) {
+    return fEntries[scanner].fScanner->Matches(text);
+  };
+  if (!source) return fMatcher->Matches(text, confirm);
+  const auto hit = fMatcher->FindFirst(text, confirm);
+  if (!hit) return false;
+  if (hit->group == 0) return FindInEntries(hit->scanner, text, source);
+  const RegexVectorEntry& entry = fEntries[hit->scanner];
+  return Name((*entry.fSources)[hit->group - entry.FirstAlternativeGroup()], source);
+}
+
+bool CRegexVectorHolder::FindInEntries(std::size_t first, std::string_view text,
+                                       CUsePtr<CUnicodeString>* source) const {
+  for (std::size_t i = first; i < fEntries.size(); ++i) {
+    const RegexVectorEntry& entry = fEntries[i];
+    if (!entry.fScanner || !entry.fSources) continue;
+    const std::vector<std::string>& sources = *entry.fSources;
+    if (!source || sources.size() == 1) {
+      if (!entry.fScanner->Matches(text)) continue;
+      return !source || Name(sources.front(), source);
+    }
+    CRegexCaptures captures;
+    if (!entry.fScanner->MatchCaptures(text, captures)) continue;
+    const std::size_t alternatives = entry.FirstAlternativeGroup();
+    if (captures.Size() <= alternatives) continue;
+    const std::string_view enclosing = captures[alternatives - 1];
+    const std::size_t end = std::min(captures.Size(), alternatives + sources.size());
+    for (std::size_t group = alternatives; group < end; ++group) {
+      if (captures[group].Text() == enclosing) return Name(sources[group - alternatives], source);
+    }
+  }
+  return false;
+}

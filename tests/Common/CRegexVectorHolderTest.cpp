@@ -1,0 +1,411 @@
+#include "Common/CRegexVectorHolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Common/CUnicodeString.h"
+#include "Common/CVariant.h"
+#include "tests/Common/QuestionedHost.h"
+
+namespace {
+
+using testing::ElementsAre;
+using Strings = std::vector<std::string>;
+
+CUsePtr<CVariant> ListOf(const Strings& elements) {
+  auto list = MakeUseCounted<CVariant>(VariantType::RegexList);
+  for (const std::string& element : elements) list->AddToList(MakeText(element).Get());
+  return list;
+}
+
+CUsePtr<CVariant> ValueOf(VariantType type, const std::string& text) {
+  auto value = MakeUseCounted<CVariant>();
+  value->SetString(type, MakeText(text).Get());
+  return value;
+}
+
+// The element that Find names, or nothing on a miss. Both ways of asking must agree.
+std::optional<std::string> FindIn(const CRegexVectorHolder& holder, std::string_view text) {
+  CUsePtr<CUnicodeString> source;
+  const bool found = holder.Find(text, &source);
+  EXPECT_EQ(holder.Find(text, nullptr), found) << text;
+  EXPECT_EQ(static_cast<bool>(source), found) << text;
+  if (!found) return std::nullopt;
+  return std::string(source->Text().Utf8());
+}
+
+Strings PatternsOf(const CRegexVectorHolder& holder) {
+  Strings patterns;
+  for (const auto& entry : holder.Entries()) patterns.push_back(entry.fScanner->Pattern());
+  return patterns;
+}
+
+// ---- what it is built from
+
+TEST(CRegexVectorHolder, IsEmptyAndUsableForWhatHoldsNoExpressions) {
+  const CRegexVectorHolder null{CUsePtr<CVariant>()};
+  const CRegexVectorHolder text(ValueOf(VariantType::String, "regex(a)"));
+  const CRegexVectorHolder none(ListOf({}));
+  const CRegexVectorHolder empties(ListOf({"", ""}));
+  const CRegexVectorHolder lone(ValueOf(VariantType::Regex, ""));
+  for (const auto* holder : {&null, &text, &none, &empties}) {
+    EXPECT_TRUE(holder->Entries().empty());
+    EXPECT_FALSE(holder->IsUnusable());
+    EXPECT_EQ(FindIn(*holder, "a"), std::nullopt);
+    EXPECT_EQ(FindIn(*holder, ""), std::nullopt);
+  }
+  // A lone empty value is a wildcard, and matches the empty text.
+  EXPECT_EQ(lone.Entries().size(), 1u);
+  EXPECT_TRUE(lone.Find("", nullptr));
+}
+
+TEST(CRegexVectorHolder, KeepsALoneValueAsItIs) {
+  const CRegexVectorHolder wildcard(ValueOf(VariantType::Regex, "a*"));
+  EXPECT_EQ(PatternsOf(wildcard), Strings{"^a.*$"});
+  EXPECT_EQ(FindIn(wildcard, "ABC"), "a*");
+  // Contract: the fast path of a lone wildcard knows no line ends, the engine of a list does.
+  EXPECT_EQ(FindIn(wildcard, "a\n"), "a*");
+  EXPECT_EQ(FindIn(CRegexVectorHolder(ListOf({"a*"})), "a\n"), std::nullopt);
+
+  const CRegexVectorHolder expression(ValueOf(VariantType::Regex, "regex(a+)"));
+  EXPECT_EQ(FindIn(expression, "AAA"), "regex(a+)");
+}
+
+TEST(CRegexVectorHolder, SortsElementsIntoFourKinds) {
+  const CRegexVectorHolder holder(
+      ListOf({"regex(e1)", "*s1", "p1", "", "regex((b)\\1)", "regex(e2)", "*s2", "p2*"}));
+  EXPECT_THAT(PatternsOf(holder),
+              ElementsAre("(b)\\1", "^((p1)|(p2.*))$", "^.*((s1)|(s2))$", "((e1)|(e2))"));
+  EXPECT_EQ(FindIn(holder, "bb"), "regex((b)\\1)");
+  EXPECT_EQ(FindIn(holder, "p2x"), "p2*");
+  EXPECT_EQ(FindIn(holder, "xs2"), "*s2");
+  EXPECT_EQ(FindIn(holder, "E2"), "regex(e2)");
+  EXPECT_EQ(FindIn(holder, "x"), std::nullopt);
+}
+
+TEST(CRegexVectorHolder, FollowsTheOrderOfTheKindsAndNotOfTheList) {
+  const CRegexVectorHolder holder(ListOf({"regex(.*)", "*", "aa", "regex((a)\\1)"}));
+  EXPECT_EQ(FindIn(holder, "aa"), "regex((a)\\1)");
+  const CRegexVectorHolder without(ListOf({"regex(.*)", "*a", "aa"}));
+  EXPECT_EQ(FindIn(without, "aa"), "aa");
+  EXPECT_EQ(FindIn(without, "ba"), "*a");
+  EXPECT_EQ(FindIn(without, "b"), "regex(.*)");
+}
+
+TEST(CRegexVectorHolder, NamesElementsOfMergedScanners) {
+  const CRegexVectorHolder holder(ListOf({"*.a.com", "b*", "regex(c+)"}));
+  EXPECT_EQ(FindIn(holder, "x.a.com"), "*.a.com");
+  EXPECT_EQ(FindIn(holder, "CCC"), "regex(c+)");
+}
+
+// Contract: the star takes what it can, so the element with the shortest end is named.
+TEST(CRegexVectorHolder, NamesTheShortestEndOfStarWildcards) {
+  const CRegexVectorHolder holder(ListOf({"*.a.com", "*om"}));
+  EXPECT_EQ(FindIn(holder, "x.a.com"), "*om");
+}
+
+// Contract: an alternative that took the empty text cannot be told from one that took no part.
+TEST(CRegexVectorHolder, NamesTheFirstAlternativeOfAnEmptyMatch) {
+  const CRegexVectorHolder holder(ListOf({"regex(a)", "regex(b*)"}));
+  EXPECT_EQ(FindIn(holder, ""), "regex(a)");
+  EXPECT_EQ(FindIn(holder, "b"), "regex(b*)");
+}
+
+// Contract: a group inside an alternative can hold the enclosing text and is then taken for one.
+TEST(CRegexVectorHolder, TakesAGroupInsideAnAlternativeForOne) {
+  const CRegexVectorHolder holder(ListOf({"regex((?=(ab))x)", "regex(ab)"}));
+  EXPECT_EQ(FindIn(holder, "ab"), "");
+}
+
+TEST(CRegexVectorHolder, MatchesTextsWithZeroBytes) {
+  const CRegexVectorHolder holder(ListOf({"a*b", "regex(x.y)"}));
+  EXPECT_EQ(FindIn(holder, std::string_view("a\0b", 3)), "a*b");
+  EXPECT_EQ(FindIn(holder, std::string_view("x\0y", 3)), "regex(x.y)");
+}
+
+// ---- merged scanners and their limits
+
+TEST(CRegexVectorHolder, MergesTenElementsIntoAScanner) {
+  for (const auto& [count, alternatives] : {std::pair<int, std::vector<std::size_t>>{9, {9}},
+                                            {10, {10}},
+                                            {11, {10, 1}},
+                                            {20, {10, 10}},
+                                            {21, {10, 10, 1}},
+                                            {25, {10, 10, 5}}}) {
+    Strings elements;
+    for (int i = 0; i < count; ++i) elements.push_back("regex(e" + std::to_string(i) + ")");
+    const CRegexVectorHolder holder(ListOf(elements));
+    std::vector<std::size_t> sources;
+    for (const auto& entry : holder.Entries()) sources.push_back(entry.fSources->size());
+    EXPECT_EQ(sources, alternatives) << count;
+    for (const std::string& element : elements) {
+      EXPECT_EQ(FindIn(holder, element.substr(6, element.size() - 7)), element);
+    }
+  }
+  EXPECT_EQ(PatternsOf(CRegexVectorHolder(ListOf({"regex(x)"}))), Strings{"((x))"});
+}
+
+TEST(CRegexVectorHolder, ClosesAScannerThatHasGrownLong) {
+  // "(" and "(...)" around the element: the merged text has that many bytes more.
+  for (const auto& [size, scanners] :
+       {std::pair<std::size_t, std::size_t>{8188, 1}, {8189, 2}, {8190, 2}, {20000, 2}}) {
+    const std::string literal(size, 'a');
+    const CRegexVectorHolder holder(ListOf({"regex(" + literal + ")", "regex(b)"}));
+    EXPECT_EQ(holder.Entries().size(), scanners) << size;
+    EXPECT_EQ(FindIn(holder, literal), "regex(" + literal + ")");
+    EXPECT_EQ(FindIn(holder, "b"), "regex(b)");
+  }
+}
+
+TEST(CRegexVectorHolder, KeepsAnEmptySourceForEachGroupOfAnAlternative) {
+  const CRegexVectorHolder holder(ListOf({"regex((a)(b))", "regex(c)"}));
+  EXPECT_THAT(*holder.Entries().at(0).fSources, ElementsAre("regex((a)(b))", "", "", "regex(c)"));
+  EXPECT_EQ(FindIn(holder, "ab"), "regex((a)(b))");
+  EXPECT_EQ(FindIn(holder, "c"), "regex(c)");
+}
+
+// ---- what does not compile
+
+TEST(CRegexVectorHolder, IsUnusableWithOneBadExpression) {
+  const HostInSlot host(Gates{.level = false});
+  const CRegexVectorHolder holder(ListOf({"regex(()", "regex(good)", "good*"}));
+  EXPECT_TRUE(holder.IsUnusable());
+  EXPECT_EQ(PatternsOf(holder), (Strings{"^((good.*))$", "((good))"}));  // the rest is built
+  ASSERT_EQ(host->fPrinted.size(), 1u);
+  EXPECT_EQ(host->fPrinted[0].className, "CRegexVectorHolder");
+  EXPECT_EQ(host->fPrinted[0].function, "ProcessRegexVectorCore");
+  EXPECT_EQ(host->fPrinted[0].file, "Common\\CRegexVectorHolder");
+  EXPECT_NE(host->fPrinted[0].message.find("regex(()"), std::string::npos)
+      << host->fPrinted[0].message;
+}
+
+TEST(CRegexVectorHolder, IsUnusableWithABadLoneValueOrBackReference) {
+  for (const auto& value : {ValueOf(VariantType::Regex, "regex(()"), ListOf({"regex((a)\\1()"})}) {
+    const HostInSlot host(Gates{.level = false});
+    const CRegexVectorHolder holder(value);
+    EXPECT_TRUE(holder.IsUnusable());
+    EXPECT_TRUE(holder.Entries().empty());
+    ASSERT_EQ(host->fPrinted.size(), 1u);
+    EXPECT_EQ(host->fPrinted[0].function, "CRegexVectorHolder");
+  }
+}
+
+// Contract: a wildcard is not checked by itself; one with an open bracket takes its scanner along.
+TEST(CRegexVectorHolder, LosesTheScannerOfABadWildcard) {
+  const CRegexVectorHolder holder(ListOf({"a", "[b", "*c"}));
+  EXPECT_TRUE(holder.IsUnusable());
+  EXPECT_EQ(PatternsOf(holder), Strings{"^.*((c))$"});
+}
+
+// Contract: two open brackets can close each other's.
+TEST(CRegexVectorHolder, ReadsStrayBracketsAsTheScannerHasThem) {
+  const CRegexVectorHolder holder(ListOf({"x[b", "[c]"}));
+  EXPECT_FALSE(holder.IsUnusable());
+  EXPECT_TRUE(holder.Find("xb", nullptr));
+  EXPECT_TRUE(holder.Find("xc", nullptr));
+  EXPECT_TRUE(holder.Find("x|", nullptr));
+  EXPECT_FALSE(holder.Find("c", nullptr));
+}
+
+TEST(CRegexVectorHolder, FailsWhereEachElementCompilesAndTheirScannerDoesNot) {
+  Strings elements(9, "regex([a-z]{9000})");
+  EXPECT_FALSE(CRegexVectorHolder(ListOf(elements)).IsUnusable());
+  elements.push_back("regex([a-z]{20000})");
+  EXPECT_TRUE(CRegexVectorHolder(ListOf(elements)).IsUnusable());
+}
+
+TEST(HasBackReference, LooksForADigitBehindAnUnescapedBackslash) {
+  for (const char* yes : {"\\1", "a\\9b", "\\\\\\1", "(a)\\1"})
+    EXPECT_TRUE(HasBackReference(yes)) << yes;
+  for (const char* no : {"", "\\", "\\0", "\\\\1", "a1", "\\a1"}) {
+    EXPECT_FALSE(HasBackReference(no)) << no;
+  }
+}
+
+// ---- diagnostics
+
+class Diagnostics {
+public:
+  Diagnostics() { SetRegexHolderDiagnostics(true); }
+  ~Diagnostics() { SetRegexHolderDiagnostics(false); }
+};
+
+using Dump = void (CRegexVectorHolder::*)(Strings&) const;
+
+Strings DumpOf(const CRegexVectorHolder& holder, Dump dump) {
+  Strings lines = {"left from before"};
+  (holder.*dump)(lines);
+  return lines;
+}
+
+constexpr Dump kCollectorDumps[] = {
+    &CRegexVectorHolder::DumpTimeMeasurements, &CRegexVectorHolder::DumpExtracted,
+    &CRegexVectorHolder::DumpRadixTrees,       &CRegexVectorHolder::DumpSplitted,
+    &CRegexVectorHolder::DumpOriginal,
+};
+
+TEST(HolderDiagnostics, PrintNothingButScannersWhileTheyAreOff) {
+  const CRegexVectorHolder holder(ListOf({"a", "regex(b)"}));
+  for (const Dump dump : kCollectorDumps) EXPECT_EQ(DumpOf(holder, dump), Strings());
+  EXPECT_THAT(DumpOf(holder, &CRegexVectorHolder::DumpScanners),
+              ElementsAre("Generated merged scanners: #2 entries:", "^((a))$", "((b))"));
+}
+
+TEST(HolderDiagnostics, PrintEachStepOfAList) {
+  const Diagnostics on;
+  const CRegexVectorHolder holder(ListOf({"a*", "*b", "regex(c)"}));
+  EXPECT_THAT(DumpOf(holder, &CRegexVectorHolder::DumpOriginal),
+              ElementsAre("Original regexes:", "Collector #1: #1 entries:", "a.*",
+                          "Collector #2: #1 entries:", "b", "Collector #3: #1 entries:", "c"));
+  EXPECT_THAT(
+      DumpOf(holder, &CRegexVectorHolder::DumpExtracted),
+      ElementsAre("Extracted [prefix, suffix] elements:", "Collector #1: #1 entries:", "'' / ''",
+                  "Collector #2: #1 entries:", "'' / ''", "Collector #3: #1 entries:", "'' / ''"));
+  EXPECT_THAT(DumpOf(holder, &CRegexVectorHolder::DumpRadixTrees),
+              ElementsAre("Radix Tree data:", "Collector #1: no data!", "Collector #2: no data!",
+                          "Collector #3: no data!"));
+  EXPECT_THAT(DumpOf(holder, &CRegexVectorHolder::DumpSplitted),
+              ElementsAre("Splitted regexes:", "Collector #1: #0 entries!",
+                          "Collector #2: #0 entries!", "Collector #3: #0 entries!"));
+  const Strings times = DumpOf(holder, &CRegexVectorHolder::DumpTimeMeasurements);
+  ASSERT_EQ(times.size(), 7u);
+  EXPECT_EQ(times[0], "Time Measurements:");
+  EXPECT_EQ(times[1], "Collector #1:");
+  EXPECT_TRUE(times[2].starts_with("PrefixSuffixCollection:")) << times[2];
+  EXPECT_TRUE(times[2].ends_with(" ms")) << times[2];
+}
+
+TEST(HolderDiagnostics, KnowThreeCollectorsOfAnEmptyListAndNoneOfALoneValue) {
+  const Diagnostics on;
+  EXPECT_THAT(DumpOf(CRegexVectorHolder(ListOf({})), &CRegexVectorHolder::DumpOriginal),
+              ElementsAre("Original regexes:", "Collector #1: #0 entries!",
+                          "Collector #2: #0 entries!", "Collector #3: #0 entries!"));
+  EXPECT_THAT(DumpOf(CRegexVectorHolder(ValueOf(VariantType::Regex, "a")),
+                     &CRegexVectorHolder::DumpOriginal),
+              ElementsAre("Original regexes:"));
+}
+
+TEST(HolderDiagnostics, StayWithTheOriginalOfACopy) {
+  const CRegexVectorHolder quiet(ListOf({"a"}));
+  const Diagnostics on;
+  const CRegexVectorHolder holder(ListOf({"a"}));
+  const CRegexVectorHolder copy(holder);
+  EXPECT_EQ(DumpOf(copy, &CRegexVectorHolder::DumpOriginal), Strings{"Original regexes:"});
+  EXPECT_EQ(copy.Entries().at(0).fScanner, holder.Entries().at(0).fScanner);  // shared
+  EXPECT_EQ(FindIn(copy, "A"), "a");
+  EXPECT_EQ(DumpOf(quiet, &CRegexVectorHolder::DumpOriginal), Strings());
+}
+
+// ---- property: the plain truth, element by element
+
+// The element that the list names, found by compiling each alone and trying them in the order of
+// their kinds. For star wildcards that is not what is named, so they are told by the boolean alone.
+struct Truth {
+  bool matches = false;
+  std::optional<std::string> name;  // where the order of the kinds decides it
+};
+
+class Plain {
+public:
+  explicit Plain(const Strings& elements) {
+    for (int kind = 0; kind < 4; ++kind) {
+      for (const std::string& element : elements) {
+        if (!element.empty() && KindOf(element) == kind) Add(kind, element);
+      }
+    }
+  }
+  bool IsBad() const { return fBad; }
+  Truth Ask(std::string_view text) const {
+    Truth truth;
+    for (const auto& [kind, element, regex] : fElements) {
+      if (!regex->Matches(text)) continue;
+      if (!truth.matches && kind != 2 && !text.empty()) truth.name = element;
+      truth.matches = true;
+    }
+    return truth;
+  }
+
+private:
+  static int KindOf(const std::string& element) {
+    if (CRegex::IsWildcardForm(element)) return element.front() == '*' ? 2 : 1;
+    return HasBackReference(CRegex::StripRegexForm(element)) ? 0 : 3;
+  }
+  void Add(int kind, const std::string& element) {
+    std::string expression(CRegex::StripRegexForm(element));
+    if (CRegex::IsWildcardForm(element)) CRegex::GlobToExpression(element, true, expression);
+    CRegexPtr regex = CRegex::Create(expression, false);
+    fBad = fBad || !regex;
+    if (regex) fElements.emplace_back(kind, element, std::move(regex));
+  }
+
+  std::vector<std::tuple<int, std::string, CRegexPtr>> fElements;
+  bool fBad = false;
+};
+
+std::string RandomOf(std::mt19937& random, const Strings& parts, std::size_t most) {
+  std::string text;
+  for (std::size_t i = 1 + random() % most; i > 0; --i) text += parts[random() % parts.size()];
+  return text;
+}
+
+TEST(CRegexVectorHolder, AgreesWithTryingEachElement) {
+  std::mt19937 random(32);
+  const Strings globs = {"a", "b", ".", "*", "?", "ab", "x.com", "[ab]"};
+  const Strings expressions = {"a",   "b",     "\\.",      ".*", "[ab]",
+                               "\\d", "(a|b)", "(.*\\.)?", "a?", "(a)\\1"};
+  const Strings texts = {"a", "B", ".", "ab", "1", "x.com", "b", "\n"};
+  for (int round = 0; round < 120; ++round) {
+    Strings elements;
+    for (std::size_t i = random() % 30; i > 0; --i) {
+      elements.push_back(random() % 2 ? RandomOf(random, globs, 4)
+                                      : "regex(" + RandomOf(random, expressions, 3) + ")");
+    }
+    const CRegexVectorHolder holder(ListOf(elements));
+    const Plain plain(elements);
+    ASSERT_EQ(holder.IsUnusable(), plain.IsBad());
+    for (int i = 0; i < 40; ++i) {
+      const std::string text = RandomOf(random, texts, 4);
+      SCOPED_TRACE(testing::PrintToString(elements) + " on '" + text + "'");
+      const Truth truth = plain.Ask(text);
+      const auto found = FindIn(holder, text);
+      ASSERT_EQ(found.has_value(), truth.matches);
+      if (!truth.name) continue;
+      ASSERT_EQ(*found, *truth.name);
+    }
+  }
+}
+
+TEST(CRegexVectorHolder, AnswersForAHundredThousandElements) {
+  Strings elements;
+  for (int i = 0; i < 100'000; ++i)
+    elements.push_back("*.host" + std::to_string(i) + ".example.com");
+  const CRegexVectorHolder holder(ListOf(elements));
+  EXPECT_FALSE(holder.IsUnusable());
+  EXPECT_EQ(holder.Entries().size(), 10'000u);
+  EXPECT_EQ(FindIn(holder, "www.HOST77777.example.com"), "*.host77777.example.com");
+  EXPECT_EQ(FindIn(holder, "www.host100000.example.com"), std::nullopt);
+}
+
+TEST(CRegexVectorHolder, AnswersFromEightThreads) {
+  const CRegexVectorHolder holder(ListOf({"*.a.com", "b*", "regex(c\\d+)", "regex((d)\\1)"}));
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 8; ++i) {
+    threads.emplace_back([&holder] {
+      for (int k = 0; k < 200; ++k) {
+        EXPECT_EQ(FindIn(holder, "x.a.com"), "*.a.com");
+        EXPECT_EQ(FindIn(holder, "c12"), "regex(c\\d+)");
+        EXPECT_EQ(FindIn(holder, "dd"), "regex((d)\\1)");
+        EXPECT_EQ(FindIn(holder, "q"), std::nullopt);
+      }
+    });
+  }
+  for (auto& thread : threads) thread.join();
+}
+
+}  // namespace

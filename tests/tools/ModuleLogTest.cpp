@@ -2,14 +2,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
-#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "tests/support/SharedData.h"
-#include "tests/tools/RunProgram.h"
+#include "tests/tools/TovrinProgram.h"
 #include "tools/tovrin/CModuleLog.h"
 
 namespace {
@@ -27,37 +24,30 @@ constexpr const char* kTrace =
     "debug 3 in Tessarin, CRegex::Create \\(Common\\\\CRegex:[0-9]+\\): "
     "String is not a valid regex: '\\(' - error: .+";
 
-ProgramResult CallWith(std::vector<std::string> options) {
+ChildResult CallWith(std::vector<std::string> options) {
   options.insert(options.begin(), {"call", kBadExpression});
-  return RunProgram(options);
+  return Tovrin(options);
 }
 
 class LogFile {
 public:
-  LogFile()
-      : fPath(std::filesystem::temp_directory_path() /
-              ("tovrin_log_test_" + std::to_string(getpid()))) {}
-  ~LogFile() { std::filesystem::remove(fPath); }
-  LogFile(const LogFile&) = delete;
-  LogFile& operator=(const LogFile&) = delete;
-
-  std::string Path() const { return fPath.string(); }
-  std::vector<std::string> Lines() const { return ReadLines(fPath); }
+  std::string Path() const { return (fFolder.Path() / "log").string(); }
+  std::vector<std::string> Lines() const { return ReadLines(Path()); }
 
 private:
-  const std::filesystem::path fPath;
+  const CTemporaryFolder fFolder;
 };
 
 }  // namespace
 
 TEST(ModuleLog, IsClosedUnlessItIsAskedFor) {
-  const ProgramResult result = CallWith({});
+  const ChildResult result = CallWith({});
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.errors, "");
 }
 
 TEST(ModuleLog, PrintsLevelClassFunctionFileAndLine) {
-  const ProgramResult result = CallWith({"--log", "3"});
+  const ChildResult result = CallWith({"--log", "3"});
   EXPECT_EQ(result.status, 0);
   EXPECT_THAT(result.errors, ContainsRegex(kTrace));
   EXPECT_EQ(result.output, CallWith({}).output);
@@ -86,21 +76,21 @@ TEST(ModuleLog, LetsThroughWhatLevelAndFunctionsSelect) {
       {"3,Creat", false},
   };
   for (const auto& row : rows) {
-    const ProgramResult result = CallWith({"--log", row.selection});
+    const ChildResult result = CallWith({"--log", row.selection});
     EXPECT_EQ(result.status, 0) << row.selection;
     EXPECT_EQ(!result.errors.empty(), row.isPrinted) << row.selection << ": " << result.errors;
   }
 }
 
 TEST(ModuleLog, StandsBeforeTheCommandAsWell) {
-  const ProgramResult result = RunProgram({"--log=3", "call", kBadExpression});
+  const ChildResult result = Tovrin({"--log=3", "call", kBadExpression});
   EXPECT_THAT(result.errors, ContainsRegex(kTrace));
 }
 
 TEST(ModuleLog, IsAppendedToAFile) {
   const LogFile file;
   for (int run = 0; run < 2; ++run) {
-    const ProgramResult result = CallWith({"--log", "3", "--log-file", file.Path()});
+    const ChildResult result = CallWith({"--log", "3", "--log-file", file.Path()});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.errors, "");
   }
@@ -114,7 +104,7 @@ TEST(ModuleLog, MakesAnEmptyFileWhenNothingIsLogged) {
 }
 
 TEST(ModuleLog, NeedsAFileThatCanBeWritten) {
-  const ProgramResult result = CallWith({"--log", "3", "--log-file", "/no/such/folder/log"});
+  const ChildResult result = CallWith({"--log", "3", "--log-file", "/no/such/folder/log"});
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.output, "");
   EXPECT_EQ(result.errors,
@@ -124,7 +114,7 @@ TEST(ModuleLog, NeedsAFileThatCanBeWritten) {
 TEST(ModuleLog, RefusesASelectionThatItCannotRead) {
   for (const char* selection :
        {"", "x", "-1", "3x", "3,", "3,,Create", ",Create", "3 ,Create", "4294967296", "Create"}) {
-    const ProgramResult result = CallWith({"--log", selection});
+    const ChildResult result = CallWith({"--log", selection});
     EXPECT_EQ(result.status, 2) << selection;
     EXPECT_THAT(result.errors, HasSubstr("--log")) << selection;
   }

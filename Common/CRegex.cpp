@@ -7,8 +7,8 @@
 
 #include "Common/CRegexShared.h"
 #include "Common/CUnicodeString.h"
+#include "Common/CompiledRegex.h"
 #include "Common/DebugLog.h"
-#include "Common/RegexEngineGuard.h"
 
 qxSource("Common\\CRegex");
 
@@ -97,7 +97,7 @@ CRegex::CRegex(std::string_view text, bool isWildcard) : fSource(text), fIsWildc
   } else {
     fPattern = text;
   }
-  fRegex = std::make_unique<const RegexEngine>(fPattern);
+  fRegex = std::make_unique<const CompiledRegex>(fPattern);
   // An empty wildcard runs through the engine.
   if (isWildcard && !text.empty()) FindFastPath();
 }
@@ -165,13 +165,13 @@ bool CRegex::SearchCaptures(std::string_view text, CRegexCaptures& captures) con
 void CRegex::Replace(std::string_view text, std::string_view format, std::string& out,
                      bool all) const {
   Guarded(kReplacing, [&] {
-    std::string result = fRegex->Replace(text, std::string(WithoutOpenEscape(format)), all);
+    std::string result = fRegex->Replace(text, WithoutOpenEscape(format), all);
     out = std::move(result);
   });
 }
 
-class CRegexScan::State : public RegexEngine::Walk {
-  using RegexEngine::Walk::Walk;
+class CRegexScan::State : public CompiledRegex::Walk {
+  using CompiledRegex::Walk::Walk;
 };
 
 CRegexScan::CRegexScan() = default;

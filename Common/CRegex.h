@@ -11,7 +11,7 @@
 class CRegex;
 class CRegexScan;
 class CUnicodeString;
-class RegexEngine;
+class CompiledRegex;
 
 using CRegexPtr = CUsePtr<CRegex>;
 
@@ -129,7 +129,7 @@ private:
 
   // Constant from the constructor on.
   std::string fPattern;                       // what the engine compiled
-  std::unique_ptr<const RegexEngine> fRegex;  // never null
+  std::unique_ptr<const CompiledRegex> fRegex;  // never null; views fPattern
   std::string fSource;                        // the text that the constructor received
   bool fIsWildcard;
   // Written by SetAffixInfo, before the object is shared.
@@ -155,7 +155,6 @@ public:
 
 private:
   friend class CRegex;
-  friend class RegexEngine;
   class State;
 
   std::unique_ptr<State> fState;

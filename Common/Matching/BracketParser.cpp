@@ -1,5 +1,6 @@
 #include "Common/Matching/BracketParser.h"
 
+#include <limits>
 #include <optional>
 
 #include "Common/Matching/CharacterClasses.h"
@@ -38,7 +39,7 @@ private:
     std::optional<unsigned char> byte;
     if (fScanner.Current() == Token::Literal) byte = fScanner.Byte();
     if (fScanner.Current() == Token::HexLiteral) {
-      byte = static_cast<unsigned char>(WrappingValue(fScanner.Text(), 16));
+      byte = static_cast<unsigned char>(*WrappingValue(fScanner.Text(), 16));
     }
     if (byte) fScanner.Advance();
     return byte;
@@ -151,12 +152,16 @@ private:
 
 }  // namespace
 
-std::int32_t WrappingValue(std::string_view digits, int radix) {
+std::optional<std::int32_t> WrappingValue(std::string_view digits, int radix) {
+  const auto base = static_cast<std::uint64_t>(radix);
   std::uint64_t value = 0;
   for (const char c : digits) {
     const auto byte = static_cast<unsigned char>(c);
-    const int digit = IsDigit(byte) ? byte - '0' : ToLower(byte) - 'a' + 10;
-    value = value * static_cast<std::uint64_t>(radix) + static_cast<std::uint64_t>(digit);
+    const auto digit =
+        static_cast<std::uint64_t>(IsDigit(byte) ? byte - '0' : ToLower(byte) - 'a' + 10);
+    constexpr std::uint64_t kRoom = std::numeric_limits<std::int64_t>::max();
+    if (value > (kRoom - digit) / base) return std::nullopt;
+    value = value * base + digit;
   }
   return static_cast<std::int32_t>(value);
 }

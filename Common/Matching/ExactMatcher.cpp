@@ -182,12 +182,13 @@ bool ExactMatcher::EnterBody(StateId loop, std::size_t pos, StateId& id) {
   return true;
 }
 
-bool ExactMatcher::MatchBackReference(std::uint32_t group, std::size_t& pos) const {
+bool ExactMatcher::MatchBackReference(std::uint32_t group, std::size_t& pos) {
   const std::size_t begin = fSlots[2 * group];
   const std::size_t end = fSlots[2 * group + 1];
   if (end == kNowhere) return false;
   if (fSubject.text.size() - pos < end - begin) return false;
   for (std::size_t i = begin; i < end; ++i) {
+    ++fSteps;
     if (ToLower(fSubject.At(i)) != ToLower(fSubject.At(pos + i - begin))) return false;
   }
   pos += end - begin;

@@ -64,7 +64,7 @@ private:
   // Goes through one state; false when the way ends.
   bool Advance(StateId& id, std::size_t& pos);
   bool EnterBody(StateId loop, std::size_t pos, StateId& id);
-  bool MatchBackReference(std::uint32_t group, std::size_t& pos) const;
+  bool MatchBackReference(std::uint32_t group, std::size_t& pos);
   void EnterLookAhead(StateId id, std::size_t pos);
   // The part of the innermost open look-ahead matches; false when that ends the way.
   bool LeaveLookAhead(StateId& id, std::size_t& pos);

@@ -57,8 +57,9 @@ public:
       : fTree(std::move(tree)),
         fOptions(options),
         fClasses(ClassifyBytes(fTree)),
-        fProgram(CompileProgram(fTree, fTree.Root(), Direction::Forward)),
-        fLookAheads(fTree, fClasses, options.automatonBudget),
+        fLookAheadNumbers(fTree),
+        fProgram(CompileProgram(fTree, fTree.Root(), fLookAheadNumbers, Direction::Forward)),
+        fLookAheads(fTree, fLookAheadNumbers, fClasses, options.automatonBudget),
         fStartsAtBegin(StartsAtBegin(fProgram)) {
     if (options.unrollEmptyPasses) fUnrolled = UnrollEmptyPasses(fProgram);
     if (fTree.Has(NodeKind::BackReference) || !AreLookAheadCapturesPlain(fTree)) {
@@ -189,8 +190,8 @@ private:
   const Program& BackwardProgram() const {
     const Program* built = fBackward.load(std::memory_order_acquire);
     if (built != nullptr) return *built;
-    auto fresh =
-        std::make_unique<Program>(CompileProgram(fTree, fTree.Root(), Direction::Backward));
+    auto fresh = std::make_unique<Program>(
+        CompileProgram(fTree, fTree.Root(), fLookAheadNumbers, Direction::Backward));
     if (fBackward.compare_exchange_strong(built, fresh.get(), std::memory_order_acq_rel,
                                           std::memory_order_acquire)) {
       return *fresh.release();
@@ -290,6 +291,7 @@ private:
   const SyntaxTree fTree;
   const Options fOptions;
   const ByteClasses fClasses;
+  const LookAheadNumbers fLookAheadNumbers;
   const Program fProgram;
   std::optional<Program> fUnrolled;  // absent when only following the library's order will do
   const LookAheads fLookAheads;
@@ -348,8 +350,9 @@ std::size_t Expression::AutomatonMemory() const {
 
 bool MatchIterator::Next(Captures& captures) {
   if (fIsDone) return false;
-  fIsDone = !FindNext(captures);
-  if (fIsDone) return false;
+  fIsDone = true;  // a search that throws ends the walk
+  if (!FindNext(captures)) return false;
+  fIsDone = false;
   fFrom = captures[0].end;
   fWasEmpty = captures[0].begin == fFrom;
   return true;

@@ -6,27 +6,28 @@
 
 namespace Matching {
 
-LookAheads::LookAheads(const SyntaxTree& tree, const ByteClasses& classes, std::size_t budget)
+LookAheads::LookAheads(const SyntaxTree& tree, const LookAheadNumbers& numbers,
+                       const ByteClasses& classes, std::size_t budget)
     : fTree(tree) {
-  const std::vector<NodeId> nodes = ListLookAheads(tree);
+  const std::vector<NodeId>& nodes = numbers.Nodes();
   fItems.resize(nodes.size());  // first of all: the automata refer to the programs in it
   for (std::size_t i = 0; i < nodes.size(); ++i) {
     Item& item = fItems[i];
-    item.program = CompileProgram(tree, tree[nodes[i]].firstChild, Direction::Backward);
+    item.program = CompileProgram(tree, tree[nodes[i]].firstChild, numbers, Direction::Backward);
     const auto has = [&item](auto... ops) {
       return std::ranges::any_of(item.program.states,
                                  [=](const State& state) { return ((state.op == ops) || ...); });
     };
     item.asksForBegin = has(Op::LineBegin, Op::WordBoundary, Op::NotWordBoundary);
     fAskForBegin |= item.asksForBegin;
-    if (has(Op::LookAhead, Op::NotLookAhead)) continue;
+    if (has(Op::LookAhead, Op::NotLookAhead) || nodes.size() > kMaxAutomata) continue;
     item.automaton = std::make_unique<LazyDfa>(LazyDfa::Setup{.program = item.program,
                                                               .tree = tree,
                                                               .classes = classes,
                                                               .goal = Goal::Every,
                                                               .isAnchored = false,
                                                               .direction = Direction::Backward,
-                                                              .budget = budget});
+                                                              .budget = budget / nodes.size()});
   }
 }
 

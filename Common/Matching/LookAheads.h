@@ -17,7 +17,9 @@ namespace Matching {
 // Read-only once built, but for what its automata learn; any thread may ask.
 class LookAheads {
 public:
-  LookAheads(const SyntaxTree& tree, const ByteClasses& classes, std::size_t budget);
+  // budget: bytes for the automata of all look-aheads together.
+  LookAheads(const SyntaxTree& tree, const LookAheadNumbers& numbers, const ByteClasses& classes,
+             std::size_t budget);
 
   [[nodiscard]] bool IsEmpty() const { return fItems.empty(); }
   [[nodiscard]] std::size_t Count() const { return fItems.size(); }
@@ -33,14 +35,16 @@ public:
 private:
   struct Item {
     Program program;                     // backward
-    std::unique_ptr<LazyDfa> automaton;  // absent when others stand inside
+    std::unique_ptr<LazyDfa> automaton;  // absent when others stand inside, or there are too many
     bool asksForBegin = false;
   };
 
   void EvaluateOne(std::uint32_t number, const Subject& subject, bool refusesEmpty,
                    LookAheadTable& table) const;
 
-  static constexpr std::size_t kMaxTableBits = std::size_t{1} << 30;  // 128 MiB
+  static constexpr std::size_t kMaxTableBits = std::size_t{1}
+                                               << 28;  // a bit a place and look-ahead
+  static constexpr std::size_t kMaxAutomata = 64;      // of more look-aheads, each is simulated
 
   const SyntaxTree& fTree;
   std::vector<Item> fItems;

@@ -102,7 +102,7 @@ private:
         return ParseBytes(BothCases(byte));
       }
       case Token::HexLiteral: {
-        const auto byte = static_cast<unsigned char>(WrappingValue(fScanner.Text(), 16));
+        const auto byte = static_cast<unsigned char>(*WrappingValue(fScanner.Text(), 16));
         fScanner.Advance();
         return ParseBytes(BothCases(byte));
       }
@@ -231,16 +231,14 @@ private:
   // Reads a repetition in braces behind its "{"; cost is what a copy takes, before and after.
   NodeId ParseBraces(NodeId node, std::uint64_t& cost) {
     if (fScanner.Current() != Token::Count) throw kBadBrace;
-    const std::int64_t min = WrappingValue(fScanner.Text(), 10);
-    fScanner.Advance();
+    const std::int64_t min = ReadCount();
     Spend(1);
     bool isUnlimited = false;
     std::int64_t optional = 0;  // copies beyond min
     if (Take(Token::Comma)) {
       isUnlimited = fScanner.Current() != Token::Count;
       if (!isUnlimited) {
-        optional = WrappingValue(fScanner.Text(), 10) - min;
-        fScanner.Advance();
+        optional = ReadCount() - min;
       }
     }
     if (!Take(Token::BraceEnd)) {
@@ -268,6 +266,13 @@ private:
                     .min = low,
                     .max = isUnlimited ? kUnlimited : low + static_cast<std::uint32_t>(optional),
                     .firstChild = node});
+  }
+
+  std::int64_t ReadCount() {
+    const auto count = WrappingValue(fScanner.Text(), 10);
+    if (!count) throw kBadBrace;
+    fScanner.Advance();
+    return *count;
   }
 
   bool Take(Token token) {

@@ -1,7 +1,6 @@
 #include "Common/Matching/Program.h"
 
 #include <algorithm>
-#include <unordered_map>
 
 #include "Common/Matching/CharacterClasses.h"
 
@@ -12,14 +11,12 @@ namespace {
 // construct is built. The work that is left stands on a stack of tasks, the next one on top.
 class ProgramCompiler {
 public:
-  ProgramCompiler(const SyntaxTree& tree, Direction direction)
-      : fTree(tree), fDirection(direction) {}
+  ProgramCompiler(const SyntaxTree& tree, const LookAheadNumbers& lookAheads, Direction direction)
+      : fTree(tree), fLookAheads(lookAheads), fDirection(direction) {}
 
   Program Compile(NodeId root) {
-    const std::vector<NodeId> lookAheads = ListLookAheads(fTree);
-    for (std::uint32_t i = 0; i < lookAheads.size(); ++i) fLookAheadNumbers[lookAheads[i]] = i;
     if (fDirection == Direction::Forward) {
-      for (const NodeId id : lookAheads) {
+      for (const NodeId id : fLookAheads.Nodes()) {
         fGroups = {};
         fGroups.start = CompilePart(fTree[id].firstChild);
         fProgram.lookAheads.push_back(fGroups);
@@ -132,7 +129,7 @@ private:
   }
 
   void VisitLookAhead(Op op, NodeId id) {
-    const std::uint32_t number = fLookAheadNumbers.at(id);
+    const std::uint32_t number = fLookAheads.Of(id);
     Prepend(op, number);
     if (fDirection == Direction::Backward) return;
     const LookAheadPart& part = fProgram.lookAheads[number];
@@ -226,9 +223,9 @@ private:
   }
 
   const SyntaxTree& fTree;
+  const LookAheadNumbers& fLookAheads;
   const Direction fDirection;
   Program fProgram;
-  std::unordered_map<NodeId, std::uint32_t> fLookAheadNumbers;
   std::vector<Task> fTasks;
   std::vector<StateId> fValues;
   LookAheadPart fGroups;  // the look-ahead that is being compiled, and its groups so far
@@ -242,27 +239,27 @@ constexpr const char* kOpNames[] = {
 
 }  // namespace
 
-Program CompileProgram(const SyntaxTree& tree, NodeId root, Direction direction) {
-  return ProgramCompiler(tree, direction).Compile(root);
+Program CompileProgram(const SyntaxTree& tree, NodeId root, const LookAheadNumbers& lookAheads,
+                       Direction direction) {
+  return ProgramCompiler(tree, lookAheads, direction).Compile(root);
 }
 
-std::vector<NodeId> ListLookAheads(const SyntaxTree& tree) {
-  std::vector<NodeId> found;
-  if (!tree.Has(NodeKind::LookAhead) && !tree.Has(NodeKind::NotLookAhead)) return found;
+LookAheadNumbers::LookAheadNumbers(const SyntaxTree& tree) {
+  if (!tree.Has(NodeKind::LookAhead) && !tree.Has(NodeKind::NotLookAhead)) return;
   std::vector<NodeId> open{tree.Root()};
   while (!open.empty()) {
     const NodeId id = open.back();
     open.pop_back();
     const Node& node = tree[id];
     if (node.kind == NodeKind::LookAhead || node.kind == NodeKind::NotLookAhead) {
-      found.push_back(id);
+      fNodes.push_back(id);
     }
     for (NodeId child = node.firstChild; child != kNoNode; child = tree[child].nextSibling) {
       open.push_back(child);
     }
   }
-  std::ranges::reverse(found);  // a node was listed before everything below it
-  return found;
+  std::ranges::reverse(fNodes);  // a node was listed before everything below it
+  for (std::uint32_t i = 0; i < fNodes.size(); ++i) fNumbers[fNodes[i]] = i;
 }
 
 ByteClasses ClassifyBytes(const SyntaxTree& tree) {

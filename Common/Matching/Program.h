@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <ostream>
+#include <unordered_map>
 #include <vector>
 
 #include "Common/Matching/ByteSet.h"
@@ -67,15 +68,26 @@ struct Program {
 
 enum class Direction : std::uint8_t { Forward, Backward };
 
+// The look-ahead nodes of a tree by number, inner ones before the ones around them.
+class LookAheadNumbers {
+public:
+  explicit LookAheadNumbers(const SyntaxTree& tree);
+
+  [[nodiscard]] const std::vector<NodeId>& Nodes() const { return fNodes; }
+  [[nodiscard]] std::uint32_t Of(NodeId id) const { return fNumbers.at(id); }
+
+private:
+  std::vector<NodeId> fNodes;
+  std::unordered_map<NodeId, std::uint32_t> fNumbers;
+};
+
 // The program of the tree below root, with positions saved and look-aheads compiled in when it runs
 // forward. Backward it accepts what the forward one accepts, read from the last byte to the first,
 // and saves nothing.
 //
 // Repetitions with counts are written out, so the size is bounded by the limit on states.
-[[nodiscard]] Program CompileProgram(const SyntaxTree& tree, NodeId root, Direction direction);
-
-// The look-ahead nodes of a tree by number, inner ones before the ones around them.
-[[nodiscard]] std::vector<NodeId> ListLookAheads(const SyntaxTree& tree);
+[[nodiscard]] Program CompileProgram(const SyntaxTree& tree, NodeId root,
+                                     const LookAheadNumbers& lookAheads, Direction direction);
 
 // A program that needs no counters. The standard library lets a repetition run twice, and no third
 // time, without moving on; which captures and which end of a match an expression like "(|a)*" has

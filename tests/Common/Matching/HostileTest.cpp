@@ -1,0 +1,208 @@
+// What would stall or end a process: expressions that run away, texts of many megabytes, nests
+// without end, all on a small stack. No test looks at the clock; one that did not come back would
+// meet the time limit of the whole program.
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <regex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Common/Matching/Expression.h"
+#include "tests/Common/Matching/ExpressionSupport.h"
+#include "tests/support/SmallStack.h"
+
+namespace {
+
+using Matching::Captures;
+using Matching::Expression;
+using Matching::Road;
+
+// An answer of every operation, or the one failure that may stand in its place. The walk takes a
+// few steps only: it is as many searches.
+void ExpectAnswers(const Expression& expression, const std::string& text) {
+  const auto guarded = [&expression](auto operation) {
+    try {
+      operation();
+    } catch (const std::regex_error& error) {
+      EXPECT_EQ(error.code(), std::regex_constants::error_complexity);
+      EXPECT_EQ(expression.RoadTaken(), Road::Exact);
+    }
+  };
+  Captures captures;
+  guarded([&] { EXPECT_EQ(expression.IsMatch(text), expression.MatchCaptures(text, captures)); });
+  guarded([&] {
+    EXPECT_EQ(expression.Search(text), expression.SearchCaptures(text, 0, {}, captures));
+  });
+  guarded([&] {
+    Matching::MatchIterator walk(expression, text);
+    for (int i = 0; i < 20 && walk.Next(captures); ++i) {
+      EXPECT_LE(captures[0].end, text.size());
+    }
+  });
+}
+
+constexpr const char* kRunaways[] = {"(a+)+$",
+                                     "(a*)*b",
+                                     "(a|aa)+$",
+                                     "(a|a?)+$",
+                                     "(.*a){12}b",
+                                     ".*a",
+                                     ".*x",
+                                     ".*foo.*bar.*",
+                                     "(.*)(.*)(.*)(.*)x",
+                                     "^(([a-z])+.)+[A-Z]([a-z])+$",
+                                     "(x+x+)+y",
+                                     "(?:a|b)*c",
+                                     "((x)|(y))*",
+                                     "(|a)*b",
+                                     "(?=(?:a+)+$)a",
+                                     "(?:(?!b).)*b",
+                                     "(?=.*(c))a",
+                                     "\\b.*\\b",
+                                     "a{0,500}a{0,500}b"};
+
+TEST(Hostile, RunawaysComeBackOnASmallStack) {
+  OnASmallStack([] {
+    for (const char* const pattern : kRunaways) {
+      SCOPED_TRACE(pattern);
+      const auto expression = Compile(pattern);
+      ASSERT_NE(expression, nullptr);
+      for (const std::size_t size : {28, 1000, 100000}) {
+        ExpectAnswers(*expression, std::string(size, 'a') + "!");
+        ExpectAnswers(*expression, Repeated("foo", size / 3));
+        ExpectAnswers(*expression, std::string(size, '\n'));
+      }
+    }
+  });
+}
+
+TEST(Hostile, BackReferencesEndWithinTheirBudget) {
+  OnASmallStack([] {
+    for (const char* const pattern : {"(a+)+\\1c", "(a*)*\\1b", "(.*)\\1(.*)\\2x", "(a)*\\1",
+                                      "(?:(?=(a+))a)*c", "(.)(.*)\\1\\2$"}) {
+      SCOPED_TRACE(pattern);
+      const auto expression = Compile(pattern, {.maxSteps = 100000});
+      ASSERT_NE(expression, nullptr);
+      EXPECT_EQ(expression->RoadTaken(), Road::Exact);
+      for (const std::size_t size : {28, 1000, 100000}) {
+        ExpectAnswers(*expression, std::string(size, 'a') + "!");
+      }
+    }
+    EXPECT_THROW(
+        {
+          [[maybe_unused]] const bool answer = Compile("(a+)+\\1c")->IsMatch(std::string(40, 'a'));
+        },
+        std::regex_error);
+    // The heap is bounded too: each byte of the text leaves a choice behind.
+    EXPECT_THROW(
+        {
+          [[maybe_unused]] const bool answer =
+              Compile("(x*)\\1(?:a|b)*c")->IsMatch(std::string(8 << 20, 'a'));
+        },
+        std::regex_error);
+  });
+}
+
+TEST(Hostile, VeryLongTextsAreAnsweredOnASmallStack) {
+  const std::size_t size = std::getenv("TESSARIN_LONG_TESTS") ? std::size_t{64} << 20 : 1 << 20;
+  OnASmallStack([size] {
+    const std::string text = std::string(size, 'a') + "b";
+    Captures captures;
+    const auto spans = [&](const char* pattern) {
+      const auto expression = Compile(pattern);
+      EXPECT_TRUE(expression->SearchCaptures(text, 0, {}, captures)) << pattern;
+      return Spans(captures);
+    };
+    const std::string end = std::to_string(size);
+    const std::string all = std::to_string(size + 1);
+    EXPECT_EQ(spans("(a+)+b"), "0:" + all + " 0:" + end);
+    EXPECT_EQ(spans("(a|b)*"), "0:" + all + " " + end + ":" + all);
+    EXPECT_EQ(spans(".*(b)$"), "0:" + all + " " + end + ":" + all);
+    EXPECT_EQ(spans("(?=.*(b))a"), "0:1 " + end + ":" + all);
+    EXPECT_EQ(spans("b"), end + ":" + all);
+    EXPECT_TRUE(Compile("(a|b)*")->IsMatch(text));
+    EXPECT_FALSE(Compile("(?:(?:a+)+)$")->IsMatch(text));
+    EXPECT_FALSE(Compile("a*c")->Search(text));
+    EXPECT_FALSE(Compile("(?:(?!b).)*c")->Search(text));
+
+    const auto walked = Compile("a");
+    Matching::MatchIterator walk(*walked, text);
+    std::size_t count = 0;
+    while (walk.Next(captures)) ++count;
+    EXPECT_EQ(count, size);
+  });
+}
+
+TEST(Hostile, LargeExpressionsAreCompiledOrRefusedOnASmallStack) {
+  OnASmallStack([] {
+    const std::string rows[] = {Repeated("a", 90000),
+                                Repeated("(", 20000) + "a" + Repeated(")", 20000),
+                                Repeated("(", 20000) + "a" + Repeated(")*", 20000),
+                                Repeated("(?:", 20000) + "a" + Repeated(")*", 20000),
+                                Repeated("(?=", 20000) + "a" + Repeated(")", 20000),
+                                Repeated("(?=a)", 10000) + "a",
+                                "a" + Repeated("*", 50000),
+                                Repeated("a|", 20000),
+                                Repeated("(a|b)?", 5000),
+                                Repeated("(|a)*", 2000),
+                                Repeated("(", 100000) + Repeated(")", 100000),
+                                std::string(1 << 20, 'a'),
+                                "[" + Repeated("a-z", 1 << 18) + "]",
+                                "(a{300}){300}",
+                                "(?:a{0,300}){300}",
+                                "((((((a{0,9}){0,9}){0,9}){0,9}){0,3}){0,3})",
+                                "(?:" + Repeated("(?:", 29) + "a*" + Repeated(")*", 29) + ")*",
+                                "(?:" + Repeated("(?:", 40) + "|a" + Repeated(")*", 40) + ")*b"};
+    for (const std::string& pattern : rows) {
+      SCOPED_TRACE(pattern.substr(0, 60));
+      const auto expression = Compile(pattern, {.maxSteps = 1'000'000});
+      if (!expression) continue;
+      for (const char* const text : {"", "a", "b", "aaaaaaaaaaaaaaaaaaaaaaaaab"}) {
+        ExpectAnswers(*expression, text);
+      }
+    }
+  });
+}
+
+TEST(Hostile, EightThreadsShareAFreshExpression) {
+  const auto expression =
+      Compile("(?:[ab]*(a|b)c?[^d]{3}|x+y*)(\\b|z)", {.automatonBudget = 20000});
+  std::vector<std::string> texts;
+  for (int i = 0; i < 200; ++i) {
+    std::string text;
+    for (unsigned bits = static_cast<unsigned>(i) * 2654435761U; bits != 0; bits >>= 2) {
+      text += "abcx"[bits & 3];
+    }
+    texts.push_back(text);
+  }
+  const auto alone = Compile("(?:[ab]*(a|b)c?[^d]{3}|x+y*)(\\b|z)", {.useAutomata = false});
+  std::vector<std::string> expected;
+  Captures captures;
+  for (const auto& text : texts) {
+    expected.push_back(alone->SearchCaptures(text, 0, {}, captures) ? Spans(captures) : "no");
+  }
+  std::atomic<int> wrong{0};
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 8; ++t) {
+    threads.emplace_back([&, t] {
+      Captures own;
+      for (std::size_t i = 0; i < 2 * texts.size(); ++i) {
+        const std::size_t which = (i * 7 + static_cast<std::size_t>(t) * 31) % texts.size();
+        const bool found = expression->SearchCaptures(texts[which], 0, {}, own);
+        if ((found ? Spans(own) : "no") != expected[which]) ++wrong;
+        if (expression->Search(texts[which]) != found) ++wrong;
+        if (expression->IsMatch(texts[which]) != expression->MatchCaptures(texts[which], own))
+          ++wrong;
+      }
+    });
+  }
+  for (auto& thread : threads) thread.join();
+  EXPECT_EQ(wrong.load(), 0);
+  EXPECT_GT(expression->AutomatonMemory(), 0U);
+}
+
+}  // namespace

@@ -5,8 +5,8 @@
 #include "Common/CRegex.h"
 #include "Common/CRegexShared.h"
 #include "Common/CUnicodeString.h"
+#include "Common/CompiledRegex.h"
 #include "Common/DebugLog.h"
-#include "Common/RegexEngineGuard.h"
 
 qxSource("Common\\CRegex");
 
@@ -83,7 +83,7 @@ bool CRegex::IsValid(const CUnicodeString* value) {
     GlobToExpression(narrow, true, expression);  // with its case marks, unlike in Create
   }
   try {
-    const RegexEngine engine(expression);
+    const CompiledRegex engine(expression);
     return true;
   } catch (const std::regex_error& error) {
     qxDebugPrint(3, "CRegex::IsValid",

@@ -135,8 +135,9 @@ private:
   }
 
   bool ParseBackReference() {
+    // A number that turns negative is beyond all groups; one that has no value stands for group 0.
     const auto index =
-        static_cast<std::uint64_t>(static_cast<std::int64_t>(WrappingValue(fScanner.Text(), 10)));
+        static_cast<std::uint64_t>(std::int64_t{WrappingValue(fScanner.Text(), 10).value_or(0)});
     fScanner.Advance();
     if (index > fGroupCount) {
       throw SyntaxError{error_backref,

@@ -196,7 +196,7 @@ void CVariant::Assign(const IVariant* source) {
 void CVariant::ReadThroughInterface(const IVariant& source) {
   const CVariantReader reader(source);
   const VariantType type = reader.Type();
-  if (!IsKnownType(type)) return;
+  if (type == VariantType::Empty || !IsKnownType(type)) return;
 
   if (type == VariantType::Double) {
     SetDouble(source.GetDouble());

@@ -1,0 +1,299 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Common/CVariant.h"
+#include "tests/Common/VariantSupport.h"
+#include "tests/support/SmallStack.h"
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+using enum VariantType;
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+// The procedure as the contract writes it down, on plain values: the oracle. It ends on every list
+// whose elements are in order.
+template <class T, class LessOrEqual>
+void WrittenSort(std::vector<T>& list, std::int64_t low, std::int64_t high, LessOrEqual isLE) {
+  while (low < high) {
+    const T pivot = list[high];
+    std::int64_t i = low, j = high - 1;
+    for (;;) {
+      while (i < high && isLE(list[i], pivot)) ++i;
+      while (j > low && isLE(pivot, list[j])) --j;
+      if (i >= j) break;
+      std::swap(list[i], list[j]);
+    }
+    if (!isLE(list[i], pivot)) std::swap(list[i], list[high]);
+    if (i != 0) WrittenSort(list, low, i - 1, isLE);
+    low = i + 1;
+  }
+}
+
+std::vector<double> DoublesOf(const CVariant& list) {
+  std::vector<double> values;
+  for (std::uint64_t i = 0; i < list.SizeOfList(); ++i) {
+    bool ok = false;
+    values.push_back(list.GetDoubleListElem(static_cast<std::int64_t>(i), ok));
+  }
+  return values;
+}
+
+// "5" for a long and "5." for a double, which are equal and yet can be told apart.
+std::string NumbersShown(const CVariant& list) {
+  std::string shown;
+  for (std::uint64_t i = 0; i < list.SizeOfList(); ++i) {
+    CVariant element;
+    list.ReadElement(static_cast<std::int64_t>(i), element);
+    const bool isDouble = element.GetType() == Double;
+    const double value = isDouble ? element.GetDouble() : static_cast<double>(element.GetLong());
+    shown += std::to_string(static_cast<std::int64_t>(value)) + (isDouble ? ". " : " ");
+  }
+  return shown;
+}
+
+TEST(CVariantSort, OrdersEveryKind) {
+  const auto sorted = [](CVariant list) {
+    list.SortList();
+    return list;
+  };
+  constexpr std::int64_t kMin = std::numeric_limits<std::int64_t>::min();
+  for (const VariantType type : {LongList, CategoryList, HexList, DLPCategoryList}) {
+    EXPECT_THAT(LongsOf(sorted(Longs({3, -1, kMin, 2}, type))), ElementsAre(kMin, -1, 2, 3));
+  }
+  for (const VariantType type : {StringList, RegexList, MediaTypeList, SSOConnectorList}) {
+    EXPECT_THAT(TextsOf(sorted(Texts({"b", "\xC3\xA9", "", "a", "B", "ab"}, type))),
+                ElementsAre("", "B", "a", "ab", "b", "\xC3\xA9"));
+  }
+  EXPECT_THAT(DoublesOf(sorted(Doubles({2.5, -INFINITY, 0.5, INFINITY}))),
+              ElementsAre(-INFINITY, 0.5, 2.5, INFINITY));
+  // Contract: of IPv6 addresses the last 8 bytes alone count, and equal ones fall as they fall.
+  EXPECT_THAT(TextsOf(sorted(Texts({"::2", "9.9.9.9", "ffff::1", "200.0.0.1", "1::3"}, IPList))),
+              ElementsAre("9.9.9.9", "200.0.0.1", "ffff:0:0:0:0:0:0:1", "0:0:0:0:0:0:0:2",
+                          "1:0:0:0:0:0:0:3"));
+  EXPECT_THAT(TextsOf(sorted(Texts({HostText('b', "a"), HostText('a', "z"), HostText('a', "b")},
+                                   HostAndCertificateList))),
+              ElementsAre(HostText('a', "b"), HostText('a', "z"), HostText('b', "a")));
+}
+
+// ---- where equal elements end up
+
+TEST(CVariantSort, PutsEqualElementsWhereTheContractPutsThem) {
+  const auto sorted = [](std::initializer_list<std::pair<int, bool>> numbers) {
+    CVariant list(NumberList);
+    for (const auto& [value, isDouble] : numbers) {
+      if (isDouble) {
+        list.AddToList(static_cast<double>(value));
+      } else {
+        list.AddToList(std::int64_t{value});
+      }
+    }
+    list.SortList();
+    return NumbersShown(list);
+  };
+  EXPECT_EQ(sorted({{1, false}, {1, true}, {0, false}}), "0 1. 1 ");
+  EXPECT_EQ(sorted({{1, true}, {1, false}, {0, false}}), "0 1 1. ");
+  // 2a 1b 2c 1d 2e gives 1d 1b 2c 2a 2e: each of them is the double in turn.
+  EXPECT_EQ(sorted({{2, true}, {1, false}, {2, false}, {1, false}, {2, false}}), "1 1 2 2. 2 ");
+  EXPECT_EQ(sorted({{2, false}, {1, true}, {2, false}, {1, false}, {2, false}}), "1 1. 2 2 2 ");
+  EXPECT_EQ(sorted({{2, false}, {1, false}, {2, true}, {1, false}, {2, false}}), "1 1 2. 2 2 ");
+  EXPECT_EQ(sorted({{2, false}, {1, false}, {2, false}, {1, true}, {2, false}}), "1. 1 2 2 2 ");
+  EXPECT_EQ(sorted({{2, false}, {1, false}, {2, false}, {1, false}, {2, true}}), "1 1 2 2 2. ");
+}
+
+TEST(CVariantSort, AgreesWithTheWrittenProcedureOnNumbers) {
+  std::mt19937 random(11);
+  for (int round = 0; round < 3000; ++round) {
+    const std::size_t count = random() % 40;
+    const int range = 1 + static_cast<int>(random() % 12);
+    std::vector<TNumber> expected;
+    CVariant list(NumberList);
+    for (std::size_t i = 0; i < count; ++i) {
+      const auto value = static_cast<std::int64_t>(random() % range);
+      if (random() % 2) {
+        expected.push_back(TNumber::Of(value));
+        list.AddToList(value);
+      } else {
+        expected.push_back(TNumber::Of(static_cast<double>(value)));
+        list.AddToList(static_cast<double>(value));
+      }
+    }
+    WrittenSort(expected, 0, static_cast<std::int64_t>(count) - 1, NumberElement::IsLessOrEqual);
+    list.SortList();
+    std::string shown;
+    for (const TNumber& number : expected) {
+      shown += std::to_string(static_cast<std::int64_t>(number.Double())) +
+               (number.IsDouble() ? ". " : " ");
+    }
+    ASSERT_EQ(NumbersShown(list), shown) << "round " << round;
+  }
+}
+
+TEST(CVariantSort, AgreesWithTheWrittenProcedureOnAddresses) {
+  std::mt19937 random(12);
+  for (int round = 0; round < 1000; ++round) {
+    CVariant list(IPList);
+    std::vector<AddressRecord> expected;
+    const std::size_t count = random() % 30;
+    for (std::size_t i = 0; i < count; ++i) {
+      const std::string text =
+          random() % 4 ? std::to_string(random() % 9) + "::" + std::to_string(random() % 4)
+                       : "1.1.1." + std::to_string(random() % 3);
+      list.AddToList(MakeText(text).Get());
+      expected.push_back(ParseAddress(text));
+    }
+    WrittenSort(expected, 0, static_cast<std::int64_t>(count) - 1, IsAddressLessOrEqual);
+    list.SortList();
+    ASSERT_TRUE(std::equal(expected.begin(), expected.end(), list.Addresses().begin(),
+                           list.Addresses().end(), IsAddressEqual))
+        << "round " << round;
+  }
+}
+
+TEST(CVariantSort, AgreesWithTheWrittenProcedureOnTheZeros) {
+  std::mt19937 random(13);
+  for (int round = 0; round < 1000; ++round) {
+    std::vector<double> expected;
+    const std::size_t count = random() % 20;
+    for (std::size_t i = 0; i < count; ++i) {
+      expected.push_back(random() % 3 ? (random() % 2 ? 0.0 : -0.0) : 1.0);
+    }
+    CVariant list = Doubles(expected);
+    WrittenSort(expected, 0, static_cast<std::int64_t>(count) - 1, DoubleElement::IsLessOrEqual);
+    list.SortList();
+    ASSERT_TRUE(std::ranges::equal(DoublesOf(list), expected, DoubleElement::AreAlike));
+  }
+}
+
+// Hosts whose records are equal are told apart by the objects in them.
+TEST(CVariantSort, AgreesWithTheWrittenProcedureOnHosts) {
+  std::mt19937 random(14);
+  for (int round = 0; round < 200; ++round) {
+    CVariant list(HostAndCertificateList);
+    const std::size_t count = random() % 12;
+    for (std::size_t i = 0; i < count; ++i) {
+      list.AddToList(
+          MakeText(HostText(static_cast<char>('a' + random() % 2), random() % 2 ? "x" : "y"))
+              .Get());
+    }
+    std::vector<HostRecord> expected(list.Hosts().begin(), list.Hosts().end());
+    WrittenSort(expected, 0, static_cast<std::int64_t>(count) - 1, HostElement::IsLessOrEqual);
+    list.SortList();
+    for (std::size_t i = 0; i < count; ++i) ASSERT_EQ(list.Hosts()[i].fHost, expected[i].fHost);
+  }
+}
+
+// ---- what is in no order
+
+TEST(CVariantSort, EndsWhereNothingIsInOrderAndLosesNothing) {
+  std::mt19937 random(15);
+  for (int round = 0; round < 3000; ++round) {
+    std::vector<double> values;
+    const std::size_t count = random() % 30;
+    for (std::size_t i = 0; i < count; ++i) {
+      values.push_back(random() % 5 ? static_cast<double>(random() % 10) : kNaN);
+    }
+    CVariant list = Doubles(values);
+    list.SortList();
+    auto after = DoublesOf(list);
+    const auto byBits = [](double value) { return std::bit_cast<std::uint64_t>(value); };
+    std::ranges::sort(values, {}, byBits);
+    std::ranges::sort(after, {}, byBits);
+    ASSERT_TRUE(std::ranges::equal(values, after, {}, byBits, byBits));
+  }
+  CVariant list = Doubles({1, 2, kNaN});
+  list.SortList();
+  EXPECT_EQ(list.SizeOfList(), 3u);
+}
+
+TEST(CVariantSort, NumbersOfNoTypeAreNeverInOrder) {
+  const TNumber strange{String, 1}, one = TNumber::Of(std::int64_t{1});
+  EXPECT_FALSE(NumberElement::IsLessOrEqual(strange, one));
+  EXPECT_FALSE(NumberElement::IsLessOrEqual(one, strange));
+  EXPECT_FALSE(NumberElement::IsLessOrEqual(strange, strange));
+}
+
+TEST(CVariantSort, OrdersLongsBeyondWhatADoubleHolds) {
+  constexpr std::int64_t kBig = std::int64_t{1} << 53;
+  CVariant list = Longs({kBig + 1, kBig, kBig + 2}, NumberList);
+  list.SortList();
+  EXPECT_THAT(LongsOf(list), ElementsAre(kBig, kBig + 1, kBig + 2));
+}
+
+// ---- limits
+
+TEST(CVariantSort, LeavesShortListsAloneAndReportsBeforeItLooks) {
+  Reports reports;
+  CVariant one = Longs({1}), none(StringList);
+  one.SortList();
+  none.SortList();
+  EXPECT_THAT(reports.Take(), IsEmpty());
+  for (const VariantType type : {MixedList, Dimension, IPRange, Map, Long, Empty}) {
+    CVariant empty(type);
+    empty.SortList();
+    EXPECT_EQ(reports.Take().size(), 1u) << TypeInfo(type).fName;
+  }
+  CVariant mixed = Variants({CVariant(true), CVariant(std::int64_t{1})});
+  mixed.SortList();
+  CVariant first;
+  mixed.ReadElement(0, first);
+  EXPECT_EQ(first.GetType(), Boolean);
+}
+
+TEST(CVariantSort, NeedsLittleStack) {
+  constexpr std::int64_t kCount = 100'000;
+  std::vector<std::int64_t> up, down;
+  for (std::int64_t i = 0; i < kCount; ++i) up.push_back(i);
+  down.assign(up.rbegin(), up.rend());
+  OnASmallStack([&] {
+    for (const auto& values : {up, down}) {
+      for (const VariantType type : {LongList, NumberList}) {
+        CVariant list = Longs(values, type);
+        list.SortList();
+        EXPECT_EQ(LongsOf(list), up);
+      }
+    }
+    // Equals that differ take the written procedure, whose shorter side is never deep.
+    CVariant mixed(NumberList);
+    for (std::int64_t i = 0; i < 20'000; ++i) {
+      if (i % 2) {
+        mixed.AddToList(static_cast<double>(i / 4));
+      } else {
+        mixed.AddToList(i / 4);
+      }
+    }
+    mixed.ReverseList();
+    mixed.SortList();
+    EXPECT_EQ(mixed.SizeOfList(), 20'000u);
+    CVariant texts(StringList);
+    for (int i = 0; i < 1000; ++i) texts.AddToList(MakeText(std::to_string(i % 7)).Get());
+    texts.SortList();
+    EXPECT_TRUE(std::ranges::is_sorted(TextsOf(texts)));
+  });
+}
+
+TEST(CVariantSort, SwitchesKeepingInOrderOnAndOff) {
+  CVariant list = Longs({2, 1});
+  list.SetSorted(false);
+  EXPECT_THAT(LongsOf(list), ElementsAre(2, 1));
+  list.SetSorted(true);
+  EXPECT_TRUE(list.IsSorted());
+  EXPECT_THAT(LongsOf(list), ElementsAre(1, 2));
+  list.SetSorted(false);
+  list.AddToList(std::int64_t{0});
+  EXPECT_THAT(LongsOf(list), ElementsAre(1, 2, 0));
+}
+
+}  // namespace

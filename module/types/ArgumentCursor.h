@@ -26,11 +26,14 @@ constexpr std::int64_t TruncateToInt64(double number) {
 }
 
 // The same without a sign: what is negative wraps, and from two to the 63 on that is subtracted and
-// added back as an integer. So 1e20, which nothing holds, gives 0.
+// added back as an integer. So 1e20, which nothing holds, gives 0, and what is no number two to
+// the 63.
 constexpr std::uint64_t TruncateToUInt64(double number) {
   constexpr double kLimit = 9223372036854775808.0;
-  if (number < kLimit) return static_cast<std::uint64_t>(TruncateToInt64(number));
-  return static_cast<std::uint64_t>(TruncateToInt64(number - kLimit)) + (std::uint64_t{1} << 63);
+  if (number >= kLimit) {
+    return static_cast<std::uint64_t>(TruncateToInt64(number - kLimit)) + (std::uint64_t{1} << 63);
+  }
+  return static_cast<std::uint64_t>(TruncateToInt64(number));
 }
 
 // Reads the arguments of one call of a module function, from left to right, and keeps the first

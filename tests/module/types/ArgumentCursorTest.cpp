@@ -42,7 +42,7 @@ constexpr NumberRow kNumberRows[] = {
     {"FarAbove", 1e20, INT64_MIN, 0},
     {"Infinity", std::numeric_limits<double>::infinity(), INT64_MIN, 0},
     {"MinusInfinity", -std::numeric_limits<double>::infinity(), INT64_MIN, kBit63},
-    {"NoNumber", std::numeric_limits<double>::quiet_NaN(), INT64_MIN, 0},
+    {"NoNumber", std::numeric_limits<double>::quiet_NaN(), INT64_MIN, std::uint64_t{1} << 63},
 };
 
 TEST(ArgumentCursor, CutsNumbersToIntegers) {

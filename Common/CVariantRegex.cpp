@@ -45,11 +45,6 @@ std::optional<std::string> PlainEnd(std::string_view pattern) {
   return std::nullopt;
 }
 
-bool HoldsTexts(VariantType type) {
-  return type == VariantType::StringList || type == VariantType::RegexList ||
-         type == VariantType::MediaTypeList || type == VariantType::SSOConnectorList;
-}
-
 // The text as the engine takes it: in UTF-8, or its bytes where each of them is a character.
 std::string EngineText(Selvane::IUnicodeString& text) {
   const CText handle(TextOf(&text));
@@ -84,7 +79,7 @@ const CRegexVectorHolder* CVariant::RegexHolder() const {
 
 template <class Ask>
 std::int32_t CVariant::AskHolder(const char* function, const char* onPosition, Ask ask) const {
-  if (fType != VariantType::Regex && fType != VariantType::RegexList) return 0;
+  if (!TypeFamily::Regexes.Has(fType)) return 0;
   const CRegexVectorHolder* holder = RegexHolder();
   if (holder->IsUnusable()) return -1;
   try {
@@ -142,7 +137,7 @@ bool CVariant::FindFirstMatching(const IVariant* regex, IVariant** result, CRege
 }
 
 std::int64_t CVariant::FindExpression(Selvane::IUnicodeString* text) const {
-  if (!HoldsTexts(fType)) return -1;
+  if (!TypeFamily::StringLists.Has(fType)) return -1;
   const CUnicodeString pattern{CText(TextOf(text))};
   const auto end = PlainEnd(pattern.Text().Utf8());
   if (!end) return FindMatching(CRegex::CreateFromValue(&pattern).Get());

@@ -18,10 +18,13 @@ constexpr VariantTypeSet kSortable =
     VariantTypeSet{VariantType::BooleanList, VariantType::DimensionList, VariantType::IPRangeList,
                    VariantType::IPList, VariantType::HostAndCertificateList};
 
+// An object and not a function, so that sorting has it inlined.
 template <class E>
-bool IsLess(const typename E::Stored& left, const typename E::Stored& right) {
-  return !E::IsLessOrEqual(right, left);
-}
+struct IsLess {
+  bool operator()(const typename E::Stored& left, const typename E::Stored& right) const {
+    return !E::IsLessOrEqual(right, left);
+  }
+};
 
 template <class E>
 bool IsInOrder(std::span<const typename E::Stored> elements) {
@@ -80,7 +83,7 @@ void QuickSort(typename E::Stored* elements, std::int64_t low, std::int64_t high
 template <class E>
 bool SortIfUnique(std::span<typename E::Stored> elements) {
   std::vector<typename E::Stored> sorted(elements.begin(), elements.end());
-  std::sort(sorted.begin(), sorted.end(), IsLess<E>);
+  std::sort(sorted.begin(), sorted.end(), IsLess<E>());
   const auto differing = [](const auto& left, const auto& right) {
     return E::IsLessOrEqual(right, left) && !E::AreAlike(left, right);
   };
@@ -92,7 +95,7 @@ bool SortIfUnique(std::span<typename E::Stored> elements) {
 template <class E>
 void SortElements(std::span<typename E::Stored> elements, VariantType elementType) {
   if constexpr (E::kOrder == ElementOrder::EqualsAreAlike) {
-    std::sort(elements.begin(), elements.end(), IsLess<E>);
+    if (!IsInOrder<E>(elements)) std::sort(elements.begin(), elements.end(), IsLess<E>());
   } else {
     if (E::HasTotalOrder(elements, elementType)) {
       if (IsInOrder<E>(elements)) return;

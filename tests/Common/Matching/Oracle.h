@@ -10,10 +10,8 @@
 #include <string_view>
 #include <vector>
 
-#include "tests/support/SharedData.h"
-
-// What the tests of the matching engine share: the standard library as the oracle, a generator of
-// expressions and texts, and a reader of the public test data.
+// What the tests of the matching engine share: the standard library as the oracle, and a generator
+// of expressions and texts.
 namespace Oracle {
 
 inline constexpr auto kFlags = std::regex::ECMAScript | std::regex::icase;
@@ -96,42 +94,6 @@ inline std::string Spans(const Match& match, const char* text) {
         std::to_string(&*match[i].first - text) + ':' + std::to_string(&*match[i].second - text);
   }
   return spans;
-}
-
-// Rows of one of the public files; fields are percent coded there and plain here.
-using Row = std::vector<std::string>;
-
-inline std::string Decode(std::string_view field) {
-  std::string plain;
-  for (std::size_t i = 0; i < field.size(); ++i) {
-    if (field[i] == '%' && i + 2 < field.size()) {
-      plain += static_cast<char>(std::stoi(std::string(field.substr(i + 1, 2)), nullptr, 16));
-      i += 2;
-    } else {
-      plain += field[i];
-    }
-  }
-  return plain;
-}
-
-// Empty when the file is not there.
-inline std::vector<Row> ReadRows(const std::string& name) {
-  std::vector<Row> rows;
-  const auto path = SharedPath("testdata/regex/" + name);
-  if (!path) return rows;
-  for (const std::string& line : ReadLines(*path)) {
-    if (line.empty() || line.front() == '#') continue;
-    Row row;
-    std::size_t begin = 0;
-    for (;;) {
-      const std::size_t end = line.find('\t', begin);
-      row.push_back(Decode(std::string_view(line).substr(begin, end - begin)));
-      if (end == std::string::npos) break;
-      begin = end + 1;
-    }
-    rows.push_back(std::move(row));
-  }
-  return rows;
 }
 
 // Makes expressions of the grammar out of a seed, mostly valid ones, over few letters, so that

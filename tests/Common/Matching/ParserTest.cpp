@@ -11,6 +11,7 @@
 #include "Common/Matching/CharacterClasses.h"
 #include "tests/Common/Matching/ExpressionSupport.h"
 #include "tests/Common/Matching/Oracle.h"
+#include "tests/Common/Matching/PublicRows.h"
 #include "tests/support/SmallStack.h"
 
 using namespace std::string_literals;

@@ -13,6 +13,7 @@
 #include "Common/Matching/Expression.h"
 #include "tests/Common/Matching/ExpressionSupport.h"
 #include "tests/Common/Matching/Oracle.h"
+#include "tests/Common/Matching/PublicRows.h"
 
 namespace {
 

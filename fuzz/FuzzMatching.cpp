@@ -88,7 +88,7 @@ void CheckRoads(const std::string& pattern, std::string_view text, const std::re
   std::optional<std::string> first = oracle ? AnswersOf(*oracle, text) : std::nullopt;
   const Expression::Options roads[] = {
       {.maxSteps = 100000},
-      {.automatonBudget = 3000, .maxSteps = 100000},
+      {.automatonBudget = 3000, .useLiterals = false, .maxSteps = 100000},
       {.useAutomata = false, .maxSteps = 100000},
       {.useAutomata = false, .useBacktracking = false, .maxSteps = 100000},
       {.useAutomata = false, .unrollEmptyPasses = false, .maxSteps = 100000}};

@@ -6,6 +6,7 @@
 #include "Common/Matching/CaptureMatcher.h"
 #include "Common/Matching/ExactMatcher.h"
 #include "Common/Matching/LazyDfa.h"
+#include "Common/Matching/LiteralFilter.h"
 #include "Common/Matching/LookAheads.h"
 #include "Common/Matching/Parser.h"
 #include "Common/Matching/Program.h"
@@ -40,6 +41,24 @@ bool AreLookAheadCapturesPlain(const SyntaxTree& tree) {
   return true;
 }
 
+// Of how many byte values a match may begin with one.
+std::size_t CountFirstBytes(const Program& program, const SyntaxTree& tree) {
+  ByteSet bytes;
+  StateSet seen(program.states.size());
+  std::vector<StateId> open{program.start};
+  while (!open.empty()) {
+    const StateId id = open.back();
+    open.pop_back();
+    if (!seen.Insert(id)) continue;
+    const State& state = program.states[id];
+    if (state.op == Op::Bytes) bytes.Add(tree.Set(state.value));
+    if (state.op == Op::Bytes || state.op == Op::Accept) continue;
+    open.push_back(state.next);
+    if (state.op == Op::Split) open.push_back(state.other);
+  }
+  return bytes.Count();
+}
+
 bool StartsAtBegin(const Program& program) {
   StateId id = program.start;
   while (program.states[id].op == Op::Save || program.states[id].op == Op::Jump) {
@@ -60,7 +79,9 @@ public:
         fLookAheadNumbers(fTree),
         fProgram(CompileProgram(fTree, fTree.Root(), fLookAheadNumbers, Direction::Forward)),
         fLookAheads(fTree, fLookAheadNumbers, fClasses, options.automatonBudget),
-        fStartsAtBegin(StartsAtBegin(fProgram)) {
+        fStartsAtBegin(StartsAtBegin(fProgram)),
+        fTakesMostBytes(CountFirstBytes(fProgram, fTree) > kManyBytes) {
+    if (options.useLiterals) fLiterals = LiteralFilter(fTree);
     if (options.unrollEmptyPasses) fUnrolled = UnrollEmptyPasses(fProgram);
     if (fTree.Has(NodeKind::BackReference) || !AreLookAheadCapturesPlain(fTree)) {
       fUnrolled.reset();
@@ -93,6 +114,7 @@ public:
   }
 
   bool IsMatch(std::string_view text) const {
+    if (!MayMatchWhole(text)) return false;
     if (MayUseAutomata()) {
       return Automaton(WholeForward).Run({text, 0, false}, 0) != kNowhere;
     }
@@ -101,6 +123,7 @@ public:
   }
 
   bool Search(std::string_view text) const {
+    if (!fLiterals.MayMatch(text, 0)) return false;
     if (MayUseAutomata()) {
       return Automaton(AnyForward).Run({text, 0, false}, 0) != kNowhere;
     }
@@ -109,6 +132,7 @@ public:
   }
 
   bool MatchCaptures(std::string_view text, Captures& captures) const {
+    if (!MayMatchWhole(text)) return false;
     const Subject subject{text, 0, false};
     if (!fUnrolled) return RunExact(subject, 0, 0, true, false, captures);
     if (MayUseAutomata() && Automaton(WholeForward).Run(subject, 0) == kNowhere) return false;
@@ -119,6 +143,7 @@ public:
 
   bool SearchCaptures(std::string_view text, std::size_t from, const SearchFlags& flags,
                       Captures& captures) const {
+    if (!fLiterals.MayMatch(text, from)) return false;
     const Subject subject{text, from, flags.hasPrevious};
     const bool isAnchored = flags.onlyNonEmptyHere || fStartsAtBegin;
     const std::size_t lastStart = isAnchored ? from : text.size();
@@ -144,6 +169,8 @@ public:
   }
 
 private:
+  static constexpr std::size_t kManyBytes = 64;
+
   enum AutomatonKind : std::uint8_t {
     WholeForward,
     AnyForward,
@@ -152,6 +179,12 @@ private:
     LongestBackward,
     AutomatonCount
   };
+
+  // A whole match that fails mostly fails at its first bytes, sooner than literals are looked for,
+  // unless nearly every byte will do there.
+  [[nodiscard]] bool MayMatchWhole(std::string_view text) const {
+    return !fTakesMostBytes || fLiterals.MayMatch(text, 0);
+  }
 
   [[nodiscard]] bool MayUseAutomata() const {
     return fOptions.useAutomata && fLookAheads.IsEmpty() && !fTree.Has(NodeKind::BackReference);
@@ -295,7 +328,9 @@ private:
   const Program fProgram;
   std::optional<Program> fUnrolled;  // absent when only following the library's order will do
   const LookAheads fLookAheads;
-  const bool fStartsAtBegin;  // no match begins behind the first place
+  const bool fStartsAtBegin;   // no match begins behind the first place
+  const bool fTakesMostBytes;  // there is hardly a byte that no match begins with
+  LiteralFilter fLiterals;
 
   // Built at first use and published by compare-and-swap.
   mutable std::atomic<const Program*> fBackward{nullptr};

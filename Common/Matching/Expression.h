@@ -57,6 +57,7 @@ public:
   struct Options {
     std::size_t automatonBudget = std::size_t{1}
                                   << 20;  // bytes, for each of an expression's automata
+    bool useLiterals = true;  // texts without a literal that every match has are not looked into
     bool useAutomata = true;
     bool useBacktracking = true;  // in the matcher of captures, over short texts
     bool unrollEmptyPasses = true;

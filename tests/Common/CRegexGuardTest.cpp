@@ -47,7 +47,7 @@ void ExpectAnswerOrFailure(const CRegex& regex, std::string_view text) {
 
 TEST_F(CRegexGuard, NamesTheOperationThatFailed) {
   // A back-reference: every way is followed, and each byte of the text leaves one behind.
-  const CRegexPtr regex = CRegex::Create(R"((x*)\1(a|b)*c)", false);
+  const CRegexPtr regex = CRegex::Create(R"((x*)\1(a|b)*[c-w])", false);
   const std::string text = Repeat("ab", 8 * 1024 * 1024);  // 16 MiB: more ways than there is room
   CRegexCaptures captures;
   std::string out = "kept";
@@ -75,7 +75,7 @@ TEST_F(CRegexGuard, NamesTheOperationThatFailed) {
 }
 
 TEST_F(CRegexGuard, LetsTheEnginesOwnFailureOutOfAWalk) {
-  const CRegexPtr regex = CRegex::Create(R"(x|(y*)\1(a|b)*c)", false);
+  const CRegexPtr regex = CRegex::Create(R"(x|(y*)\1(a|b)*[c-w])", false);
   CRegexScan scan;
   std::string_view match;
   const std::string text = "x" + Repeat("ab", 8 * 1024 * 1024);

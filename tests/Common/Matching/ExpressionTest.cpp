@@ -34,10 +34,12 @@ const NamedOptions kAllOptions[] = {
     {"everything", {}},
     {"automata with no memory", {.automatonBudget = 0}},
     {"automata with little memory", {.automatonBudget = 2000}},
-    {"no automata", {.useAutomata = false}},
-    {"threads alone", {.useAutomata = false, .useBacktracking = false}},
+    {"no literals", {.useLiterals = false}},
+    {"no automata", {.useLiterals = false, .useAutomata = false}},
+    {"threads alone", {.useLiterals = false, .useAutomata = false, .useBacktracking = false}},
     {"threads behind automata", {.useBacktracking = false}},
-    {"the library's order", {.useAutomata = false, .unrollEmptyPasses = false}},
+    {"the library's order",
+     {.useLiterals = false, .useAutomata = false, .unrollEmptyPasses = false}},
 };
 
 constexpr std::size_t kMaxMatches = 64;  // of one text
@@ -196,6 +198,18 @@ TEST(Expression, AnswersAsTheLibraryDoes) {
       {"[^]*", {"a\nb"}},
   };
   for (const auto& [pattern, texts] : rows) ExpectTheOraclesAnswers(pattern, texts);
+}
+
+// Every match has a literal, and the text has it in either case, cut off, or not at all.
+TEST(Expression, LooksForLiteralsFirst) {
+  const std::vector<std::string> texts = {"",         "xabc",      "ABC=1",   "a-b",
+                                          "foo/bar",  "FOO/BARb",  "fo/ba",   "r\nfoo",
+                                          "abcabd1x", "bar?foo=9", "=Foo\x20"};
+  for (const char* const pattern :
+       {"abc", "[^x]*foo.*", "(foo|bar)/", ".*a-?b.*", "foo[/=](\\d|bar)?", "(?:x|(y))*bar",
+        "(a)\\1?bc", "(?=.*foo)b", "foo$|^abd", "b+/|o{2}"}) {
+    ExpectTheOraclesAnswers(pattern, texts);
+  }
 }
 
 TEST(Expression, TakesTheRoadThatItsContentAllows) {

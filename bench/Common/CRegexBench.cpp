@@ -1,4 +1,4 @@
-// Speed of CRegex on a URL of 62 bytes.
+// Speed of CRegex on a URL of 64 bytes.
 //
 // Questions: what does the fast path of a wildcard save against the engine, and what does the guard
 // cost against std::regex alone? The rows of one name pair up: Fast and Engine, Guarded and Bare.
@@ -17,7 +17,7 @@ constexpr std::string_view kUrl =
     "https://shop.example.com/catalogue/item?id=20481&lang=en#reviews";
 
 constexpr const char* kWildcards[] = {
-    "https://shop.example.com/catalogue/item?id=20481&lang=en#other",
+    "https://shop.example.com/catalogue/item\\?id=20481&lang=en#reviewX",
     "https://shop.example.com/*",
     "*#reviews",
     "*catalogue*",

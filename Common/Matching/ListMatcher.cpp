@@ -87,10 +87,10 @@ const std::string& LongestPiece(const LiteralForm& form) {
       [](const std::string& a, const std::string& b) { return a.size() < b.size(); });
 }
 
-Verdict Judge(const SyntaxTree& tree, const std::vector<NodeId>& parts,
+Verdict Judge(const LiteralForms& literals, const std::vector<NodeId>& parts,
               const ListMatcher::Options& options) {
   Verdict verdict;
-  if (auto forms = LiteralForms::Whole(tree, parts)) {
+  if (auto forms = literals.Whole(parts)) {
     const bool isAnchored = std::all_of(forms->begin(), forms->end(), IsAnchored);
     // A gap stops at a line end and a piece may hold one: then the order of the two matters.
     const bool isPlain = isAnchored || std::none_of(forms->begin(), forms->end(), HasLineEnd);
@@ -100,22 +100,26 @@ Verdict Judge(const SyntaxTree& tree, const std::vector<NodeId>& parts,
       return verdict;
     }
   }
-  if (options.useRequired) verdict.required = LiteralForms::Required(tree, parts);
+  if (options.useRequired) verdict.required = literals.Required(parts);
   if (!verdict.required.empty()) verdict.road = ListRoad::Required;
   return verdict;
 }
 
-// Whether the parts are one fixed text.
-bool IsFixed(const SyntaxTree& tree, const std::vector<NodeId>& parts) {
-  const auto forms = LiteralForms::Whole(tree, parts);
+// Whether forms are one fixed text.
+bool IsFixed(const std::optional<std::vector<LiteralForm>>& forms) {
   return forms && forms->size() == 1 && !forms->front().gapBefore && !forms->front().gapAfter &&
          forms->front().pieces.size() <= 1;
 }
 
-// Whether the parts are a gap and nothing else.
-bool IsGap(const SyntaxTree& tree, const std::vector<NodeId>& parts) {
-  const auto forms = LiteralForms::Whole(tree, parts);
+// Whether forms are a gap and nothing else.
+bool IsGap(const std::optional<std::vector<LiteralForm>>& forms) {
   return forms && forms->size() == 1 && forms->front().gapBefore && forms->front().pieces.empty();
+}
+
+// An alternative that took the empty text cannot be told from one that took no part.
+bool IsNeverEmpty(const std::optional<std::vector<LiteralForm>>& forms) {
+  return forms && std::all_of(forms->begin(), forms->end(),
+                              [](const LiteralForm& form) { return !form.pieces.empty(); });
 }
 
 }  // namespace
@@ -129,25 +133,25 @@ public:
     fMatcher.fNaming.push_back(Naming::ByCaptures);
     if (parsed.error) return AddAlways(number);
     const Shape shape = ShapeOf(parsed.tree, scanner.firstGroup);
+    const LiteralForms literals(parsed.tree);
     bool isDecided = true;  // by literals, all of them
     bool isOneEnd = true;   // each is one literal
     for (const NodeId alternative : shape.alternatives) {
       const Node& node = parsed.tree[alternative];
       const bool isGroup = scanner.firstGroup != 0 && node.kind == NodeKind::Group;
-      const Verdict verdict = Judge(parsed.tree, shape.PartsOf(alternative), fOptions);
-      const bool isLiteral = verdict.road <= ListRoad::Floating;
-      isDecided = isDecided && isLiteral && isGroup && IsNeverEmpty(parsed.tree, alternative);
-      isOneEnd =
-          isOneEnd && verdict.road == ListRoad::Anchored && IsFixed(parsed.tree, {alternative});
+      const Verdict verdict = Judge(literals, shape.PartsOf(alternative), fOptions);
+      isDecided = isDecided && verdict.road <= ListRoad::Floating && isGroup;
+      if (isDecided) {
+        const auto own = literals.Whole({alternative});
+        isDecided = IsNeverEmpty(own);
+        isOneEnd = isOneEnd && verdict.road == ListRoad::Anchored && IsFixed(own);
+      }
       Add({number, isGroup ? node.value : 0}, verdict);
     }
-    if (isDecided && IsFixed(parsed.tree, shape.after)) {
-      if (IsFixed(parsed.tree, shape.before)) {
-        fMatcher.fNaming.back() = Naming::InOrder;
-      } else if (isOneEnd && IsGap(parsed.tree, shape.before)) {
-        fMatcher.fNaming.back() = Naming::Shortest;
-      }
-    }
+    if (!isDecided || !IsFixed(literals.Whole(shape.after))) return;
+    const auto before = literals.Whole(shape.before);
+    if (IsFixed(before)) fMatcher.fNaming.back() = Naming::InOrder;
+    if (IsGap(before) && isOneEnd) fMatcher.fNaming.back() = Naming::Shortest;
   }
 
   void Finish() {
@@ -160,13 +164,6 @@ public:
   }
 
 private:
-  // An alternative that took the empty text cannot be told from one that took no part.
-  static bool IsNeverEmpty(const SyntaxTree& tree, NodeId alternative) {
-    const auto forms = LiteralForms::Whole(tree, {alternative});
-    return forms && std::all_of(forms->begin(), forms->end(),
-                                [](const LiteralForm& form) { return !form.pieces.empty(); });
-  }
-
   void AddAlways(std::uint32_t scanner) {
     std::vector<std::uint32_t>& always = fMatcher.fAlways;
     if (always.empty() || always.back() != scanner) always.push_back(scanner);
@@ -278,15 +275,16 @@ std::vector<ListMatcher::Alternative> ListMatcher::Plan(const std::vector<ListSc
       continue;
     }
     const Shape shape = ShapeOf(parsed.tree, scanners[i].firstGroup);
+    const LiteralForms literals(parsed.tree);
     for (const NodeId alternative : shape.alternatives) {
-      Verdict verdict = Judge(parsed.tree, shape.PartsOf(alternative), options);
-      std::vector<std::string> literals = std::move(verdict.required);
+      Verdict verdict = Judge(literals, shape.PartsOf(alternative), options);
+      std::vector<std::string> texts = std::move(verdict.required);
       for (const LiteralForm& form : verdict.forms) {
-        if (!form.pieces.empty()) literals.push_back(LongestPiece(form));
+        if (!form.pieces.empty()) texts.push_back(LongestPiece(form));
       }
       const Node& node = parsed.tree[alternative];
       const bool isGroup = scanners[i].firstGroup != 0 && node.kind == NodeKind::Group;
-      plan.push_back({i, isGroup ? node.value : 0, verdict.road, std::move(literals)});
+      plan.push_back({i, isGroup ? node.value : 0, verdict.road, std::move(texts)});
     }
   }
   return plan;

@@ -21,7 +21,7 @@ std::size_t Rarity(char byte) {
 }  // namespace
 
 LiteralFilter::LiteralFilter(const SyntaxTree& tree) {
-  std::vector<std::string> literals = LiteralForms::Required(tree, {tree.Root()});
+  std::vector<std::string> literals = LiteralForms(tree).Required({tree.Root()});
   if (literals.size() > kMaxLiterals) return;
   for (std::string& folded : literals) {
     const auto rare = std::ranges::max_element(folded, {}, Rarity);

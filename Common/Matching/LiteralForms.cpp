@@ -24,25 +24,35 @@ const ByteSet& DotSet() {
   return set;
 }
 
-// The folded bytes of a set that does not tell the cases apart; nothing for any other set, and for
-// one with more than a few bytes.
-std::optional<std::string> FoldedBytesOf(const ByteSet& set) {
+using Meanings = std::vector<LiteralForms::SetMeaning>;
+
+constexpr bool IsLetter(unsigned char folded) {
+  return folded >= 'a' && folded <= 'z';
+}
+
+LiteralForms::SetMeaning MeaningOf(const ByteSet& set) {
   constexpr std::size_t kMaxBytes = 8;
-  if (set.Count() > 2 * kMaxBytes) return std::nullopt;
+  const std::size_t count = set.Count();
+  if (count > 2 * kMaxBytes) return {set == DotSet(), false, {}};
+  if (count == 0) return {false, true, {}};
+
+  const unsigned char first = set.First();
+  const unsigned char folded = kFoldedByte[first];
+  const std::string single(1, static_cast<char>(folded));
+  if (count == 1 && !IsLetter(folded)) return {false, true, single};
+  if (count == 2 && IsLetter(folded) && set.Contains(folded)) return {false, true, single};
+
   std::string bytes;
-  for (int c = 0; c < 256; ++c) {
-    if (!set.Contains(static_cast<unsigned char>(c))) continue;
-    const unsigned char folded = kFoldedByte[static_cast<std::size_t>(c)];
-    if (folded != c) {
-      if (!set.Contains(folded)) return std::nullopt;
-      continue;
-    }
-    const bool isLower = c >= 'a' && c <= 'z';
-    if (isLower && !set.Contains(static_cast<unsigned char>(c - 'a' + 'A'))) return std::nullopt;
-    bytes += static_cast<char>(c);
+  for (int c = first; c < 256; ++c) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (!set.Contains(byte)) continue;
+    const unsigned char lower = kFoldedByte[byte];
+    const auto upper = static_cast<unsigned char>(lower - 'a' + 'A');
+    if (IsLetter(lower) && !(set.Contains(lower) && set.Contains(upper))) return {};
+    if (lower == byte) bytes += static_cast<char>(byte);
   }
-  if (bytes.size() > kMaxBytes) return std::nullopt;
-  return bytes;
+  if (bytes.size() > kMaxBytes) return {};
+  return {false, true, bytes};
 }
 
 // A form under construction, read from left to right. Once it has ended, only what matches the
@@ -57,7 +67,7 @@ struct Draft {
 // Reads parts of a tree into drafts; gives up where literals and gaps do not reach.
 class Reader {
 public:
-  explicit Reader(const SyntaxTree& tree) : fTree(tree) {}
+  Reader(const SyntaxTree& tree, const Meanings& meanings) : fTree(tree), fMeanings(meanings) {}
 
   bool Read(NodeId id, std::size_t depth = 0) {
     if (depth > LiteralForms::kMaxDepth) return false;
@@ -66,7 +76,7 @@ public:
       case NodeKind::Empty:
         return true;
       case NodeKind::Bytes:
-        return ReadBytes(fTree.Set(node.value));
+        return ReadBytes(fMeanings[node.value]);
       case NodeKind::Group:
         return Read(node.firstChild, depth + 1);
       case NodeKind::Concat:
@@ -91,7 +101,7 @@ public:
 
   // The same for a run that may end anywhere: what it cannot read leaves it as it was.
   bool TryRead(NodeId id) {
-    if (fTree[id].kind == NodeKind::Bytes) return ReadBytes(fTree.Set(fTree[id].value));
+    if (fTree[id].kind == NodeKind::Bytes) return ReadBytes(fMeanings[fTree[id].value]);
     if (!CanCopy(1)) return false;
     std::vector<Draft> before = fDrafts;
     if (Read(id)) return true;
@@ -110,19 +120,19 @@ public:
   }
 
 private:
-  bool ReadBytes(const ByteSet& set) {
-    const auto bytes = FoldedBytesOf(set);
-    if (!bytes) return false;
+  bool ReadBytes(const LiteralForms::SetMeaning& set) {
+    if (!set.isFew) return false;
+    const std::string& bytes = set.bytes;
     // A byte behind the end of the text: no text is like that.
     std::erase_if(fDrafts, [](const Draft& draft) { return draft.ended; });
-    if (bytes->size() == 1) {
-      for (Draft& draft : fDrafts) Append(draft.form, bytes->front());
+    if (bytes.size() == 1) {
+      for (Draft& draft : fDrafts) Append(draft.form, bytes.front());
       return true;
     }
-    if (!CanCopy(bytes->size())) return false;
+    if (!CanCopy(bytes.size())) return false;
     std::vector<Draft> longer;
     for (const Draft& draft : fDrafts) {
-      for (const char byte : *bytes) {
+      for (const char byte : bytes) {
         longer.push_back(draft);
         Append(longer.back().form, byte);
       }
@@ -168,7 +178,7 @@ private:
   bool ReadRepeat(const Node& node, std::size_t depth) {
     const Node& child = fTree[node.firstChild];
     if (node.min == 0 && node.max == kUnlimited && child.kind == NodeKind::Bytes &&
-        fTree.Set(child.value) == DotSet()) {
+        fMeanings[child.value].isDot) {
       ReadGap();
       return true;
     }
@@ -193,6 +203,7 @@ private:
   }
 
   const SyntaxTree& fTree;
+  const Meanings& fMeanings;
   std::vector<Draft> fDrafts{1};
 };
 
@@ -209,7 +220,8 @@ std::size_t RarenessOf(const std::vector<std::string>& literals) {
 // Finds the best set of required literals in parts of a tree.
 class Requirement {
 public:
-  explicit Requirement(const SyntaxTree& tree) : fTree(tree) {}
+  Requirement(const SyntaxTree& tree, const Meanings& meanings)
+      : fTree(tree), fMeanings(meanings) {}
 
   std::vector<std::string> Of(const std::vector<NodeId>& parts, std::size_t depth = 0) {
     if (depth > LiteralForms::kMaxDepth) return {};
@@ -221,7 +233,7 @@ public:
 
     // The longest runs of parts that literals and gaps can say, and each of the others by itself.
     for (std::size_t from = 0; from < parts.size();) {
-      Reader run(fTree);
+      Reader run(fTree, fMeanings);
       std::size_t to = from;
       while (to < parts.size() && !IsPosition(parts[to]) && run.TryRead(parts[to])) ++to;
       if (to > from) {
@@ -286,21 +298,26 @@ private:
   }
 
   const SyntaxTree& fTree;
+  const Meanings& fMeanings;
 };
 
 }  // namespace
 
-std::optional<Forms> LiteralForms::Whole(const SyntaxTree& tree, const std::vector<NodeId>& parts) {
-  Reader reader(tree);
+LiteralForms::LiteralForms(const SyntaxTree& tree) : fTree(tree) {
+  fMeanings.reserve(tree.Sets().size());
+  for (const ByteSet& set : tree.Sets()) fMeanings.push_back(MeaningOf(set));
+}
+
+std::optional<Forms> LiteralForms::Whole(const std::vector<NodeId>& parts) const {
+  Reader reader(fTree, fMeanings);
   for (const NodeId part : parts) {
     if (!reader.Read(part)) return std::nullopt;
   }
   return reader.Take();
 }
 
-std::vector<std::string> LiteralForms::Required(const SyntaxTree& tree,
-                                                const std::vector<NodeId>& parts) {
-  return Requirement(tree).Of(parts);
+std::vector<std::string> LiteralForms::Required(const std::vector<NodeId>& parts) const {
+  return Requirement(fTree, fMeanings).Of(parts);
 }
 
 }  // namespace Matching

@@ -23,23 +23,35 @@ struct LiteralForm {
 // What follows from the tree of an expression, or a part of it, about the literals of its matches.
 //
 // An optional part or an alternation gives several forms, of which a text must have one; none at
-// all says that no text matches.
+// all says that no text matches. Reads the tree it was made for, which must outlive it.
 class LiteralForms {
 public:
   static constexpr std::size_t kMaxForms = 32;     // of one expression
-  static constexpr std::size_t kMaxSize = 4096;    // bytes of all pieces of them together
+  static constexpr std::size_t kMaxSize = 4096;    // bytes in front of what makes several forms
   static constexpr std::size_t kMaxDepth = 64;     // of nodes that are looked into
   static constexpr std::size_t kMaxRequired = 64;  // literals of which one is required
 
+  explicit LiteralForms(const SyntaxTree& tree);
+
   // The forms that say all of what the parts one behind the other match, or nothing when literals
   // and gaps cannot say it. Positions count: parts are the whole of the expression.
-  static std::optional<std::vector<LiteralForm>> Whole(const SyntaxTree& tree,
-                                                       const std::vector<NodeId>& parts);
+  std::optional<std::vector<LiteralForm>> Whole(const std::vector<NodeId>& parts) const;
 
   // Folded literals of which every match of the parts has one somewhere; empty when no such set of
   // literals is known. Of several sets, the one that is least likely to turn up by chance.
-  static std::vector<std::string> Required(const SyntaxTree& tree,
-                                           const std::vector<NodeId>& parts);
+  std::vector<std::string> Required(const std::vector<NodeId>& parts) const;
+
+  // What the sets of a tree are to literals: their folded bytes where they do not tell the cases
+  // apart and are few, or what "." reads.
+  struct SetMeaning {
+    bool isDot = false;
+    bool isFew = false;
+    std::string bytes;
+  };
+
+private:
+  const SyntaxTree& fTree;
+  std::vector<SetMeaning> fMeanings;  // by the index of the set
 };
 
 }  // namespace Matching

@@ -21,13 +21,13 @@ using Strings = std::vector<std::string>;
 std::optional<Forms> WholeOf(const std::string& expression) {
   const auto parsed = Matching::Parse(expression);
   EXPECT_FALSE(parsed.error) << expression.substr(0, 100);
-  return LiteralForms::Whole(parsed.tree, {parsed.tree.Root()});
+  return LiteralForms(parsed.tree).Whole({parsed.tree.Root()});
 }
 
 Strings RequiredOf(const std::string& expression) {
   const auto parsed = Matching::Parse(expression);
   EXPECT_FALSE(parsed.error) << expression.substr(0, 100);
-  return LiteralForms::Required(parsed.tree, {parsed.tree.Root()});
+  return LiteralForms(parsed.tree).Required({parsed.tree.Root()});
 }
 
 // A form as a glob: "*" for a gap.

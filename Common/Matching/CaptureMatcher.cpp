@@ -42,10 +42,10 @@ bool CaptureMatcher::Run(const CaptureQuery& query, std::vector<std::size_t>& sl
 bool CaptureMatcher::Backtrack(const CaptureQuery& query, std::vector<std::size_t>& slots) {
   fVisitBase = query.firstStart;
   fVisited.assign(fVisitCount * (query.end - query.firstStart + 1) / 64 + 1, 0);
-  slots.assign(fSlotCount, kNowhere);
   // A visit that led to nothing leads to nothing from a later start as well, so all share the
   // marks.
   for (std::size_t start = query.firstStart; start <= query.lastStart; ++start) {
+    slots.assign(fSlotCount, kNowhere);  // a start that fails does not clear up behind itself
     if (BacktrackFrom(query, start, slots)) return true;
   }
   return false;
@@ -62,16 +62,16 @@ bool CaptureMatcher::Visit(StateId id, std::size_t pos) {
 bool CaptureMatcher::BacktrackFrom(const CaptureQuery& query, std::size_t start,
                                    std::vector<std::size_t>& slots) {
   fPending.clear();
-  fPending.push_back({query.start, false, start});
+  fPending.push_back(Pending::Way(query.start, start));
   while (!fPending.empty()) {
     const Pending pending = fPending.back();
     fPending.pop_back();
-    if (pending.isRestore) {
-      slots[pending.id] = pending.pos;
+    if (pending.IsRestore()) {
+      slots[pending.Slot()] = pending.Value();
       continue;
     }
-    StateId id = pending.id;
-    std::size_t pos = pending.pos;
+    StateId id = pending.Id();
+    std::size_t pos = pending.Value();
     for (;;) {
       if (fVisitNumber[id] != kUnnumbered && !Visit(id, pos)) break;
       const State& state = fProgram.states[id];
@@ -79,7 +79,7 @@ bool CaptureMatcher::BacktrackFrom(const CaptureQuery& query, std::size_t start,
         if (pos == query.end || !fTree.Set(state.value).Contains(query.subject.At(pos))) break;
         ++pos;
       } else if (state.op == Op::Split) {
-        fPending.push_back({state.other, false, pos});
+        fPending.push_back(Pending::Way(state.other, pos));
       } else if (state.op == Op::Accept) {
         if (AcceptsAt(query, start, pos)) return true;
         break;
@@ -88,7 +88,7 @@ bool CaptureMatcher::BacktrackFrom(const CaptureQuery& query, std::size_t start,
         break;
       }
       if (const std::size_t slot = SlotOf(state); slot != kNowhere) {
-        fPending.push_back({static_cast<StateId>(slot), true, slots[slot]});
+        if (!fPending.empty()) fPending.push_back(Pending::Restore(slot, slots[slot]));
         slots[slot] = pos;
       }
       id = state.next;
@@ -118,14 +118,16 @@ bool CaptureMatcher::RunThreads(const CaptureQuery& query, std::vector<std::size
     for (std::size_t i = 0; i < fNow.ids.size(); ++i) {
       const State& state = fProgram.states[fNow.ids[i]];
       const auto own = fNow.slots.begin() + static_cast<std::ptrdiff_t>(i * fSlotCount);
+      if (fNow.ids.size() == 1) {
+        fScratch.swap(fNow.slots);  // the one thread takes its slots along
+      } else {
+        fScratch.assign(own, own + static_cast<std::ptrdiff_t>(fSlotCount));
+      }
       if (state.op == Op::Accept) {
-        if (!AcceptsAt(query, query.firstStart, pos)) continue;
-        slots.assign(own, own + static_cast<std::ptrdiff_t>(fSlotCount));
+        slots.swap(fScratch);
         isFound = true;
         break;  // what stands behind it is not preferred
       }
-      if (pos == query.end || !fTree.Set(state.value).Contains(query.subject.At(pos))) continue;
-      fScratch.assign(own, own + static_cast<std::ptrdiff_t>(fSlotCount));
       AddThread(query, state.next, pos + 1, fScratch, fNext);
     }
     std::swap(fNow, fNext);
@@ -133,34 +135,40 @@ bool CaptureMatcher::RunThreads(const CaptureQuery& query, std::vector<std::size
   }
 }
 
-// Adds the states that consume or accept and are reached from id, unless they are there already.
+// Adds the states that are reached from id and consume what stands at pos, or accept there, unless
+// they are there already.
 void CaptureMatcher::AddThread(const CaptureQuery& query, StateId first, std::size_t pos,
                                std::vector<std::size_t>& slots, Threads& threads) {
   fPending.clear();
-  fPending.push_back({first, false, pos});
+  fPending.push_back(Pending::Way(first, pos));
   while (!fPending.empty()) {
     const Pending pending = fPending.back();
     fPending.pop_back();
-    if (pending.isRestore) {
-      slots[pending.id] = pending.pos;
+    if (pending.IsRestore()) {
+      slots[pending.Slot()] = pending.Value();
       continue;
     }
-    StateId id = pending.id;
+    StateId id = pending.Id();
     while (fInNow.Insert(id)) {
       const State& state = fProgram.states[id];
       if (state.op == Op::Bytes || state.op == Op::Accept) {
+        const bool isAlive =
+            state.op == Op::Accept
+                ? AcceptsAt(query, query.firstStart, pos)
+                : pos != query.end && fTree.Set(state.value).Contains(query.subject.At(pos));
+        if (!isAlive) break;
         threads.ids.push_back(id);
         threads.slots.insert(threads.slots.end(), slots.begin(), slots.end());
         break;
       }
       if (state.op == Op::Split) {
-        fPending.push_back({state.other, false, pos});
+        fPending.push_back(Pending::Way(state.other, pos));
       } else if (state.IsAssertion() &&
                  !Holds(state, query.subject.BoundaryAt(pos), query.table, pos)) {
         break;
       }
       if (const std::size_t slot = SlotOf(state); slot != kNowhere) {
-        fPending.push_back({static_cast<StateId>(slot), true, slots[slot]});
+        if (!fPending.empty()) fPending.push_back(Pending::Restore(slot, slots[slot]));
         slots[slot] = pos;
       }
       id = state.next;

@@ -46,10 +46,24 @@ public:
   void ForbidBacktracking() { fMayBacktrack = false; }
 
 private:
-  struct Pending {
-    StateId id;  // or a slot, when isRestore
-    bool isRestore;
-    std::size_t pos;  // or what stood in the slot
+  // Perf: one word says what is pending, since two that are read back as one stall the processor.
+  class Pending {
+  public:
+    static Pending Way(StateId id, std::size_t pos) { return {std::uint64_t{id} << 1, pos}; }
+    static Pending Restore(std::size_t slot, std::size_t value) {
+      return {std::uint64_t{slot} << 1 | 1, value};
+    }
+
+    [[nodiscard]] bool IsRestore() const { return (fWhat & 1) != 0; }
+    [[nodiscard]] StateId Id() const { return static_cast<StateId>(fWhat >> 1); }
+    [[nodiscard]] std::size_t Slot() const { return static_cast<std::size_t>(fWhat >> 1); }
+    [[nodiscard]] std::size_t Value() const { return fValue; }  // a place, or what the slot held
+
+  private:
+    Pending(std::uint64_t what, std::size_t value) : fWhat(what), fValue(value) {}
+
+    std::uint64_t fWhat;
+    std::size_t fValue;
   };
   struct Threads {
     std::vector<StateId> ids;

@@ -256,7 +256,7 @@ TEST(Expression, AgreesOnAllSmallExpressions) {
   if (std::getenv("TESSARIN_LONG_TESTS")) {
     TryAllExpressions(6, 1);
   } else {
-    TryAllExpressions(4, 8);
+    TryAllExpressions(5, 121);
   }
 }
 

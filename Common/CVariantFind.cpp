@@ -44,6 +44,31 @@ std::int64_t FirstFrom(std::span<const Stored> elements, std::int64_t start, Tes
   return found == elements.end() ? -1 : found - elements.begin();
 }
 
+// The first entry of an ordered index that is not before, by the test.
+//
+// Perf: CVariant_FindIndexed. A step waits for memory, three times in a row, so the elements of
+// both places where the search may look next are asked for while this one is compared.
+template <class E, class IsBefore>
+const std::uint64_t* FirstNotBefore(std::span<const typename E::Stored> elements,
+                                    const std::uint64_t* index, IsBefore isBefore) {
+  std::uint64_t low = 0, count = elements.size();  // the answer is in [low, low + count]
+  while (count > 0) {
+    const std::uint64_t half = count / 2, middle = low + half;
+    const std::uint64_t rest = count - half - 1;
+    if (rest > 0) {
+      E::Prefetch(elements[index[low + half / 2]]);
+      E::Prefetch(elements[index[middle + 1 + rest / 2]]);
+    }
+    if (isBefore(index[middle])) {
+      low = middle + 1;
+      count = rest;
+    } else {
+      count = half;
+    }
+  }
+  return index + low;
+}
+
 // The index lists element numbers in the order of the elements, equal ones by their number. The run
 // of those that are equal in order to the wanted one, and not before start, is looked through for
 // one that is equal indeed: IPv6 addresses may be ordered alike and differ.
@@ -52,11 +77,12 @@ std::int64_t FirstFrom(std::span<const Stored> elements, std::int64_t start, Tes
 template <class E>
 std::int64_t FindIndexed(std::span<const typename E::Stored> elements, const std::uint64_t* index,
                          std::uint64_t start, const typename E::Stored& wanted) {
-  const std::uint64_t* const end = index + elements.size();
-  const std::uint64_t* entry = std::partition_point(index, end, [&](std::uint64_t number) {
+  const auto isBefore = [&](std::uint64_t number) {
     if (!E::IsLessOrEqual(wanted, elements[number])) return true;
     return number < start && E::IsLessOrEqual(elements[number], wanted);
-  });
+  };
+  const std::uint64_t* const end = index + elements.size();
+  const std::uint64_t* entry = FirstNotBefore<E>(elements, index, isBefore);
   for (; entry != end && E::IsLessOrEqual(elements[*entry], wanted); ++entry) {
     if (*entry >= start && E::IsEqual(elements[*entry], wanted)) {
       return static_cast<std::int64_t>(*entry);

@@ -19,6 +19,7 @@
 #include "Common/SelvaneIVariant.h"
 #include "Common/VariantTexts.h"
 #include "Common/VariantType.h"
+#include "Libs/Platform/Prefetch.h"
 
 class CRegex;
 class CVariant;
@@ -273,6 +274,14 @@ struct TextElement {
   static void Print(const CStringImpl* element, VariantType, std::string_view, std::string& out) {
     out += Utf8Of(element);
   }
+  // What a comparison will read: the object, with the bytes of a short text in it.
+  static void Prefetch(const CStringImpl* element) {
+    constexpr std::size_t kCacheLine = 64;
+    if (!element) return;
+    const char* const object = reinterpret_cast<const char*>(element);
+    PrefetchForRead(object);
+    PrefetchForRead(object + kCacheLine);
+  }
 };
 
 struct AddressElement : PlainElement<AddressRecord> {
@@ -294,6 +303,7 @@ struct AddressElement : PlainElement<AddressRecord> {
   static void Print(const Stored& element, VariantType, std::string_view, std::string& out) {
     PrintAddress(element, out);
   }
+  static void Prefetch(const Stored& element) { PrefetchForRead(&element); }
 };
 
 struct HostElement {

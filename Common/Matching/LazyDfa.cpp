@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 namespace Matching {
 
@@ -42,6 +43,27 @@ struct LazyDfa::Workspace {
   Simulation simulation;
   Kernel from;
   Kernel to;
+};
+
+// The workspace of one run, taken when it is first needed and handed on at the end.
+class LazyDfa::Lease {
+public:
+  explicit Lease(const LazyDfa& automaton) : fAutomaton(automaton) {}
+  Lease(const Lease&) = delete;
+  Lease& operator=(const Lease&) = delete;
+  ~Lease() {
+    if (fWorkspace) fAutomaton.fSpare.Give(std::move(fWorkspace));
+  }
+
+  Workspace& Get() {
+    if (!fWorkspace) fWorkspace = fAutomaton.fSpare.Take();
+    if (!fWorkspace) fWorkspace = std::make_unique<Workspace>(fAutomaton.fSetup);
+    return *fWorkspace;
+  }
+
+private:
+  const LazyDfa& fAutomaton;
+  std::unique_ptr<Workspace> fWorkspace;
 };
 
 namespace {
@@ -100,141 +122,96 @@ void LazyDfa::MarkEvery(const Subject& subject, std::size_t start, LookAheadTabl
   });
 }
 
-// onMatch is told each place at which a match ends, and says whether that is enough.
 template <class OnMatch>
-std::size_t LazyDfa::RunForward(const Subject& subject, std::size_t start, bool isFresh,
-                                OnMatch&& onMatch) const {
-  std::unique_ptr<Workspace> workspace;
-  const auto needWorkspace = [&]() -> Workspace& {
-    if (!workspace) workspace = fSpare.Take();
-    if (!workspace) workspace = std::make_unique<Workspace>(fSetup);
-    return *workspace;
-  };
-  const auto finish = [&](std::size_t answer) {
-    if (workspace) fSpare.Give(std::move(workspace));
-    return answer;
-  };
-
-  const Boundary around = subject.BoundaryAt(start);
-  const std::size_t which =
-      (around.isBegin ? 1U : 0U) | (around.isWordLeft ? 2U : 0U) | (isFresh ? 4U : 0U);
-  const DfaState* state = fStarts[which].load(std::memory_order_acquire);
-  if (state == nullptr) {
-    state = StartState(around, isFresh, needWorkspace());
-    if (state == nullptr) {
-      return finish(Simulate(*workspace, subject, start, subject.text.size(), onMatch));
-    }
-    fStarts[which].store(state, std::memory_order_release);
-  }
-  if (state->acceptsHere && onMatch(start)) return finish(start);
+void LazyDfa::RunForward(const Subject& subject, std::size_t start, bool isFresh,
+                         OnMatch onMatch) const {
+  Lease lease(*this);
+  const std::size_t size = subject.text.size();
+  const DfaState* state = StartState(subject.BoundaryAt(start), isFresh, lease);
+  if (state == nullptr) return Simulate(lease.Get(), subject, start, size, onMatch);
+  if (state->acceptsHere && onMatch(start)) return;
 
   const auto& classOf = fSetup.classes.classOf;
   const char* const text = subject.text.data();
-  const std::size_t size = subject.text.size();
   for (std::size_t pos = start; pos < size; ++pos) {
     const auto byte = static_cast<unsigned char>(text[pos]);
     const DfaState* next = state->Ways()[classOf[byte]].load(std::memory_order_acquire);
     if (next == nullptr) {
-      next = Grow(*state, byte, needWorkspace());
+      next = Grow(*state, byte, lease.Get());
       if (next == nullptr) {
-        if (workspace->from.matched && onMatch(pos)) return finish(pos);
-        return finish(Simulate(*workspace, subject, pos + 1, size, onMatch));
+        if (lease.Get().from.matched && onMatch(pos)) return;
+        return Simulate(lease.Get(), subject, pos + 1, size, onMatch);
       }
     }
     state = next;
     if (!state->isSpecial) continue;
-    if (state->matched && onMatch(pos)) return finish(pos);
-    if (state->acceptsHere && onMatch(pos + 1)) return finish(pos + 1);
-    if (state->isDead) return finish(kNowhere);
+    if (state->matched && onMatch(pos)) return;
+    if (state->acceptsHere && onMatch(pos + 1)) return;
+    if (state->isDead) return;
   }
-  auto edge = state->acceptsAtEdge.load(std::memory_order_relaxed);
-  const bool accepts = edge == DfaState::Unknown ? AcceptsAtEdge(*state, needWorkspace())
-                                                 : edge == DfaState::Accepts;
-  if (accepts) onMatch(size);
-  return finish(size);
+  if (AcceptsAtEdge(*state, lease)) onMatch(size);
 }
 
 template <class OnMatch>
-std::size_t LazyDfa::RunBackward(const Subject& subject, std::size_t start,
-                                 OnMatch&& onMatch) const {
-  std::unique_ptr<Workspace> workspace;
-  const auto needWorkspace = [&]() -> Workspace& {
-    if (!workspace) workspace = fSpare.Take();
-    if (!workspace) workspace = std::make_unique<Workspace>(fSetup);
-    return *workspace;
-  };
-  const auto finish = [&](std::size_t answer) {
-    if (workspace) fSpare.Give(std::move(workspace));
-    return answer;
-  };
-
-  const Boundary around = subject.BoundaryAt(start);
-  const std::size_t which = (around.isEnd ? 1U : 0U) | (around.isWordRight ? 2U : 0U);
-  const DfaState* state = fStarts[which].load(std::memory_order_acquire);
-  if (state == nullptr) {
-    state = StartState(around, false, needWorkspace());
-    if (state == nullptr) {
-      return finish(Simulate(*workspace, subject, start, subject.from, onMatch));
-    }
-    fStarts[which].store(state, std::memory_order_release);
-  }
+void LazyDfa::RunBackward(const Subject& subject, std::size_t start, OnMatch onMatch) const {
+  Lease lease(*this);
+  const std::size_t stop = subject.from;
+  const DfaState* state = StartState(subject.BoundaryAt(start), false, lease);
+  if (state == nullptr) return Simulate(lease.Get(), subject, start, stop, onMatch);
 
   const auto& classOf = fSetup.classes.classOf;
   // A byte in front of the text is looked at and not consumed.
-  const std::size_t stop = subject.from;
   const std::size_t peek = subject.hasPrevious && stop > 0 ? 1 : 0;
   for (std::size_t pos = start; pos > stop - peek; --pos) {
     const unsigned char byte = subject.At(pos - 1);
     const DfaState* next = state->Ways()[classOf[byte]].load(std::memory_order_acquire);
     if (next == nullptr) {
-      next = Grow(*state, byte, needWorkspace());
+      next = Grow(*state, byte, lease.Get());
       if (next == nullptr) {
-        if (workspace->from.matched) onMatch(pos);
-        if (pos == stop) return finish(stop);
-        return finish(Simulate(*workspace, subject, pos - 1, stop, onMatch));
+        if (lease.Get().from.matched) onMatch(pos);
+        if (pos == stop) return;
+        return Simulate(lease.Get(), subject, pos - 1, stop, onMatch);
       }
     }
     state = next;
     if (!state->isSpecial) continue;
     if (state->matched) onMatch(pos);
-    if (state->isDead) return finish(kNowhere);
+    if (state->isDead) return;
   }
-  if (peek != 0) return finish(stop);
-  auto edge = state->acceptsAtEdge.load(std::memory_order_relaxed);
-  const bool accepts = edge == DfaState::Unknown ? AcceptsAtEdge(*state, needWorkspace())
-                                                 : edge == DfaState::Accepts;
-  if (accepts) onMatch(stop);
-  return finish(stop);
+  if (peek == 0 && AcceptsAtEdge(*state, lease)) onMatch(stop);
 }
 
-// The kernel to go on from stands in workspace.from.
 template <class OnMatch>
-std::size_t LazyDfa::Simulate(Workspace& workspace, const Subject& subject, std::size_t pos,
-                              std::size_t last, OnMatch&& onMatch) const {
+void LazyDfa::Simulate(Workspace& workspace, const Subject& subject, std::size_t pos,
+                       std::size_t last, OnMatch onMatch) const {
   const bool isForward = fSetup.direction == Direction::Forward;
   while (pos != last && !workspace.from.states.empty()) {
     const unsigned char byte = subject.At(isForward ? pos : pos - 1);
     workspace.simulation.Step(workspace.from, subject.BoundaryAt(pos), byte, workspace.to);
     workspace.to.afterWord = fSetup.program.hasWordBoundaries && IsWordByte(byte);
     std::swap(workspace.from, workspace.to);
-    if (workspace.from.matched && onMatch(pos)) return pos;
+    if (workspace.from.matched && onMatch(pos)) return;
     pos = isForward ? pos + 1 : pos - 1;
   }
   if (workspace.simulation.Accepts(workspace.from, subject.BoundaryAt(pos))) onMatch(pos);
-  return pos;
 }
 
-const LazyDfa::DfaState* LazyDfa::StartState(const Boundary& at, bool isFresh,
-                                             Workspace& workspace) const {
+const LazyDfa::DfaState* LazyDfa::StartState(const Boundary& at, bool isFresh, Lease& lease) const {
   const bool isForward = fSetup.direction == Direction::Forward;
-  Kernel& kernel = workspace.from;
-  kernel.atEdge = fSetup.program.hasAssertions && (isForward ? at.isBegin : at.isEnd);
-  kernel.afterWord =
-      fSetup.program.hasWordBoundaries && (isForward ? at.isWordLeft : at.isWordRight);
+  const bool atEdge = isForward ? at.isBegin : at.isEnd;
+  const bool afterWord = isForward ? at.isWordLeft : at.isWordRight;
+  auto& known = fStarts[(atEdge ? 1U : 0U) | (afterWord ? 2U : 0U) | (isFresh ? 4U : 0U)];
+  if (const DfaState* const state = known.load(std::memory_order_acquire)) return state;
+
+  Kernel& kernel = lease.Get().from;
+  kernel.atEdge = fSetup.program.hasAssertions && atEdge;
+  kernel.afterWord = fSetup.program.hasWordBoundaries && afterWord;
   kernel.isFresh = isFresh;
   kernel.matched = false;
-  workspace.simulation.Begin(kernel);
-  return Intern(kernel);
+  lease.Get().simulation.Begin(kernel);
+  const DfaState* const state = Intern(kernel);
+  if (state != nullptr) known.store(state, std::memory_order_release);
+  return state;
 }
 
 const LazyDfa::DfaState* LazyDfa::Grow(const DfaState& from, unsigned char byte,
@@ -272,7 +249,11 @@ Boundary LazyDfa::Around(const Kernel& kernel, bool isWordAhead) const {
 }
 
 // Whether a match ends here, nothing lying ahead. Kept in the state: all threads find the same.
-bool LazyDfa::AcceptsAtEdge(const DfaState& state, Workspace& workspace) const {
+bool LazyDfa::AcceptsAtEdge(const DfaState& state, Lease& lease) const {
+  const auto known = state.acceptsAtEdge.load(std::memory_order_relaxed);
+  if (known != DfaState::Unknown) return known == DfaState::Accepts;
+
+  Workspace& workspace = lease.Get();
   Kernel& kernel = workspace.to;
   kernel.states.assign(state.Kernel(), state.Kernel() + state.kernelSize);
   kernel.isFresh = state.isFresh;

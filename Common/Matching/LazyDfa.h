@@ -79,24 +79,25 @@ public:
 private:
   struct DfaState;
   struct Workspace;
+  class Lease;
 
+  // Each calls onMatch with the places at which a match ends, until it says that this is enough.
   template <class OnMatch>
-  std::size_t RunForward(const Subject& subject, std::size_t start, bool isFresh,
-                         OnMatch&& onMatch) const;
+  void RunForward(const Subject& subject, std::size_t start, bool isFresh, OnMatch onMatch) const;
   template <class OnMatch>
-  std::size_t RunBackward(const Subject& subject, std::size_t start, OnMatch&& onMatch) const;
-  // Goes on from a kernel without the cache, to the end.
+  void RunBackward(const Subject& subject, std::size_t start, OnMatch onMatch) const;
+  // Goes on from the workspace's kernel without the cache, to the place `last`.
   template <class OnMatch>
-  std::size_t Simulate(Workspace& workspace, const Subject& subject, std::size_t pos,
-                       std::size_t last, OnMatch&& onMatch) const;
+  void Simulate(Workspace& workspace, const Subject& subject, std::size_t pos, std::size_t last,
+                OnMatch onMatch) const;
 
-  [[nodiscard]] const DfaState* StartState(const Boundary& at, bool isFresh,
-                                           Workspace& workspace) const;
+  // The state in front of the first byte; null when the budget is spent.
+  [[nodiscard]] const DfaState* StartState(const Boundary& at, bool isFresh, Lease& lease) const;
   // The state behind one more byte; null when the budget is spent, the kernel then being in the
   // workspace.
   const DfaState* Grow(const DfaState& from, unsigned char byte, Workspace& workspace) const;
   void StepKernel(const Kernel& from, unsigned char byte, Kernel& to, Workspace& workspace) const;
-  bool AcceptsAtEdge(const DfaState& state, Workspace& workspace) const;
+  bool AcceptsAtEdge(const DfaState& state, Lease& lease) const;
   const DfaState* Intern(const Kernel& kernel) const;
   [[nodiscard]] Boundary Around(const Kernel& kernel, bool isWordAhead) const;
   [[nodiscard]] const DfaState* FindIn(const DfaState* from, const DfaState* end,

@@ -113,6 +113,15 @@ public:
   bool Contains(const IVariant* other, IVariant* outElement) const override;
   bool ContainsAll(const IVariant* other, IVariant* outElement) const override;
   bool ContainsAtLeastOne(const IVariant* other, IVariant* outElement) const override;
+  // Two numbers of any types, as longs when both are integers, else as doubles. What is no number
+  // is reported, and answered with false.
+  enum class NumberRelation { Equal, Less };
+  bool DoNumberComparison(const IVariant& other, NumberRelation relation) const;
+  // Whether that much of another number list's elements are found in this one. What is no number
+  // list is reported, and answered with false. The element found last is assigned to outElement,
+  // which may be null.
+  enum class Share { All, AtLeastOne };
+  bool DoNumberListComparison(const IVariant& other, Share share, IVariant* outElement) const;
 
   // ---- lists: adding, reading, changing
   bool IsListType() const override;
@@ -281,6 +290,25 @@ private:
   template <class Use>
   void ForEachJoined(const CVariantReader& other, Use use);
 
+  // ---- comparison
+  bool IsEqualTo(const CVariantReader& other) const;
+  bool IsSameValue(const CVariant& other) const;
+  bool AreElementsEqual(const CVariantReader& other) const;
+  bool AreNumbersEqual(const CVariantReader& other) const;
+  std::int32_t CompareTo(const CVariantReader& other) const;
+  std::int32_t CompareLongs(const CVariantReader& other) const;
+  std::int32_t CompareVariants(const CVariantReader& other) const;
+  std::int32_t CompareAddresses(const CVariantReader& other) const;
+  template <class E, class Use>
+  static bool WithElement(const CVariantReader& list, std::int64_t index, Use use);
+  static bool ReadNumber(const CVariantReader& list, std::int64_t index, TNumber& number);
+  std::int64_t FindContained(const CVariantReader& wanted) const;
+  bool ContainsShare(const IVariant* other, Share share, IVariant* outElement) const;
+  template <class Read>
+  bool ContainsElements(const CVariantReader& other, Share share, IVariant* outElement,
+                        Read read) const;
+  void DeliverElement(std::int64_t position, IVariant* outElement) const;
+
   // ---- order and search
   template <class E>
   std::int64_t FindElement(std::int64_t start, const typename E::Stored& wanted) const;
@@ -296,6 +324,9 @@ private:
   }
   std::int64_t FindJoined(std::int64_t start, const CVariant& value) const {
     return FindFrom(start, &value);
+  }
+  std::int64_t FindJoined(std::int64_t start, std::uint8_t truth) const {
+    return FindFrom(start, truth != 0);
   }
   std::int64_t FindJoined(std::int64_t start, auto value) const { return FindFrom(start, value); }
 

@@ -1,5 +1,6 @@
 #include <utility>
 
+#include "Common/CRefVariant.h"
 #include "Common/CVariant.h"
 #include "Common/CVariantReader.h"
 #include "Common/CVariantReports.h"
@@ -153,6 +154,15 @@ Selvane::IVariant* CVariant::GetMixedListElem(std::int64_t index, bool& ok) cons
   }
   if (TypeFamily::NumberLists.Has(fType)) return GetAnyNumberListElem(index, ok);
   return NewElementCopy(index, ok);
+}
+
+CRefVariant* CVariant::GetMixedListElemRef(std::int64_t index, bool& ok) const {
+  // In silence for any other type and for a position out of range.
+  ok = fType == VariantType::MixedList && HasPosition(index);
+  if (!ok) return nullptr;
+  auto& element = Elements<VariantElement>()[static_cast<std::size_t>(index)];
+  // The interface lets a reader of the list write its elements: a view of one has setters.
+  return new CRefVariant(const_cast<CVariant&>(element));
 }
 
 Selvane::IVariant* CVariant::GetNumberListElem(std::int64_t index, bool& ok) const {

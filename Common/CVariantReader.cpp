@@ -20,6 +20,17 @@ bool CVariantReader::Read(std::int64_t index, CVariant& element) const {
   return true;
 }
 
+std::optional<AddressBounds> CVariantReader::Bounds() const {
+  if (fPeer) {
+    const auto addresses = fPeer->Addresses();
+    if (addresses.size() < 2) return std::nullopt;
+    return AddressBounds{addresses[0], addresses[1]};
+  }
+  CStringPtr low, high;
+  if (!Read(0, low) || !Read(1, high)) return std::nullopt;
+  return AddressBounds{ParseAddress(Utf8Of(low.Get())), ParseAddress(Utf8Of(high.Get()))};
+}
+
 CStringPtr CVariantReader::Adopt(Selvane::IUnicodeString* owned) {
   const CUsePtr<Selvane::IUnicodeString> held(owned);
   return TextOf(owned);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <optional>
 
 #include "Common/CUseCounted.h"
 #include "Common/CVariant.h"
@@ -41,6 +42,12 @@ inline constexpr VariantTypeSet kReadableAs<CVariant> =
     TypeFamily::NumberLists | TypeFamily::StringLists | TypeFamily::VariantLists |
     VariantTypeSet{VariantType::IPList, VariantType::HostAndCertificateList,
                    VariantType::BooleanList};
+
+// The ends of a range of addresses.
+struct AddressBounds {
+  AddressRecord fLow;
+  AddressRecord fHigh;
+};
 
 // Reads the argument of an operation, whoever implements it: a CVariant directly, anything else
 // through its interface, of which it holds a reference meanwhile. What an operation does with the
@@ -90,6 +97,8 @@ public:
   }
   bool Read(std::int64_t index, TNumber& number) const;
   bool Read(std::int64_t index, CVariant& element) const;  // into an Empty one
+  // The first two addresses of an IPRange; nothing when there are fewer.
+  std::optional<AddressBounds> Bounds() const;
 
 private:
   static CStringPtr Adopt(Selvane::IUnicodeString* owned);

@@ -74,6 +74,9 @@ constexpr const char* PrintedTypeName(VariantType type) {
 // The public form: reports an unknown type and answers null.
 const char* GetTypeName(VariantType type);
 
+// The lower-case word of a type's family, empty where it has none; true for a list.
+bool GetFamilyName(VariantType type, std::string_view& word);
+
 // The type of that name; "Number" is Long, and an unknown name Empty.
 VariantType TypeByName(std::string_view name);
 

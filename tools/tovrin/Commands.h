@@ -24,7 +24,9 @@ struct CommandLine {
 };
 
 void AddCallCommand(CommandLine& line);
+void AddCheckCommand(CommandLine& line);
 void AddDescribeCommand(CommandLine& line);
+void AddMatchCommand(CommandLine& line);
 void AddRunCommand(CommandLine& line);
 
 }  // namespace RefHost

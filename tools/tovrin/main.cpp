@@ -46,7 +46,9 @@ ExitStatus Run(int argumentCount, char** arguments) {
   bool wantsVersion = false;
   application.add_flag("--version", wantsVersion, "Print the versions of program and module");
   AddCallCommand(line);
+  AddCheckCommand(line);
   AddDescribeCommand(line);
+  AddMatchCommand(line);
   AddRunCommand(line);
 
   try {

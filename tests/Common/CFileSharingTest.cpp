@@ -1,0 +1,237 @@
+// What CFile promises while others are at the same file: locks, and writes that replace a file in
+// one step, whoever reads, whoever else writes, and whenever the writer dies.
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <random>
+#include <string>
+#include <thread>
+
+#include "Common/CFile.h"
+#include "tests/Common/FileSupport.h"
+
+namespace {
+
+class CFileSharing : public testing::Test {
+protected:
+  std::string Path(const std::string& name) const { return (fFolder.Path() / name).string(); }
+  std::string Target() const { return Path("target"); }
+
+  const CTemporaryFolder fFolder;
+};
+
+// Adds one to the number in a file, many times, each time under the lock.
+void Count(const std::string& path, int times) {
+  CFile file(path);
+  if (!file.Open(CFile::In | CFile::Out | CFile::Binary)) return;
+  for (; times > 0; --times) {
+    file.Lock();
+    char digits[8] = {};
+    file.SeekRead(0, CFile::kFromStart);
+    file.Read(digits, 7);
+    std::string next = std::to_string(1 + std::atoi(digits));
+    next.resize(7, ' ');
+    file.SeekWrite(0, CFile::kFromStart);
+    file.Write(next.data(), next.size());
+    file.Unlock();
+  }
+}
+
+TEST_F(CFileSharing, LocksBetweenProcessesAndObjects) {
+  const std::string path = fFolder.Write("count", "0      ").string();
+  constexpr int kTimes = 300;
+  std::thread inThread([&] { Count(path, kTimes); });
+  std::thread inProcess([&] {
+    EXPECT_EQ(InChild([&] {
+                Count(path, kTimes);
+                return true;
+              }),
+              0);
+  });
+  Count(path, kTimes);
+  inThread.join();
+  inProcess.join();
+  EXPECT_EQ(std::atoi(ReadWholeFile(path).c_str()), 3 * kTimes);
+}
+
+extern "C" void DoNothing(int) {}
+
+// Waits for a lock in another thread while this one holds it, and is interrupted meanwhile.
+TEST_F(CFileSharing, WaitsForTheLockThroughSignalsAndUntilClose) {
+  struct sigaction action = {};
+  action.sa_handler = DoNothing;  // without SA_RESTART
+  sigaction(SIGUSR1, &action, nullptr);
+  const std::string path = fFolder.Write("a", "1").string();
+  CFile holder(path);
+  ASSERT_TRUE(holder.Open(CFile::In)) << "reading is enough for a lock";
+  holder.Lock();
+  std::atomic<bool> isLocked{false};
+  std::thread waiter([&] {
+    CFile file(path);
+    file.Open(CFile::In);
+    file.Lock();
+    isLocked = true;
+  });
+  for (int i = 0; i < 20; ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    pthread_kill(waiter.native_handle(), SIGUSR1);
+    EXPECT_FALSE(isLocked);
+  }
+  holder.Close();
+  waiter.join();
+  EXPECT_TRUE(isLocked);
+}
+
+TEST_F(CFileSharing, ShowsUnderTheLockWhatOthersWrote) {
+  const std::string path = fFolder.Write("a", "old").string();
+  CFile reader(path);
+  ASSERT_TRUE(reader.Open(CFile::In));
+  char text[3] = {};
+  ASSERT_EQ(reader.Read(text, 1), 1U) << "reads ahead";
+  EXPECT_EQ(reader.GetSize(), 3);
+  fFolder.Write("a", "newer");
+  reader.Lock();
+  EXPECT_EQ(reader.GetSize(), 5);
+  ASSERT_EQ(reader.Read(text, 2), 2U);
+  EXPECT_EQ(std::string(text, 2), "ew");
+}
+
+// ---- WriteFile
+
+TEST_F(CFileSharing, WritesAWholeFile) {
+  EXPECT_TRUE(CFile::WriteFile(Target(), "first"));
+  EXPECT_EQ(ReadWholeFile(Target()), "first");
+  std::filesystem::permissions(Target(), std::filesystem::perms(0604));
+  const std::string large(300000, 'x');
+  EXPECT_TRUE(CFile::WriteFile(Target(), large.data(), large.size()));
+  EXPECT_EQ(ReadWholeFile(Target()), large);
+  EXPECT_EQ(PermissionsOf(Target()), 0604U) << "the permissions stay";
+  EXPECT_TRUE(CFile::WriteFile(Target(), nullptr, 0));
+  EXPECT_EQ(ReadWholeFile(Target()), "");
+  EXPECT_TRUE(CFile::WriteFile(Target(), CUnicodeString("text\xC3\xA9")));
+  EXPECT_EQ(ReadWholeFile(Target()), "text\xC3\xA9");
+  // Contract: a backslash is a separator.
+  EXPECT_TRUE(CFile::WriteFile(fFolder.Path().string() + "\\target", "slash"));
+  EXPECT_EQ(ReadWholeFile(Target()), "slash");
+  EXPECT_EQ(NamesIn(fFolder.Path()), std::set<std::string>{"target"});
+}
+
+TEST_F(CFileSharing, RefusesWhatCannotBeReplaced) {
+  const std::size_t descriptors = OpenDescriptors();
+  std::filesystem::create_directory(Path("folder"));
+  EXPECT_FALSE(CFile::WriteFile(Path("folder"), "x"));
+  EXPECT_FALSE(CFile::WriteFile(Path("folder/"), "x"));
+  EXPECT_FALSE(CFile::WriteFile(Path("missing/file"), "x"));
+  EXPECT_FALSE(CFile::WriteFile("", "x"));
+  EXPECT_FALSE(CFile::WriteFile(Path(std::string(255, 'n')), "x")) << "no room for the suffix";
+  EXPECT_FALSE(CFile::WriteFile(Target(), static_cast<Selvane::IBuffer*>(nullptr)));
+  EXPECT_EQ(NamesIn(fFolder.Path()), std::set<std::string>{"folder"});
+  EXPECT_TRUE(NamesIn(Path("folder")).empty());
+  EXPECT_EQ(OpenDescriptors(), descriptors);
+}
+
+TEST_F(CFileSharing, KeepsTheOldFileOnAFullDiskAndWithoutPermission) {
+  EXPECT_TRUE(CFile::WriteFile(Target(), "old"));
+  EXPECT_EQ(InChild([&] {
+              const FullDiskBehind limit(5000);
+              return !CFile::WriteFile(Target(), std::string(5001, 'x')) &&
+                     CFile::WriteFile(Target(), std::string(5000, 'x'));
+            }),
+            0);
+  EXPECT_EQ(ReadWholeFile(Target()), std::string(5000, 'x'));
+  std::filesystem::permissions(fFolder.Path(), std::filesystem::perms(0555));
+  {
+    const WithoutPrivileges nobody;
+    EXPECT_FALSE(CFile::WriteFile(Target(), "new"));
+  }
+  std::filesystem::permissions(fFolder.Path(), std::filesystem::perms(0755));
+  EXPECT_EQ(ReadWholeFile(Target()), std::string(5000, 'x'));
+  EXPECT_EQ(NamesIn(fFolder.Path()), std::set<std::string>{"target"});
+}
+
+TEST_F(CFileSharing, FallsIntoNoTrapAtTheSibling) {
+  const std::string sibling = Target() + ".write_temp";
+  const auto victim = fFolder.Write("victim", "precious");
+  std::filesystem::create_symlink(victim, sibling);
+  EXPECT_TRUE(CFile::WriteFile(Target(), "one"));
+  fFolder.Write("target.write_temp", "left behind by a writer that died");
+  EXPECT_TRUE(CFile::WriteFile(Target(), "two"));
+  EXPECT_EQ(ReadWholeFile(Target()), "two");
+  EXPECT_EQ(ReadWholeFile(victim), "precious");
+  std::filesystem::create_directory(sibling);
+  EXPECT_FALSE(CFile::WriteFile(Target(), "three"));
+  EXPECT_EQ(ReadWholeFile(Target()), "two");
+}
+
+TEST_F(CFileSharing, LeavesTheSiblingOfALivingWriterAlone) {
+  const std::string sibling = fFolder.Write("target.write_temp", "half").string();
+  CFile writer(sibling);
+  ASSERT_TRUE(writer.Open(CFile::In));
+  writer.Lock();
+  EXPECT_FALSE(CFile::WriteFile(Target(), "new"));
+  EXPECT_EQ(ReadWholeFile(sibling), "half");
+  writer.Close();
+  EXPECT_TRUE(CFile::WriteFile(Target(), "new"));
+}
+
+// A content that shows its own length, so that a part of it is known for one.
+std::string Content(std::size_t size) {
+  std::string text = std::to_string(size) + ":";
+  text.resize(text.size() + size, static_cast<char>('a' + size % 26));
+  return text;
+}
+
+bool IsWhole(const std::string& text) {
+  return !text.empty() && text == Content(std::strtoul(text.c_str(), nullptr, 10));
+}
+
+TEST_F(CFileSharing, ShowsReadersNoPart) {
+  ASSERT_TRUE(CFile::WriteFile(Target(), Content(1)));
+  std::atomic<bool> isOver{false};
+  std::atomic<int> written{0};
+  const auto write = [&](unsigned seed) {
+    std::mt19937 random(seed);
+    for (int i = 0; i < 40; ++i) {
+      written += CFile::WriteFile(Target(), Content(random() % 200000)) ? 1 : 0;
+    }
+  };
+  std::thread reader([&] {
+    while (!isOver) EXPECT_TRUE(IsWhole(ReadWholeFile(Target())));
+  });
+  std::thread second([&] { write(1); });
+  write(2);
+  second.join();
+  isOver = true;
+  reader.join();
+  EXPECT_GT(written, 0);
+  EXPECT_EQ(NamesIn(fFolder.Path()), std::set<std::string>{"target"});
+}
+
+// Each kill is a new process that writes until it dies. TESSARIN_TEST_KILLS sets their number.
+TEST_F(CFileSharing, IsWholeWheneverTheWriterIsKilled) {
+  const char* wanted = std::getenv("TESSARIN_TEST_KILLS");
+  const int kills = wanted ? std::atoi(wanted) : 100;
+  std::mt19937 random(9);
+  ASSERT_TRUE(CFile::WriteFile(Target(), Content(1)));
+  for (int i = 0; i < kills; ++i) {
+    const auto seed = static_cast<unsigned>(random());
+    const pid_t writer = fork();
+    ASSERT_GE(writer, 0);
+    if (writer == 0) {
+      std::mt19937 sizes(seed);
+      for (;;) CFile::WriteFile(Target(), Content(sizes() % 200000));
+    }
+    std::this_thread::sleep_for(std::chrono::microseconds(random() % 4000));
+    kill(writer, SIGKILL);
+    waitpid(writer, nullptr, 0);
+    ASSERT_TRUE(IsWhole(ReadWholeFile(Target()))) << "kill " << i;
+  }
+  EXPECT_TRUE(CFile::WriteFile(Target(), Content(5))) << "whatever the dead left behind";
+  EXPECT_EQ(NamesIn(fFolder.Path()), std::set<std::string>{"target"});
+}
+
+}  // namespace

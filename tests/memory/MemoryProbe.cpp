@@ -1,0 +1,211 @@
+// A process for the tests to look at from outside: does what its first argument says with the
+// allocator, and prints what it sees.
+
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <latch>
+#include <map>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "memory/Allocator.h"
+#include "memory/AllocatorState.h"
+
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+void* Allocate(std::size_t size) {
+  return AllocateBlock(size, nullptr);
+}
+
+// Leaves without the allocator's own shutdown, for what has called it already.
+[[noreturn]] void LeaveAtOnce() {
+  std::fflush(stdout);
+  _exit(0);
+}
+
+std::uint32_t SlabsMade() {
+  std::uint32_t slabs = 0;
+  GetMemoryStatistics(nullptr, &slabs, nullptr, nullptr);
+  return slabs;
+}
+
+// The settings, and again after each SetBucketCount of the arguments.
+void PrintSettings(const Arguments& arguments) {
+  const auto print = [] {
+    std::printf("%u %s\n", Memory::gBucketSetCount.load(),
+                Memory::gUsesOtherBuckets ? "others" : "own");
+  };
+  print();
+  for (const std::string& argument : arguments) {
+    SetBucketCount(static_cast<std::uint32_t>(std::stoul(argument)));
+    print();
+  }
+}
+
+// Before start-up reads the settings.
+struct EarlyCount {
+  EarlyCount() {
+    if (const char* count = std::getenv("PROBE_EARLY_COUNT")) SetBucketCount(std::atoi(count));
+  }
+};
+[[gnu::init_priority(500)]] const EarlyCount gEarly;
+
+// Slabs of one class that this many threads make, all of them alive, with a block each. None
+// allocates before the last is there: what malloc maps for a thread would come between the stacks.
+void PrintSlabsOfThreads(const Arguments& arguments) {
+  const int wanted = std::stoi(arguments.at(0));
+  std::latch allAreThere(wanted);
+  std::latch allHaveOne(wanted);
+  std::vector<std::thread> threads;
+  for (int thread = 0; thread < wanted; ++thread) {
+    threads.emplace_back([&] {
+      allAreThere.arrive_and_wait();
+      void* const block = Allocate(8);
+      allHaveOne.arrive_and_wait();
+      FreeBlock(block);
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  std::printf("%u\n", SlabsMade());
+}
+
+void FreeTwice(const Arguments&) {
+  void* const lower = Allocate(8);
+  void* const upper = Allocate(8);
+  FreeBlock(lower);
+  FreeBlock(upper);
+  FreeBlock(upper);
+}
+
+void ReallocateFreed(const Arguments&) {
+  void* const lower = Allocate(8);
+  void* const upper = Allocate(8);
+  FreeBlock(lower);
+  FreeBlock(upper);
+  ReallocateBlock(upper, 100, nullptr);
+}
+
+const char* HasSlab(std::uint32_t classValue) {
+  const bool hasOne = std::ranges::any_of(Memory::gBucketSets, [&](const Memory::BucketSet& set) {
+    return set[classValue].head.load() != nullptr;
+  });
+  return hasOne ? "kept" : "gone";
+}
+
+void ShutDown(const Arguments&) {
+  void* const empty = Allocate(24);
+  void* const used = Allocate(40);
+  void* const alsoUsed = Allocate(40);
+  void* const large = Allocate(4000);
+  FreeBlock(empty);
+  std::printf("before: %s %s\n", HasSlab(24), HasSlab(40));
+  ShutdownAllocator();
+  std::printf("after: %s %s\n", HasSlab(24), HasSlab(40));
+  FreeBlock(used);
+  std::printf("one freed: %s\n", HasSlab(40));
+  FreeBlock(alsoUsed);
+  std::printf("both freed: %s\n", HasSlab(40));
+  FreeBlock(large);
+  void* const late = Allocate(24);
+  std::printf("late block: %s\n", HasSlab(24));
+  FreeBlock(late);
+  std::printf("late block freed: %s\n", HasSlab(24));
+  LeaveAtOnce();
+}
+
+void ShutDownTwice(const Arguments&) {
+  ShutdownAllocator();
+  ShutdownAllocator();
+}
+
+// The process ends as any does, with blocks alive in a slab and in malloc's own.
+void LeaveWithBlocksAlive(const Arguments&) {
+  std::printf("%d\n", Allocate(8) != nullptr && Allocate(4000) != nullptr);
+}
+
+void LeaveWhileOthersAllocate(const Arguments&) {
+  for (int thread = 0; thread < 4; ++thread) {
+    std::thread([] {
+      for (std::size_t size = 0;; size = (size + 13) % 400) FreeBlock(Allocate(size));
+    }).detach();
+  }
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+}
+
+void EndAThreadWithBlocksAlive(const Arguments&) {
+  std::vector<void*> blocks;
+  std::thread([&] {
+    for (std::size_t size = 0; size < 600; ++size) blocks.push_back(Allocate(size));
+  }).join();
+  for (void* block : blocks) FreeBlock(block);
+  std::uint32_t large = 0;
+  std::uint64_t bytes = 0;
+  GetMemoryStatistics(&large, nullptr, &bytes, nullptr);
+  std::printf("%u %llu\n", large, static_cast<unsigned long long>(bytes));
+}
+
+// Allocates blocks of one size until there are none.
+void Exhaust(const Arguments& arguments) {
+  const rlimit limit{512u << 20, 512u << 20};
+  setrlimit(RLIMIT_AS, &limit);
+  const std::size_t size = std::stoull(arguments.at(0));
+  while (Allocate(size)) continue;
+  MemoryFailure("new", size);
+}
+
+bool PrintReport(const char* text) {
+  std::printf("reported: %s\n", text);
+  return true;
+}
+bool DeclineReport(const char*) {
+  return false;
+}
+bool FailWhileReporting(const char* text) {
+  std::printf("reported: %s\n", text);
+  std::fflush(stdout);
+  MemoryFailure("again", 1);
+}
+
+// fail REPORTER LENGTH SIZE: a word of that length, or a null one for "null".
+void Fail(const Arguments& arguments) {
+  static const std::map<std::string, MemoryFailureReporter> reporters = {
+      {"none", nullptr},
+      {"prints", PrintReport},
+      {"declines", DeclineReport},
+      {"fails", FailWhileReporting}};
+  SetMemoryFailureReporter(reporters.at(arguments.at(0)));
+  if (arguments.at(1) == "null") MemoryFailure(nullptr, 1);
+  const std::string word(std::stoul(arguments.at(1)), 'w');
+  MemoryFailure(word.c_str(), std::stoull(arguments.at(2)));
+}
+
+}  // namespace
+
+int main(int count, char** values) {
+  static const std::map<std::string, std::function<void(const Arguments&)>> actions = {
+      {"settings", PrintSettings},
+      {"threads", PrintSlabsOfThreads},
+      {"free-twice", FreeTwice},
+      {"reallocate-freed", ReallocateFreed},
+      {"shut-down", ShutDown},
+      {"shut-down-twice", ShutDownTwice},
+      {"leave-with-blocks", LeaveWithBlocksAlive},
+      {"leave-while-others-allocate", LeaveWhileOthersAllocate},
+      {"end-thread", EndAThreadWithBlocksAlive},
+      {"exhaust", Exhaust},
+      {"fail", Fail},
+  };
+  if (count < 2) return 2;
+  actions.at(values[1])(Arguments(values + 2, values + count));
+  return 0;
+}

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <concepts>
+#include <utility>
 
 #include "Common/CRegex.h"
 #include "Common/CUnicodeString.h"
@@ -454,8 +455,12 @@ bool CVariant::DoNumberListComparison(const IVariant& other, Share share,
                     "of list type Category, DLPCategory, Int, Hex, Long or Double"));
     return false;
   }
+  // A search for a double in a list of integers reports; that is done for the first one alone.
+  bool isReported = false;
   return ContainsElements(reader, share, outElement, [&](std::int64_t index, auto use) {
     TNumber number{};
-    return ReadNumber(reader, index, number) && use(number);
+    if (!ReadNumber(reader, index, number)) return false;
+    if (!number.IsDouble() || !TypeFamily::IntegerLists.Has(fType)) return use(number);
+    return std::exchange(isReported, true) || use(number);
   });
 }

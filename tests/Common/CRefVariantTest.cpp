@@ -136,7 +136,8 @@ std::vector<ForwardedRow> ForwardedRows() {
       {"Contains",
        [text](IVariant& v) {
          CVariant out;
-         return Shown(v.Contains(&text, &out)) + Utf8(out.ToText(nullptr));
+         const std::string answer = Shown(v.Contains(&text, &out));
+         return answer + Utf8(out.ToText(nullptr));
        }},
       {"FindFirstMatching",
        [pattern](IVariant& v) {
@@ -148,12 +149,14 @@ std::vector<ForwardedRow> ForwardedRows() {
       {"ContainsAll",
        [other](IVariant& v) {
          CVariant out;
-         return Shown(v.ContainsAll(&other, &out)) + Utf8(out.ToText(nullptr));
+         const std::string answer = Shown(v.ContainsAll(&other, &out));
+         return answer + Utf8(out.ToText(nullptr));
        }},
       {"ContainsAtLeastOne",
        [other](IVariant& v) {
          CVariant out;
-         return Shown(v.ContainsAtLeastOne(&other, &out)) + Utf8(out.ToText(nullptr));
+         const std::string answer = Shown(v.ContainsAtLeastOne(&other, &out));
+         return answer + Utf8(out.ToText(nullptr));
        }},
       Asking("IsListType", [](IVariant& v) { return v.IsListType(); }),
       Changing("SortList", [](IVariant& v) { v.SortList(); }),
@@ -221,7 +224,8 @@ std::vector<ForwardedRow> ForwardedRows() {
       {"Matches",
        [](IVariant& v) {
          const Argument out("before");
-         return Shown(v.Matches(Argument("text"), out)) + out.fText->GetUtf8();
+         const std::string answer = Shown(v.Matches(Argument("text"), out));
+         return answer + out.fText->GetUtf8();
        }},
       Asking("Find of a text from a start", [](IVariant& v) { return v.Find(Argument("two"), 2); }),
   };

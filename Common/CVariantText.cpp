@@ -96,6 +96,13 @@ void PrintElements(std::span<const typename E::Stored> elements, VariantType typ
   }
 }
 
+// The two bounds; no text without both. What was added beyond them is no part of the range.
+void PrintRange(std::span<const AddressRecord> addresses, std::string_view separator,
+                std::string& out) {
+  if (addresses.size() < 2) return;
+  PrintElements<AddressElement>(addresses.first(2), VariantType::IP, separator, out);
+}
+
 }  // namespace
 
 const char* GetTypeName(VariantType type) {
@@ -129,7 +136,7 @@ CStringPtr CVariant::ToText(const CStringPtr& separator) const {
 
 void CVariant::AppendText(std::string_view separator, std::string& out) const {
   if (fType == VariantType::Dimension) return PrintDimension(Elements<LongElement>(), out);
-  if (fType == VariantType::IPRange && SizeOfList() < 2) return;
+  if (fType == VariantType::IPRange) return PrintRange(Addresses(), separator, out);
   const VariantType elementType = IsListType() ? TypeInfo(fType).fBaseType : fType;
   VisitElements(KindOf(fType), [&](auto kind) {
     using E = decltype(kind);

@@ -104,6 +104,7 @@ std::vector<TextRow> TextRows() {
        "640x480, 1x2"},
       {Texts({"1.2.3.4", "::"}, IPList), "1.2.3.4, 0:0:0:0:0:0:0:0"},
       {Texts({"1.2.3.4", "1.2.3.5"}, IPRange), "1.2.3.4, 1.2.3.5"},
+      {Texts({"1.2.3.4", "1.2.3.5", "9.9.9.9"}, IPRange), "1.2.3.4, 1.2.3.5"},
       {Texts({"1.2.3.4"}, IPRange), ""},
       {Texts({}, IPRange), ""},
       {Variants({Texts({"1.2.3.4", "1.2.3.5"}, IPRange), Texts({"::", "::1"}, IPRange)},
@@ -320,16 +321,26 @@ TEST(CVariantText, KeepsTheHashUntilTheValueChanges) {
   }
 }
 
-TEST(CVariantText, GivesEightThreadsOneHash) {
-  const CVariant list = Texts({"one", "two", "three"});
+// The hash, the lookup count and the index are filled by readers at once.
+TEST(CVariantText, GivesEightThreadsOneHashAndOneIndex) {
+  std::vector<std::string> texts;
+  for (int i = 0; i < 100; ++i) texts.push_back("text " + std::to_string(i));
+  const CVariant list = Texts(texts);
   const std::uint64_t expected = CVariant(list).GetHash();
-  std::vector<std::uint64_t> hashes(8);
   std::vector<std::thread> threads;
-  for (std::uint64_t& hash : hashes) {
-    threads.emplace_back([&] { hash = list.GetHash(); });
+  for (int i = 0; i < 8; ++i) {
+    threads.emplace_back([&] {
+      const CVariant wanted = TextValue(String, "text 77");
+      for (int round = 0; round < 20; ++round) {
+        EXPECT_EQ(list.Find(&wanted), 77);
+        EXPECT_TRUE(list.Contains(&wanted, nullptr));
+        EXPECT_EQ(list.GetHash(), expected);
+      }
+    });
   }
   for (std::thread& thread : threads) thread.join();
-  EXPECT_THAT(hashes, testing::Each(expected));
+  EXPECT_TRUE(list.HasIndex());
+  EXPECT_EQ(list.LookupCount(), 10u);
 }
 
 }  // namespace

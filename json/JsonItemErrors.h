@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace Tovrin::JSON {
+
+// The error texts of a walk over items, gathered into one text:
+// "Item '1' has error 'too long', Item '7' has error 'empty'". Keeps at most kLimit errors, and
+// leaves out a piece that would make the text longer than the size given.
+class JsonItemErrors {
+public:
+  static constexpr std::size_t kLimit = 20;
+  static constexpr std::size_t kMaxSize = 10240;
+
+  // The text goes to out, behind what stands there.
+  explicit JsonItemErrors(std::string& out, std::size_t maxSize = kMaxSize)
+      : fOut(out), fMaxSize(maxSize) {}
+
+  void Add(std::size_t index, std::string_view message);
+  bool IsFull() const { return fCount == kLimit; }
+
+private:
+  std::string& fOut;
+  std::size_t fMaxSize;    // of the text in bytes
+  std::size_t fCount = 0;  // errors added, those that were left out included
+};
+
+}  // namespace Tovrin::JSON

@@ -4,7 +4,9 @@
 #include <atomic>
 #include <cstdlib>
 #include <limits>
+#include <regex>
 
+#include "Common/CRegexException.h"
 #include "Common/CUnicodeString.h"
 #include "Common/CVariant.h"
 #include "Common/DebugLog.h"
@@ -189,18 +191,37 @@ std::vector<Matching::ListScanner> CRegexVectorHolder::Scanners() const {
   return scanners;
 }
 
+namespace {
+
+// The entries as the list matcher asks them.
+struct AskedEntries {
+  const std::vector<RegexVectorEntry>& entries;
+
+  bool Matches(std::uint32_t scanner, std::string_view text) const {
+    return entries[scanner].fScanner->Matches(text);
+  }
+  std::string_view Pattern(std::uint32_t scanner) const {
+    return entries[scanner].fScanner->Pattern();
+  }
+};
+
+}  // namespace
+
 bool CRegexVectorHolder::Find(std::string_view text, CUsePtr<CUnicodeString>* source) const {
   if (!fMatcher) return FindInEntries(0, text, source);
 
-  const auto confirm = [&](std::uint32_t scanner) {
-    return fEntries[scanner].fScanner->Matches(text);
-  };
-  if (!source) return fMatcher->Matches(text, confirm);
-  const auto hit = fMatcher->FindFirst(text, confirm);
-  if (!hit) return false;
-  if (hit->group == 0) return FindInEntries(hit->scanner, text, source);
-  const RegexVectorEntry& entry = fEntries[hit->scanner];
-  return Name((*entry.fSources)[hit->group - entry.FirstAlternativeGroup()], source);
+  // An alternative's own automaton fails as its scanner would.
+  try {
+    const AskedEntries scanners{fEntries};
+    if (!source) return fMatcher->Matches(text, scanners);
+    const auto hit = fMatcher->FindFirst(text, scanners);
+    if (!hit) return false;
+    if (hit->group == 0) return FindInEntries(hit->scanner, text, source);
+    const RegexVectorEntry& entry = fEntries[hit->scanner];
+    return Name((*entry.fSources)[hit->group - entry.FirstAlternativeGroup()], source);
+  } catch (const std::regex_error& failure) {
+    throw CRegexException(std::string("Runtime error in regex matching: '") + failure.what() + "'");
+  }
 }
 
 bool CRegexVectorHolder::FindInEntries(std::size_t first, std::string_view text,

@@ -350,6 +350,11 @@ std::variant<std::unique_ptr<Expression>, SyntaxError> Expression::Compile(std::
       new Expression(std::make_unique<Engine>(std::move(parsed.tree), options)));
 }
 
+std::unique_ptr<Expression> Expression::FromTree(SyntaxTree tree) {
+  return std::unique_ptr<Expression>(
+      new Expression(std::make_unique<Engine>(std::move(tree), Options())));
+}
+
 bool Expression::IsMatch(std::string_view text) const {
   return fEngine->IsMatch(text);
 }

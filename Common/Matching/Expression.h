@@ -71,6 +71,9 @@ public:
     return Compile(pattern, Options());
   }
 
+  // The expression of a tree, which holds no back-reference.
+  static std::unique_ptr<Expression> FromTree(SyntaxTree tree);
+
   Expression(const Expression&) = delete;
   Expression& operator=(const Expression&) = delete;
   ~Expression();

@@ -131,11 +131,10 @@ public:
   void Add(std::uint32_t number, const ListScanner& scanner) {
     const ParseResult parsed = Parse(scanner.pattern);
     fMatcher.fNaming.push_back(Naming::ByCaptures);
-    if (parsed.error) return AddAlways(number);
+    if (parsed.error) return AddWhole(number);
     const Shape shape = ShapeOf(parsed.tree, scanner.firstGroup);
     const LiteralForms literals(parsed.tree);
     bool isDecided = true;  // by literals, all of them
-    bool isOneEnd = true;   // each is one literal
     for (const NodeId alternative : shape.alternatives) {
       const Node& node = parsed.tree[alternative];
       const bool isGroup = scanner.firstGroup != 0 && node.kind == NodeKind::Group;
@@ -144,14 +143,14 @@ public:
       if (isDecided) {
         const auto own = literals.Whole({alternative});
         isDecided = IsNeverEmpty(own);
-        isOneEnd = isOneEnd && verdict.road == ListRoad::Anchored && IsFixed(own);
       }
-      Add({number, isGroup ? node.value : 0}, verdict);
+      const bool standsAlone = isGroup && !parsed.tree.Has(NodeKind::BackReference);
+      Add({number, isGroup ? node.value : 0}, verdict, standsAlone ? scanner.firstGroup : kNone);
     }
     if (!isDecided || !IsFixed(literals.Whole(shape.after))) return;
     const auto before = literals.Whole(shape.before);
     if (IsFixed(before)) fMatcher.fNaming.back() = Naming::InOrder;
-    if (IsGap(before) && isOneEnd) fMatcher.fNaming.back() = Naming::Shortest;
+    if (IsGap(before)) fMatcher.fNaming.back() = Naming::Latest;
   }
 
   void Finish() {
@@ -161,23 +160,35 @@ public:
     fMatcher.fParts.shrink_to_fit();
     fMatcher.fTargets.shrink_to_fit();
     fMatcher.fForms.shrink_to_fit();
+    fMatcher.fConfirmed.shrink_to_fit();
+    fMatcher.fAutomata =
+        std::make_unique<std::atomic<const Expression*>[]>(fMatcher.fConfirmed.size());
   }
 
 private:
-  void AddAlways(std::uint32_t scanner) {
-    std::vector<std::uint32_t>& always = fMatcher.fAlways;
-    if (always.empty() || always.back() != scanner) always.push_back(scanner);
+  // A scanner that cannot be read: it is asked about every text.
+  void AddWhole(std::uint32_t scanner) {
+    fMatcher.fParts.push_back({scanner, 0});
+    fMatcher.fAlways.push_back(
+        AddConfirmed(static_cast<std::uint32_t>(fMatcher.fParts.size() - 1), kNone));
   }
 
-  void Add(const Part& part, const Verdict& verdict) {
+  std::uint32_t AddConfirmed(std::uint32_t part, std::uint32_t firstGroup) {
+    fMatcher.fConfirmed.push_back({part, firstGroup});
+    return static_cast<std::uint32_t>(fMatcher.fConfirmed.size() - 1);
+  }
+
+  void Add(const Part& part, const Verdict& verdict, std::uint32_t firstGroup) {
     const auto id = static_cast<std::uint32_t>(fMatcher.fParts.size());
     fMatcher.fParts.push_back(part);
     bool fits = verdict.road != ListRoad::Always;
     for (const LiteralForm& form : verdict.forms) fits = fits && AddForm(form, id);
+    if (fits && verdict.road <= ListRoad::Floating) return;
+    const std::uint32_t number = AddConfirmed(id, firstGroup);
     for (const std::string& literal : verdict.required) {
-      fits = fits && AddFloating(literal, {id, kNone});
+      fits = fits && AddFloating(literal, {id, kNone, number});
     }
-    if (!fits) AddAlways(part.scanner);  // what a table had no room for
+    if (!fits) fMatcher.fAlways.push_back(number);  // what a table had no room for, too
   }
 
   bool AddForm(const LiteralForm& form, std::uint32_t id) {
@@ -189,7 +200,7 @@ private:
     if (!IsAnchored(form)) {
       fMatcher.fForms.push_back(form);
       return AddFloating(LongestPiece(form),
-                         {id, static_cast<std::uint32_t>(fMatcher.fForms.size() - 1)});
+                         {id, static_cast<std::uint32_t>(fMatcher.fForms.size() - 1), kNone});
     }
     const std::string& piece = form.pieces.front();
     if (form.gapBefore) return fMatcher.fTails.AddAnchored(piece, id);
@@ -212,6 +223,46 @@ ListMatcher::ListMatcher(const std::vector<ListScanner>& scanners, const Options
   Builder builder(*this, options);
   for (std::uint32_t i = 0; i < scanners.size(); ++i) builder.Add(i, scanners[i]);
   builder.Finish();
+}
+
+ListMatcher::~ListMatcher() {
+  for (std::size_t i = 0; i < fConfirmed.size(); ++i) {
+    delete fAutomata[i].load(std::memory_order_relaxed);
+  }
+}
+
+const Expression* ListMatcher::BuildAutomaton(std::uint32_t number,
+                                              std::string_view pattern) const {
+  const Confirmed& confirmed = fConfirmed[number];
+  const ParseResult parsed = Parse(pattern);
+  const Shape shape = ShapeOf(parsed.tree, confirmed.firstGroup);
+  const auto alternative = std::find_if(
+      shape.alternatives.begin(), shape.alternatives.end(),
+      [&](NodeId id) { return parsed.tree[id].value == fParts[confirmed.part].group; });
+  auto built = Expression::FromTree(SyntaxTree::OfParts(parsed.tree, shape.PartsOf(*alternative)));
+  // Release publishes what was built to the acquire in Confirms; whoever comes second drops his
+  // own.
+  const Expression* automaton = nullptr;
+  if (fAutomata[number].compare_exchange_strong(automaton, built.get(), std::memory_order_acq_rel,
+                                                std::memory_order_acquire)) {
+    return built.release();
+  }
+  return automaton;
+}
+
+// The pieces from the last to the first, each at the last place where it can stand.
+std::size_t ListMatcher::LatestStart(std::string_view text, const LiteralForm& form) {
+  std::size_t end = text.size();
+  for (auto piece = form.pieces.rbegin(); piece != form.pieces.rend(); ++piece) {
+    std::size_t start = end - piece->size();
+    const bool isFixed = piece == form.pieces.rbegin() && !form.gapAfter;
+    while (!isFixed && start > 0 &&
+           !EqualsFolded(text.data() + start, piece->data(), piece->size())) {
+      --start;
+    }
+    end = start;
+  }
+  return end;
 }
 
 // The pieces in order, each at the first place where it can stand; what stands earlier leaves more
@@ -258,10 +309,10 @@ bool ListMatcher::LineEnds::NoneBetween(std::size_t from, std::size_t to) const 
   return fText.substr(from, to - from).find_first_of("\n\r") == std::string_view::npos;
 }
 
-bool ListMatcher::Asked::AddToMany(std::uint32_t scanner) {
-  if (fMany.size() <= scanner) fMany.resize(std::size_t{scanner} + 1);
-  if (fMany[scanner]) return false;
-  fMany[scanner] = true;
+bool ListMatcher::Asked::AddToMany(std::uint32_t number) {
+  if (fMany.size() <= number) fMany.resize(std::size_t{number} + 1);
+  if (fMany[number]) return false;
+  fMany[number] = true;
   return true;
 }
 

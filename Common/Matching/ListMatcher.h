@@ -1,13 +1,16 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "Common/Matching/AnchoredLiterals.h"
+#include "Common/Matching/Expression.h"
 #include "Common/Matching/FloatingLiterals.h"
 #include "Common/Matching/LiteralForms.h"
 #include "Common/Matching/SyntaxTree.h"
@@ -25,8 +28,8 @@ struct ListScanner {
 enum class ListRoad : std::uint8_t {
   Anchored,  // its literals are all of it: the text is one, or begins or ends with one
   Floating,  // pieces with gaps between them, found by one and then compared
-  Required,  // a literal that every match has picks it; its scanner then confirms
-  Always,    // its scanner is asked about every text
+  Required,  // a literal that every match has picks it; an automaton of its own then confirms
+  Always,    // its automaton is asked about every text
 };
 
 // Roads that a test can close; a closed one is answered by the next slower. No answer depends on
@@ -42,9 +45,11 @@ struct ListOptions {
 // The texts of the scanners are the authority: each is read as the engine reads it, and its
 // alternatives are sorted by what their trees say about literals (ListRoad). One pass over the text
 // finds those that literals decide and those that literals pick; only the latter, and those without
-// any literal, cost a run of their scanner.
+// any literal, cost a run of an automaton. An alternative's own is built at its first run, from the
+// scanner's text again, and published by compare-and-swap; where an alternative cannot stand alone
+// (it refers back, or the scanner has another shape) its scanner is asked.
 //
-// Immutable once built; any number of threads may ask.
+// Immutable to the outside; any number of threads may ask.
 class ListMatcher {
 public:
   using Options = ListOptions;
@@ -57,11 +62,17 @@ public:
 
   explicit ListMatcher(const std::vector<ListScanner>& scanners, const Options& options = {});
 
-  // confirm(scanner) says whether that scanner matches the text; what it throws passes.
-  template <class Confirm>
-  bool Matches(std::string_view text, Confirm confirm) const;
-  template <class Confirm>
-  std::optional<Hit> FindFirst(std::string_view text, Confirm confirm) const;
+  ListMatcher(const ListMatcher&) = delete;
+  ListMatcher& operator=(const ListMatcher&) = delete;
+  ~ListMatcher();
+
+  // scanners.Matches(i, text) says whether a scanner matches the text, scanners.Pattern(i) is what
+  // the matcher was made of. What the former throws passes, and an automaton throws
+  // std::regex_error.
+  template <class Scanners>
+  bool Matches(std::string_view text, const Scanners& scanners) const;
+  template <class Scanners>
+  std::optional<Hit> FindFirst(std::string_view text, const Scanners& scanners) const;
 
   // What the roads are, for diagnoses and tests: an alternative each, in the order of the list.
   struct Alternative {
@@ -82,16 +93,22 @@ private:
     std::uint32_t scanner;
     std::uint32_t group;
   };
-  // What a floating literal stands for.
+  // What a floating literal stands for: a form of an alternative, or one that is to be confirmed.
   struct Target {
     std::uint32_t part;
-    std::uint32_t form;  // index in fForms, or kNone: the scanner confirms
+    std::uint32_t form;       // index in fForms, or kNone
+    std::uint32_t confirmed;  // index in fConfirmed where there is no form
+  };
+  // An alternative that a run decides.
+  struct Confirmed {
+    std::uint32_t part;
+    std::uint32_t firstGroup;  // of its scanner; kNone when the scanner itself is to be asked
   };
   // How a scanner's captures choose among its alternatives, as far as literals can tell.
   enum class Naming : std::uint8_t {
     ByCaptures,  // literals cannot
     InOrder,     // the first that matches
-    Shortest,    // a star stands before all of them and takes what it can: the shortest end
+    Latest,      // a star stands before all of them and takes what it can: what begins latest
   };
 
   class Builder;
@@ -116,24 +133,24 @@ private:
     std::size_t fLast = 0;
   };
 
-  // The scanners that were asked about a text already.
+  // What was run on a text already.
   class Asked {
   public:
-    // Whether this is the first time for the scanner.
-    bool Add(std::uint32_t scanner) {
+    // Whether this is the first time for that number.
+    bool Add(std::uint32_t number) {
       for (std::size_t i = 0; i < fCount; ++i) {
-        if (fSmall[i] == scanner) return false;
+        if (fSmall[i] == number) return false;
       }
       if (fCount < kSmall) {
-        fSmall[fCount++] = scanner;
+        fSmall[fCount++] = number;
         return true;
       }
-      return AddToMany(scanner);
+      return AddToMany(number);
     }
 
   private:
     static constexpr std::size_t kSmall = 16;
-    bool AddToMany(std::uint32_t scanner);
+    bool AddToMany(std::uint32_t number);
 
     std::uint32_t fSmall[kSmall];
     std::size_t fCount = 0;
@@ -141,9 +158,25 @@ private:
   };
 
   static bool HasForm(std::string_view text, const LiteralForm& form);
+  // Where the form's first piece stands when all of them stand as late as they can; the text has
+  // it.
+  static std::size_t LatestStart(std::string_view text, const LiteralForm& form);
 
-  // Calls onHit(part, size of the literal or 0) for the alternatives that literals decide, and
-  // onCandidate(part) for those that they pick, until one gives true.
+  template <class Scanners>
+  bool Confirms(std::uint32_t number, std::string_view text, const Scanners& scanners) const {
+    const Confirmed& confirmed = fConfirmed[number];
+    const std::uint32_t scanner = fParts[confirmed.part].scanner;
+    if (confirmed.firstGroup == kNone) return scanners.Matches(scanner, text);
+    // The acquire pairs with the release that published the automaton.
+    const Expression* automaton = fAutomata[number].load(std::memory_order_acquire);
+    if (!automaton) automaton = BuildAutomaton(number, scanners.Pattern(scanner));
+    return automaton->IsMatch(text);
+  }
+  const Expression* BuildAutomaton(std::uint32_t number, std::string_view pattern) const;
+
+  // Calls onHit(part, form or null, size) for the alternatives that literals decide, the size being
+  // that of the literal where there is no form, and onCandidate(number in fConfirmed) for those
+  // that they pick, until one gives true.
   template <class OnHit, class OnCandidate>
   bool VisitLiterals(std::string_view text, OnHit onHit, OnCandidate onCandidate) const;
 
@@ -156,82 +189,84 @@ private:
   std::vector<LiteralForm> fForms;
   std::uint32_t fEmptyPart = kNone;     // the first that is the empty text
   std::uint32_t fAnythingPart = kNone;  // the first that is every text without line ends
-  std::vector<std::uint32_t> fAlways;   // scanners, ascending
+  std::vector<Confirmed> fConfirmed;
+  std::vector<std::uint32_t> fAlways;  // numbers in fConfirmed, ascending
+  // One for each confirmed alternative; null until its first run.
+  mutable std::unique_ptr<std::atomic<const Expression*>[]> fAutomata;
 };
 
 template <class OnHit, class OnCandidate>
 bool ListMatcher::VisitLiterals(std::string_view text, OnHit onHit, OnCandidate onCandidate) const {
   LineEnds lineEnds(text);
-  if (fEmptyPart != kNone && text.empty() && onHit(fEmptyPart, 0)) return true;
-  if (fAnythingPart != kNone && lineEnds.None() && onHit(fAnythingPart, 0)) return true;
+  if (fEmptyPart != kNone && text.empty() && onHit(fEmptyPart, nullptr, 0)) return true;
+  if (fAnythingPart != kNone && lineEnds.None() && onHit(fAnythingPart, nullptr, 0)) return true;
   if (fTails.Visit(text, [&](std::uint32_t part, std::size_t size) {
-        return lineEnds.NoneIn(0, text.size() - size) && onHit(part, size);
+        return lineEnds.NoneIn(0, text.size() - size) && onHit(part, nullptr, size);
       })) {
     return true;
   }
   if (fHeads.Visit(text, [&](std::uint32_t part, std::size_t size) {
-        return lineEnds.NoneIn(size, text.size()) && onHit(part, size);
+        return lineEnds.NoneIn(size, text.size()) && onHit(part, nullptr, size);
       })) {
     return true;
   }
   return fFloating.Visit(text, [&](std::uint32_t id, std::size_t) {
     const Target& target = fTargets[id];
-    if (target.form == kNone) return onCandidate(target.part);
-    return lineEnds.None() && HasForm(text, fForms[target.form]) && onHit(target.part, 0);
+    if (target.form == kNone) return onCandidate(target.confirmed);
+    const LiteralForm& form = fForms[target.form];
+    return lineEnds.None() && HasForm(text, form) && onHit(target.part, &form, 0);
   });
 }
 
-template <class Confirm>
-bool ListMatcher::Matches(std::string_view text, Confirm confirm) const {
+template <class Scanners>
+bool ListMatcher::Matches(std::string_view text, const Scanners& scanners) const {
   Asked asked;
+  const auto confirms = [&](std::uint32_t number) {
+    return asked.Add(number) && Confirms(number, text, scanners);
+  };
   if (VisitLiterals(
-          text, [](std::uint32_t, std::size_t) { return true; },
-          [&](std::uint32_t part) {
-            const std::uint32_t scanner = fParts[part].scanner;
-            return asked.Add(scanner) && confirm(scanner);
-          })) {
+          text, [](std::uint32_t, const LiteralForm*, std::size_t) { return true; }, confirms)) {
     return true;
   }
-  for (const std::uint32_t scanner : fAlways) {
-    if (asked.Add(scanner) && confirm(scanner)) return true;
+  for (const std::uint32_t number : fAlways) {
+    if (confirms(number)) return true;
   }
   return false;
 }
 
-template <class Confirm>
+template <class Scanners>
 std::optional<ListMatcher::Hit> ListMatcher::FindFirst(std::string_view text,
-                                                       Confirm confirm) const {
+                                                       const Scanners& scanners) const {
   Asked asked;
   std::uint32_t best = kNone;      // the first scanner found to match
   std::uint32_t bestPart = kNone;  // what literals say of its alternatives
-  std::size_t bestSize = 0;
-  VisitLiterals(
-      text,
-      [&](std::uint32_t part, std::size_t size) {
-        const std::uint32_t scanner = fParts[part].scanner;
-        if (scanner > best) return false;
-        const bool better =
-            scanner < best || bestPart == kNone ||
-            (fNaming[scanner] == Naming::Shortest && size != bestSize ? size < bestSize
-                                                                      : part < bestPart);
-        if (!better) return false;
-        best = scanner;
-        bestPart = part;
-        bestSize = size;
-        return false;
-      },
-      [&](std::uint32_t part) {
-        const std::uint32_t scanner = fParts[part].scanner;
-        if (scanner >= best || !asked.Add(scanner) || !confirm(scanner)) return false;
-        best = scanner;
-        bestPart = kNone;
-        return false;
-      });
-  for (const std::uint32_t scanner : fAlways) {
-    if (scanner >= best) break;
-    if (!asked.Add(scanner) || !confirm(scanner)) continue;
+  std::size_t bestStart = 0;       // where that begins, as far as it matters
+  const auto onHit = [&](std::uint32_t part, const LiteralForm* form, std::size_t size) {
+    const std::uint32_t scanner = fParts[part].scanner;
+    if (scanner > best) return false;
+    std::size_t start = 0;
+    if (fNaming[scanner] == Naming::Latest) {
+      start = form ? LatestStart(text, *form) : text.size() - size;
+    }
+    const bool isBetter = scanner < best || bestPart == kNone || start > bestStart ||
+                          (start == bestStart && part < bestPart);
+    if (!isBetter) return false;
+    best = scanner;
+    bestPart = part;
+    bestStart = start;
+    return false;
+  };
+  const auto onCandidate = [&](std::uint32_t number) {
+    const std::uint32_t scanner = fParts[fConfirmed[number].part].scanner;
+    if (scanner >= best || !asked.Add(number) || !Confirms(number, text, scanners)) return false;
     best = scanner;
     bestPart = kNone;
+    return false;
+  };
+  VisitLiterals(text, onHit, onCandidate);
+  for (const std::uint32_t number : fAlways) {
+    if (fParts[fConfirmed[number].part].scanner >= best) break;
+    onCandidate(number);
   }
   if (best == kNone) return std::nullopt;
   const bool isNamed = bestPart != kNone && fNaming[best] != Naming::ByCaptures;

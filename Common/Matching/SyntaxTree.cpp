@@ -77,4 +77,49 @@ void SyntaxTree::Dump(std::ostream& out) const {
   }
 }
 
+// One node without its children; a group is what it holds.
+SyntaxTree::Copied SyntaxTree::Copy(const SyntaxTree& from, NodeId id) {
+  while (from[id].kind == NodeKind::Group) id = from[id].firstChild;
+  Node node = from[id];
+  node.firstChild = node.nextSibling = kNoNode;
+  if (node.kind == NodeKind::Bytes) node.value = Intern(from.Set(node.value));
+  Count(node.kind);
+  return {id, Add(node)};
+}
+
+void SyntaxTree::Append(NodeId parent, NodeId& last, NodeId child) {
+  (last == kNoNode ? fNodes[parent].firstChild : fNodes[last].nextSibling) = child;
+  last = child;
+}
+
+SyntaxTree SyntaxTree::OfParts(const SyntaxTree& from, const std::vector<NodeId>& parts) {
+  SyntaxTree tree;
+  std::vector<Copied> open;
+  if (parts.size() == 1) {
+    open.push_back(tree.Copy(from, parts.front()));
+    tree.SetRoot(open.back().to);
+  } else {
+    Node root;
+    root.kind = parts.empty() ? NodeKind::Empty : NodeKind::Concat;
+    tree.Count(root.kind);
+    tree.SetRoot(tree.Add(root));
+    NodeId last = kNoNode;
+    for (const NodeId part : parts) {
+      open.push_back(tree.Copy(from, part));
+      tree.Append(tree.Root(), last, open.back().to);
+    }
+  }
+  while (!open.empty()) {
+    const Copied parent = open.back();
+    open.pop_back();
+    NodeId last = kNoNode;
+    for (NodeId child = from[parent.from].firstChild; child != kNoNode;
+         child = from[child].nextSibling) {
+      open.push_back(tree.Copy(from, child));
+      tree.Append(parent.to, last, open.back().to);
+    }
+  }
+  return tree;
+}
+
 }  // namespace Matching

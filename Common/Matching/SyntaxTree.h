@@ -58,6 +58,9 @@ public:
     fNodes.push_back(node);
     return static_cast<NodeId>(fNodes.size() - 1);
   }
+  // A tree that matches what the parts of another match one behind the other, and captures nothing.
+  static SyntaxTree OfParts(const SyntaxTree& from, const std::vector<NodeId>& parts);
+
   // The index of a set equal to this one; equal sets share an index.
   std::uint32_t Intern(const ByteSet& set);
   void SetRoot(NodeId root) { fRoot = root; }
@@ -78,6 +81,13 @@ public:
   void Dump(std::ostream& out) const;
 
 private:
+  struct Copied {
+    NodeId from;
+    NodeId to;
+  };
+  Copied Copy(const SyntaxTree& from, NodeId id);
+  void Append(NodeId parent, NodeId& last, NodeId child);
+
   struct HashSet {
     std::size_t operator()(const ByteSet& set) const { return set.Hash(); }
   };

@@ -40,7 +40,7 @@ double SecondsSince(std::chrono::steady_clock::time_point start) {
 }
 
 Strings Lines(const std::string& file) {
-  const auto path = SharedPath("data/" + file);
+  const auto path = file.empty() ? std::nullopt : SharedPath("data/" + file);
   return path ? ReadLines(*path) : Strings();
 }
 
@@ -232,6 +232,7 @@ void ListAnswers(benchmark::State& state, const MakeWorkload& make) {
   const Workload workload = make();
   if (workload.texts.empty()) return state.SkipWithError("the data are not there");
   const BuiltList list = Build(workload);
+  list.value->TriggerRegexBuild();
   AskAll(state, workload.texts,
          [&](const std::string& text) { return list.value->Matches(text) == 1; });
   SetBuildCounters(state, workload, list);

@@ -5,7 +5,9 @@
 
 #include <random>
 #include <regex>
+#include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "Common/Matching/ByteFold.h"
@@ -42,9 +44,10 @@ public:
     }
     return list;
   }
-  bool Matches(std::size_t scanner, const std::string& text) const {
-    return std::regex_match(text, fRegexes[scanner]);
+  bool Matches(std::size_t scanner, std::string_view text) const {
+    return std::regex_match(text.begin(), text.end(), fRegexes[scanner]);
   }
+  std::string_view Pattern(std::size_t scanner) const { return fPatterns[scanner]; }
   // The group of the alternative that the captures name, by the rule of a list's Find.
   std::uint32_t NamedGroup(std::size_t scanner, const std::string& text) const {
     std::smatch captures;
@@ -67,6 +70,29 @@ private:
   std::vector<std::regex> fRegexes;
 };
 
+// Scanners that nobody may ask.
+struct Forbidden {
+  bool Matches(std::size_t, std::string_view) const { throw std::logic_error("asked"); }
+  std::string_view Pattern(std::size_t) const { throw std::logic_error("asked"); }
+};
+
+// Scanners whose texts alone may be read.
+struct Patterns {
+  const Scanners& scanners;
+  bool Matches(std::size_t, std::string_view) const { throw std::logic_error("asked"); }
+  std::string_view Pattern(std::size_t scanner) const { return scanners.Pattern(scanner); }
+};
+
+// Scanners that match nothing and count how often they are asked.
+struct Counting {
+  mutable int asked = 0;
+  bool Matches(std::size_t, std::string_view) const {
+    ++asked;
+    return false;
+  }
+  std::string_view Pattern(std::size_t) const { throw std::logic_error("asked"); }
+};
+
 const Matching::ListOptions kAllOptions[] = {
     {true, true, true},  {false, true, true},  {true, false, true},
     {true, true, false}, {false, false, true}, {false, false, false},
@@ -78,13 +104,12 @@ void ExpectAgreement(const Scanners& scanners, const Strings& texts) {
     const ListMatcher matcher(list, options);
     for (const std::string& text : texts) {
       SCOPED_TRACE(scanners.Show() + "on '" + text + "'");
-      const auto confirm = [&](std::uint32_t scanner) { return scanners.Matches(scanner, text); };
       std::optional<std::uint32_t> first;
       for (std::uint32_t i = 0; i < list.size() && !first; ++i) {
-        if (confirm(i)) first = i;
+        if (scanners.Matches(i, text)) first = i;
       }
-      ASSERT_EQ(matcher.Matches(text, confirm), first.has_value());
-      const auto hit = matcher.FindFirst(text, confirm);
+      ASSERT_EQ(matcher.Matches(text, scanners), first.has_value());
+      const auto hit = matcher.FindFirst(text, scanners);
       ASSERT_EQ(hit.has_value(), first.has_value());
       if (!hit) continue;
       ASSERT_EQ(hit->scanner, *first);
@@ -133,13 +158,22 @@ TEST(ListMatcher, TakesAScannerOfAnotherShapeWhole) {
   ExpectAgreement(scanners, {"xb", "xc", "x|", "c", "ab", "abc", "", "cab"});
 }
 
+TEST(ListMatcher, NamesWhatBeginsLatestBehindAStar) {
+  Scanners scanners;
+  scanners.Add("^.*", {"ab.*c", "b.*", ".*ab", "c"}, "$");
+  scanners.Add("^.*", {"x.*x.*", ".*x", "x.*y"}, "$");
+  ExpectAgreement(scanners, {"abc", "abcabc", "bab", "ab", "bc", "xx", "xxx", "xaxy", "xyx", "cc"});
+  const ListMatcher matcher(scanners.List());
+  EXPECT_NE(matcher.FindFirst("abcabc", Forbidden())->group, 0u);
+}
+
 TEST(ListMatcher, NamesWhatTheCapturesName) {
   Scanners scanners;
   scanners.Add("^.*", {"\\.a\\.com", "om", "\\.com"}, "$");
   scanners.Add("^", {"abc", "ab.*", "a.*"}, "$");
   ExpectAgreement(scanners, {"x.a.com", "room", "x.com", "abc", "abd", "acd"});
   const ListMatcher matcher(scanners.List());
-  const auto none = [](std::uint32_t) -> bool { throw std::logic_error("literals decide all"); };
+  const Forbidden none;                                      // literals decide all
   EXPECT_EQ(matcher.FindFirst("x.a.com", none)->group, 3u);  // "om": the star takes what it can
   EXPECT_EQ(matcher.FindFirst("abc", none)->group, 2u);
   EXPECT_EQ(matcher.FindFirst("acd", none)->group, 4u);
@@ -170,23 +204,38 @@ TEST(ListMatcher, PlansTheRoadOfEachElement) {
 
 TEST(ListMatcher, AsksAScannerOnceAboutAText) {
   Scanners scanners;
-  scanners.Add("", {".*key\\d.*", ".*word\\d.*", "\\d+"}, "");
+  scanners.AddWhole("(.*)key\\d\\1", 0);
   const ListMatcher matcher(scanners.List());
-  int asked = 0;
-  EXPECT_FALSE(matcher.Matches("key word key word key", [&](std::uint32_t) {
-    ++asked;
-    return false;
-  }));
-  EXPECT_EQ(asked, 1);
+  const Counting counting;
+  EXPECT_FALSE(matcher.Matches("key key key", counting));
+  EXPECT_EQ(counting.asked, 1);
+}
+
+TEST(ListMatcher, BuildsAnAlternativesAutomatonOnceForAllThreads) {
+  Scanners scanners;
+  scanners.Add("", {".*key\\d.*", ".*word\\d.*", "\\d+"}, "");
+  for (int round = 0; round < 20; ++round) {
+    const ListMatcher matcher(scanners.List());
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; ++i) {
+      threads.emplace_back([&] {
+        const Patterns patterns{scanners};
+        EXPECT_TRUE(matcher.Matches("a key1", patterns));
+        EXPECT_TRUE(matcher.Matches("12", patterns));
+        EXPECT_FALSE(matcher.Matches("a word", patterns));
+      });
+    }
+    for (auto& thread : threads) thread.join();
+  }
 }
 
 TEST(ListMatcher, LetsWhatConfirmingThrowsPass) {
   Scanners scanners;
-  scanners.Add("", {"\\d+"}, "");
+  scanners.AddWhole("(\\d)\\1", 0);
   const ListMatcher matcher(scanners.List());
-  const auto fail = [](std::uint32_t) -> bool { throw std::runtime_error("engine"); };
-  EXPECT_THROW(matcher.Matches("x", fail), std::runtime_error);
-  EXPECT_THROW(matcher.FindFirst("x", fail), std::runtime_error);
+  const Forbidden fail;
+  EXPECT_THROW(matcher.Matches("x", fail), std::logic_error);
+  EXPECT_THROW(matcher.FindFirst("x", fail), std::logic_error);
 }
 
 std::string RandomOf(std::mt19937& random, const Strings& parts, std::size_t most) {

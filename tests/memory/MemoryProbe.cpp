@@ -60,14 +60,13 @@ struct EarlyCount {
 };
 [[gnu::init_priority(500)]] const EarlyCount gEarly;
 
-// Slabs of one class that this many threads make, all of them alive, with a block each. None
+// Has each of that many threads take a block of one class while the others have theirs, too. None
 // allocates before the last is there: what malloc maps for a thread would come between the stacks.
-void PrintSlabsOfThreads(const Arguments& arguments) {
-  const int wanted = std::stoi(arguments.at(0));
-  std::latch allAreThere(wanted);
-  std::latch allHaveOne(wanted);
+void TakeABlockInEachOf(int count) {
+  std::latch allAreThere(count);
+  std::latch allHaveOne(count);
   std::vector<std::thread> threads;
-  for (int thread = 0; thread < wanted; ++thread) {
+  for (int thread = 0; thread < count; ++thread) {
     threads.emplace_back([&] {
       allAreThere.arrive_and_wait();
       void* const block = Allocate(8);
@@ -76,7 +75,24 @@ void PrintSlabsOfThreads(const Arguments& arguments) {
     });
   }
   for (std::thread& thread : threads) thread.join();
+}
+
+void PrintSlabsOfThreads(const Arguments& arguments) {
+  TakeABlockInEachOf(std::stoi(arguments.at(0)));
   std::printf("%u\n", SlabsMade());
+}
+
+// Eight sets with a slab each, all free; then one set that needs more than it has.
+void PrintSlabsWhileOneSetRunsOut(const Arguments&) {
+  constexpr int kBlocksASlab = 17408;
+  SetBucketCount(8);
+  TakeABlockInEachOf(8);
+  SetBucketCount(1);
+  for (const int more : {kBlocksASlab, 1, kBlocksASlab - 1, 7 * kBlocksASlab, 1}) {
+    for (int taken = 0; taken < more; ++taken) Allocate(8);
+    std::printf("%u ", SlabsMade());
+  }
+  LeaveAtOnce();
 }
 
 void FreeTwice(const Arguments&) {
@@ -195,6 +211,7 @@ int main(int count, char** values) {
   static const std::map<std::string, std::function<void(const Arguments&)>> actions = {
       {"settings", PrintSettings},
       {"threads", PrintSlabsOfThreads},
+      {"one-set-runs-out", PrintSlabsWhileOneSetRunsOut},
       {"free-twice", FreeTwice},
       {"reallocate-freed", ReallocateFreed},
       {"shut-down", ShutDown},

@@ -107,6 +107,14 @@ TEST(MemorySettings, SpreadThreadsOverTheSets) {
   }
 }
 
+// The other sets are asked once the own list has two slabs, and all of them, also where one is
+// used.
+TEST(MemorySettings, LetASetTakeFromTheOthersBeforeItsThirdSlab) {
+  EXPECT_EQ(Probe({"one-set-runs-out"}).output, "8 9 9 16 17 ");
+  const CEnvironmentValue others("QRX_MM_USE_OTHER_BUCKETS", "YES");
+  EXPECT_EQ(Probe({"one-set-runs-out"}).output, "8 9 9 9 10 ");
+}
+
 constexpr int kAborted = 128 + SIGABRT;
 
 TEST(MemoryCorruption, AbortsWithALineForASecondFree) {

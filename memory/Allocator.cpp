@@ -108,7 +108,7 @@ void* ReallocateLarge(Block* block, std::size_t size) {
 void FreeSmall(Block* block, std::uintptr_t header) {
   if (header & kFreeBit) AbortWith("memory: a block is freed that is free already\n");
 
-  auto* const slab = reinterpret_cast<Slab*>(header);
+  Slab* const slab = SlabOf(header);
   __builtin_prefetch(slab, 1);
   // Relaxed: for a second free of the same block, which is a mistake in the same thread as a rule.
   block->header.store(header | kFreeBit, std::memory_order_relaxed);
@@ -157,7 +157,7 @@ void* ReallocateBlock(void* payload, std::size_t size, const void* caller) {
   const auto header = block->header.load(std::memory_order_relaxed);
   if (!IsWithinSlabBelow(header, block)) return ReallocateLarge(block, size);
   if (header & kFreeBit) AbortWith("memory: a block is reallocated that is free already\n");
-  return ReallocateSmall(block, reinterpret_cast<Slab*>(header), size, caller);
+  return ReallocateSmall(block, SlabOf(header), size, caller);
 }
 
 void FreeBlock(void* payload) {

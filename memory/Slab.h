@@ -93,6 +93,16 @@ inline bool IsWithinSlabBelow(std::uintptr_t header, const Block* block) {
   return slab != 0 && slab < place && slab > place - static_cast<std::int64_t>(kSlabBytes);
 }
 
+// What the words mean as pointers. They carry bits beside the address, so they cannot be pointers.
+// NOLINTBEGIN(performance-no-int-to-ptr)
+inline Block* FirstFreeOf(std::uintptr_t first) {
+  return reinterpret_cast<Block*>(first & ~kFreeBit);
+}
+inline Slab* SlabOf(std::uintptr_t header) {
+  return reinterpret_cast<Slab*>(header);
+}
+// NOLINTEND(performance-no-int-to-ptr)
+
 // Lays out a slab of one class with that many blocks, all free, in the order of their addresses.
 // Nobody else knows the slab yet.
 void FormatSlab(Slab& slab, std::uint32_t classValue, std::size_t blockCount);

@@ -22,10 +22,6 @@
 //    taken, and both make the walk start again.
 namespace Memory {
 
-inline Block* FirstFreeOf(std::uintptr_t first) {
-  return reinterpret_cast<Block*>(first & ~kFreeBit);
-}
-
 struct TakenBlock {
   Block* block = nullptr;     // null: there is none
   bool isLastOfSlab = false;  // it left its slab without a free block

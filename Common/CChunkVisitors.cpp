@@ -1,0 +1,217 @@
+#include "Common/CChunkVisitors.h"
+
+#include <bit>
+#include <cstring>
+#include <utility>
+
+#include "Common/CVariantTypeTable.h"
+#include "Common/DebugLog.h"
+#include "Common/EncodingRegistry.h"
+#include "Common/ErrorCatalogue.h"
+
+qxSource("Common\\CChunkVisitors");
+
+namespace {
+
+constexpr std::size_t kGroupSize = 64;
+
+bool IsBytesAsTheyStand(std::uint32_t encoding) {
+  return encoding < Charset::Latin1 || encoding == Charset::Raw;
+}
+
+void ReportNoList(const char* complaint, Selvane::IVariant* value) {
+  const char* type = value ? PrintedTypeName(value->GetType()) : "NULL";
+  qxReportError(ErrorId::InternalError, "CSearchVisitor::CSearchVisitor",
+                {{"msg", complaint + std::string(type)}});
+}
+
+std::string InUtf8(Selvane::IUnicodeString& text) {
+  const char* utf8 = text.GetUtf8();
+  return utf8 ? utf8 : "";
+}
+
+}  // namespace
+
+void CSearchVisitor::Searcher::BuildPrefix() {
+  prefix.assign(length, 0);
+  std::uint64_t matched = 0;
+  for (std::uint64_t i = 1; i < length; ++i) {
+    while (matched > 0 && pattern[i] != pattern[matched]) matched = prefix[matched - 1];
+    if (pattern[i] == pattern[matched]) ++matched;
+    prefix[i] = matched;
+  }
+}
+
+bool CSearchVisitor::Searcher::Step(unsigned char byte) {
+  while (state != 0 && pattern[state] != byte) state = prefix[state - 1];
+  if (pattern[state] == byte) ++state;
+  return state == length;
+}
+
+CSearchVisitor::CSearchVisitor(const void* const* patterns, Selvane::IVariant* lengths) {
+  const std::uint64_t count = lengths && lengths->IsListType() ? lengths->GetListSize() : 0;
+  bool isList = lengths && lengths->IsListType();
+  for (std::uint64_t i = 0; isList && i < count; ++i) {
+    const std::int64_t length = lengths->GetLongListElem(static_cast<std::int64_t>(i), isList);
+    if (!isList || length < 0) break;
+    Searcher searcher;
+    searcher.pattern = static_cast<const unsigned char*>(patterns[i]);
+    searcher.length = searcher.pattern ? static_cast<std::uint64_t>(length) : 0;
+    AddSearcher(std::move(searcher));
+  }
+  if (!isList) {
+    ReportNoList("Cannot create searcher. patternLengths is not a long list but a ", lengths);
+    return;
+  }
+  Prepare();
+}
+
+CSearchVisitor::CSearchVisitor(Selvane::IVariant* patterns) {
+  bool isList = patterns && patterns->IsListType();
+  const std::uint64_t count = isList ? patterns->GetListSize() : 0;
+  for (std::uint64_t i = 0; isList && i < count; ++i) {
+    CUsePtr<Selvane::IUnicodeString> text(
+        patterns->GetStringListElem(static_cast<std::int64_t>(i), isList));
+    if (!isList) break;
+    Searcher searcher;
+    if (text && !text->IsEmpty()) {
+      const bool isTaken = IsBytesAsTheyStand(EncodingId(text->GetEncodingName()));
+      if (!isTaken) searcher.owned = InUtf8(*text);
+      searcher.length = isTaken ? text->GetByteSize() : searcher.owned.size();
+      if (isTaken) searcher.pattern = reinterpret_cast<const unsigned char*>(text->GetBytes());
+      searcher.holder = std::move(text);
+    }
+    AddSearcher(std::move(searcher));
+  }
+  if (!isList) {
+    ReportNoList("Cannot create searcher. patterns is not a string list but a ", patterns);
+    return;
+  }
+  Prepare();
+}
+
+void CSearchVisitor::AddSearcher(Searcher searcher) {
+  fSearchers.push_back(std::move(searcher));
+}
+
+// Once the list is complete, for the bytes of a short converted string move with its searcher.
+void CSearchVisitor::Prepare() {
+  fGroups.resize((fSearchers.size() + kGroupSize - 1) / kGroupSize);
+  fEmptyPattern = fSearchers.size();
+  for (std::size_t i = fSearchers.size(); i-- > 0;) {
+    Searcher& searcher = fSearchers[i];
+    if (!searcher.owned.empty()) {
+      searcher.pattern = reinterpret_cast<const unsigned char*>(searcher.owned.data());
+    }
+    searcher.BuildPrefix();
+    if (searcher.length == 0) {
+      fEmptyPattern = i;
+      continue;
+    }
+    fStarts[searcher.pattern[0]] = true;
+    fGroups[i / kGroupSize].starts[searcher.pattern[0]] |= std::uint64_t{1} << (i % kGroupSize);
+  }
+  int starts = 0;
+  for (int byte = 0; byte < 256; ++byte) {
+    if (!fStarts[static_cast<std::size_t>(byte)]) continue;
+    ++starts;
+    fOnlyStart = byte;
+  }
+  if (starts != 1) fOnlyStart = -1;
+  fValid = true;
+}
+
+void CSearchVisitor::Reset() {
+  fFoundOffset = ~std::uint64_t{0};
+  fFoundIndex = -1;
+  fChunkIndex = 0;
+}
+
+void CSearchVisitor::GetResult(bool& found, int& index, std::size_t& offset) const {
+  found = fFoundIndex >= 0;
+  if (!found) return;
+  index = fFoundIndex;
+  offset = fFoundOffset;
+}
+
+// Steps every pattern that the byte starts or that is under way: for all others it changes nothing.
+bool CSearchVisitor::StepAll(unsigned char byte, std::size_t& winner) {
+  fActiveGroups = 0;
+  for (std::size_t g = 0; g < fGroups.size(); ++g) {
+    Group& group = fGroups[g];
+    std::uint64_t rest = group.active | group.starts[byte];
+    while (rest != 0) {
+      const int bit = std::countr_zero(rest);
+      rest &= rest - 1;
+      Searcher& searcher = fSearchers[g * kGroupSize + static_cast<std::size_t>(bit)];
+      if (searcher.Step(byte)) {
+        winner = g * kGroupSize + static_cast<std::size_t>(bit);
+        return true;
+      }
+      const std::uint64_t mask = std::uint64_t{1} << bit;
+      group.active = searcher.state != 0 ? group.active | mask : group.active & ~mask;
+    }
+    fActiveGroups += group.active != 0 ? 1 : 0;
+  }
+  return false;
+}
+
+// Perf: while no pattern is under way, only a byte that starts one can change anything
+// (cbuffer_bench, Find*).
+std::size_t CSearchVisitor::SkipIdle(const unsigned char* data, std::size_t from,
+                                     std::size_t length) const {
+  if (fOnlyStart >= 0) {
+    const void* found = std::memchr(data + from, fOnlyStart, length - from);
+    return found ? static_cast<std::size_t>(static_cast<const unsigned char*>(found) - data)
+                 : length;
+  }
+  while (from < length && !fStarts[data[from]]) ++from;
+  return from;
+}
+
+CSearchVisitor::Hit CSearchVisitor::MakeHit(std::size_t winner, std::size_t consumed) {
+  for (Searcher& searcher : fSearchers) searcher.state = 0;
+  for (Group& group : fGroups) group.active = 0;
+  fActiveGroups = 0;
+  const std::uint64_t length = fSearchers[winner].length;
+  const bool isBefore = consumed < length;
+  return {static_cast<int>(winner), isBefore ? length - consumed : consumed - length, isBefore};
+}
+
+bool CSearchVisitor::Search(const unsigned char* data, std::size_t length, Hit& hit) {
+  if (length == 0 || fSearchers.empty()) return false;
+  std::size_t winner = 0;
+  if (fEmptyPattern < fSearchers.size()) {  // decides at the first byte, behind those before it
+    for (; winner < fEmptyPattern; ++winner) {
+      if (!fSearchers[winner].Step(data[0])) continue;
+      hit = MakeHit(winner, 1);
+      return true;
+    }
+    hit = {0, 0, false};
+    return true;
+  }
+  for (std::size_t i = 0; i < length; ++i) {
+    if (fActiveGroups == 0) {
+      i = SkipIdle(data, i, length);
+      if (i == length) return false;
+    }
+    if (StepAll(data[i], winner)) {
+      hit = MakeHit(winner, i + 1);
+      return true;
+    }
+  }
+  return false;
+}
+
+void CSearchVisitor::Visit(const void* data, std::size_t length, std::size_t chunkSize,
+                           bool& more) {
+  Hit hit;
+  more = !Search(static_cast<const unsigned char*>(data), length, hit);
+  if (more) {
+    ++fChunkIndex;
+    return;
+  }
+  const std::uint64_t base = std::uint64_t{fChunkIndex} * chunkSize;
+  fFoundOffset = hit.isBefore ? base - hit.distance : base + hit.distance;
+  fFoundIndex = hit.index;
+}

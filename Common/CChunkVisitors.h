@@ -1,0 +1,92 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "Common/CUseCounted.h"
+#include "Common/IUnicodeString.h"
+#include "Common/SelvaneIVariant.h"
+
+// Looks at the bytes of a buffer piece by piece, wherever they are kept.
+//
+// Every piece but the last has the same size: who counts by pieces knows where they begin.
+class AChunkVisitor {
+public:
+  // In this order, as every binary that was built against them expects.
+  // The bytes live for the call. more tells whether to go on.
+  virtual void Visit(const void* data, std::size_t length, std::size_t chunkSize, bool& more) = 0;
+  virtual std::size_t GetChunkSize() { return 0; }  // 0: kDefaultChunkSize
+  virtual ~AChunkVisitor() = default;
+
+  static constexpr std::size_t kDefaultChunkSize = std::size_t{1} << 20;
+};
+
+// Finds the first of several byte patterns to end, over the borders of the pieces: each pattern has
+// an automaton after Knuth, Morris and Pratt, all of them step through the bytes together, and
+// their states outlive a piece. Of two that end with one byte, the first in the list wins.
+//
+// One search on one thread. The bytes of the patterns belong to the caller; strings of a list are
+// kept alive.
+//
+// Contract: an empty pattern is found at the first byte, under index 0 wherever it stands.
+// Contract: a hit forgets all that other patterns had matched so far.
+class CSearchVisitor : public AChunkVisitor, public CUseCounted {
+public:
+  // The lengths are a list of integers, one a pattern; a negative one ends the list. What is no
+  // such list is reported, and leaves the visitor invalid.
+  CSearchVisitor(const void* const* patterns, Selvane::IVariant* lengths);
+  // A list of strings. One in UTF-8, ASCII or of raw bytes is taken as it is, any other as UTF-8.
+  explicit CSearchVisitor(Selvane::IVariant* patterns);
+
+  bool IsValid() const { return fValid; }
+
+  void Visit(const void* data, std::size_t length, std::size_t chunkSize, bool& more) override;
+  // For another search. What the patterns have matched so far stays.
+  void Reset();
+  // Nothing but found is written when there is no hit. The offset is from the first byte visited.
+  void GetResult(bool& found, int& index, std::size_t& offset) const;
+
+private:
+  struct Searcher {
+    std::vector<std::uint64_t> prefix;  // longest proper prefix that ends here, for each byte
+    std::uint64_t length = 0;
+    const unsigned char* pattern = nullptr;
+    std::string owned;                        // the bytes, where they had to be converted
+    CUsePtr<Selvane::IUnicodeString> holder;  // keeps the bytes of a list's string alive
+    std::uint64_t state = 0;                  // bytes of the pattern matched so far
+
+    void BuildPrefix();
+    bool Step(unsigned char byte);  // true when the pattern is complete
+  };
+  // 64 searchers: which of them a byte starts, and which are under way.
+  struct Group {
+    std::array<std::uint64_t, 256> starts{};
+    std::uint64_t active = 0;
+  };
+  struct Hit {
+    int index;
+    std::uint64_t distance;  // from the beginning of the piece
+    bool isBefore;           // the match began so far in front of the piece
+  };
+
+  void AddSearcher(Searcher searcher);
+  void Prepare();
+  bool Search(const unsigned char* data, std::size_t length, Hit& hit);
+  bool StepAll(unsigned char byte, std::size_t& winner);
+  std::size_t SkipIdle(const unsigned char* data, std::size_t from, std::size_t length) const;
+  Hit MakeHit(std::size_t winner, std::size_t consumed);
+
+  std::vector<Searcher> fSearchers;  // in the order of the list
+  std::vector<Group> fGroups;
+  std::array<bool, 256> fStarts{};  // bytes with which any pattern begins
+  int fOnlyStart = -1;              // that byte, when there is just one
+  std::size_t fEmptyPattern = 0;    // position of the first empty one; the list's size for none
+  std::size_t fActiveGroups = 0;    // groups with a pattern under way
+  std::uint64_t fFoundOffset = ~std::uint64_t{0};
+  std::int32_t fFoundIndex = -1;
+  std::uint32_t fChunkIndex = 0;  // pieces visited without a hit
+  bool fValid = false;
+};

@@ -7,22 +7,13 @@
 #include <limits>
 
 #include "Common/CChunkVisitors.h"
-#include "host/HostSlot.h"
+#include "memory/Allocator.h"
 
 namespace {
 
 constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
 constexpr std::uint64_t kLargestBlock = PTRDIFF_MAX;  // no allocator gives more
 constexpr std::uint64_t kSmallBlock = 8192;           // what a buffer keeps although it is empty
-constexpr int kOutOfMemoryStatus = 42;
-
-// Takes no memory: there is none.
-[[noreturn]] void FailAllocation(const char* word, std::uint64_t size) {
-  char text[256];
-  std::snprintf(text, sizeof text, "%s (%llu)", word, static_cast<unsigned long long>(size));
-  if (const auto host = Tovrin::GetHost()) host->ReportFatalError(text);
-  std::exit(kOutOfMemoryStatus);
-}
 
 std::uint64_t Sum(std::uint64_t a, std::uint64_t b) {
   return a > kMost - b ? kMost : a + b;  // the largest number stands for all above it
@@ -92,13 +83,13 @@ void CBufferMemImpl::Reserve(std::uint64_t extra) {
   const char* word = "";
   std::uint64_t need = 0;
   if (!fExternal && !NeedsRoom(extra)) return;
-  if (!Enlarge(extra, word, need)) FailAllocation(word, need);
+  if (!Enlarge(extra, word, need)) MemoryFailure(word, need);
 }
 
-// Perf: half as much again as there is, so that many small pieces are not moved each time
+// Perf: twice as much as there is, so that many small pieces are not moved each time
 // (cbuffer_bench, AppendPieces).
 void CBufferMemImpl::Grow(std::uint64_t length) {
-  if (fExternal || NeedsRoom(length)) Reserve(std::max(length, fSize / 2));
+  if (fExternal || NeedsRoom(length)) Reserve(std::max(length, fSize));
 }
 
 void CBufferMemImpl::Own() {
@@ -107,7 +98,7 @@ void CBufferMemImpl::Own() {
 
 void CBufferMemImpl::Resize(std::uint64_t capacity) {
   void* block = std::realloc(fData, capacity);
-  if (!block) FailAllocation("realloc", capacity);
+  if (!block) MemoryFailure("realloc", capacity);
   fData = static_cast<char*>(block);
   fCapacity = capacity;
 }

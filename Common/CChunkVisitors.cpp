@@ -118,6 +118,7 @@ void CSearchVisitor::Prepare() {
     fOnlyStart = byte;
   }
   if (starts != 1) fOnlyStart = -1;
+  if (fSearchers.size() == 1 && fSearchers[0].length > 1) fSecond = fSearchers[0].pattern[1];
   fValid = true;
 }
 
@@ -156,14 +157,17 @@ bool CSearchVisitor::StepAll(unsigned char byte, std::size_t& winner) {
   return false;
 }
 
-// Perf: while no pattern is under way, only a byte that starts one can change anything
-// (cbuffer_bench, Find*).
+// Perf: while no pattern is under way, only a byte that starts one can change anything; where there
+// is one pattern, only that byte with the next one behind it, for the next byte alone leads from
+// the pattern's first state to where it leads from none (cbuffer_bench, Find*).
 std::size_t CSearchVisitor::SkipIdle(const unsigned char* data, std::size_t from,
                                      std::size_t length) const {
-  if (fOnlyStart >= 0) {
+  while (fOnlyStart >= 0 && from < length) {
     const void* found = std::memchr(data + from, fOnlyStart, length - from);
-    return found ? static_cast<std::size_t>(static_cast<const unsigned char*>(found) - data)
-                 : length;
+    if (!found) return length;
+    from = static_cast<std::size_t>(static_cast<const unsigned char*>(found) - data);
+    if (fSecond < 0 || from + 1 == length || data[from + 1] == fSecond) return from;
+    ++from;
   }
   while (from < length && !fStarts[data[from]]) ++from;
   return from;

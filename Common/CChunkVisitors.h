@@ -83,6 +83,7 @@ private:
   std::vector<Group> fGroups;
   std::array<bool, 256> fStarts{};  // bytes with which any pattern begins
   int fOnlyStart = -1;              // that byte, when there is just one
+  int fSecond = -1;                 // the byte behind it, when there is just one pattern
   std::size_t fEmptyPattern = 0;    // position of the first empty one; the list's size for none
   std::size_t fActiveGroups = 0;    // groups with a pattern under way
   std::uint64_t fFoundOffset = ~std::uint64_t{0};

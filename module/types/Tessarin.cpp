@@ -3,6 +3,7 @@
 #include <exception>
 #include <utility>
 
+#include "json/JSONWrapper.h"
 #include "module/types/EngineGuard.h"
 
 namespace Tovrin {
@@ -48,6 +49,21 @@ bool Tessarin::Interface_LessThan(const IUserDefinedType* other) const {
   // Contract: false against another class, and so "equal" to it, since equal is neither being less.
   const auto* const peer = dynamic_cast<const Tessarin*>(other);
   return peer && fExpression < peer->fExpression;  // bytes without sign, a prefix before the longer
+}
+
+std::uint8_t Tessarin::Interface_Deserialize(const IJSON* json) {
+  if (!json || !json->IsObject()) return false;
+  const AutoRefPtr<IJSON> member = json->Get("value");
+  if (!member || !member->IsString()) return false;
+  std::string text;
+  return member->AsString(text) && SetExpression(std::move(text));
+}
+
+IJSON* Tessarin::Interface_Serialize() const {
+  auto json = JSON::JSONWrapper::CreateObject();
+  json->Parse("{}");  // the way to an object that keeps the order of its keys
+  json->Set("value", fExpression);
+  return json.release();
 }
 
 }  // namespace Tovrin

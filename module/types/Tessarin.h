@@ -48,6 +48,10 @@ private:
   IUserDefinedType* Interface_Clone() const override;
   TypeId Interface_GetType() const override { return fTypeId; }
   bool Interface_LessThan(const IUserDefinedType* other) const override;
+  // {"value":"..."}. Contract: a member that is no valid expression makes false, and yet becomes
+  // the text, with nothing compiled.
+  std::uint8_t Interface_Deserialize(const IJSON* json) override;
+  IJSON* Interface_Serialize() const override;
   bool Interface_FromBinaryData(const void*, std::size_t, std::size_t) override { return false; }
   std::size_t Interface_ToBinaryData(void**, std::size_t) const override { return 0; }
 

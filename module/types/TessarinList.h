@@ -52,8 +52,15 @@ private:
   TypeId Interface_GetType() const override { return fTypeId; }
   // Contract: no list is less than anything, so every list is equal to every user-defined value.
   bool Interface_LessThan(const IUserDefinedType*) const override { return false; }
+  // {"type":"Tessarin.List","entries":[{"value":"..."},...]}. Contract: texts are written as they
+  // are, without escapes, and come back as expressions, "regex(...)" around a second time.
+  std::uint8_t Interface_Deserialize(const IJSON* json, IContext* context) override;
+  IJSON* Interface_Serialize() const override;
   bool Interface_FromBinaryData(const void*, std::size_t, std::size_t) override { return false; }
   std::size_t Interface_ToBinaryData(void**, std::size_t) const override { return 0; }
+
+  bool ReadEntries(const IJSON& entries);  // false when one of them is none
+  bool BuildsMatcher() const;
 
   const TypeId fTypeId;
   CUsePtr<CVariant> fRegexes;         // a RegexList; element i is entry i

@@ -33,7 +33,7 @@ TEST_F(CEvaluation, KnowsTheTypeBeforeTheValue) {
   EXPECT_EQ(Compiled("[]")->Type(), Tovrin::kTypeString + Tovrin::kVectorOf);
   EXPECT_EQ(Compiled("[true]")->Type(), Tovrin::kTypeBoolean + Tovrin::kVectorOf);
   EXPECT_EQ(Compiled("Throw(\"x\")")->Type(), Tovrin::kTypeNumber);
-  EXPECT_EQ(Compiled("ToBox(\"x\")")->Type(), Tovrin::kFirstUserType);
+  EXPECT_EQ(Compiled("ToBox(\"x\")")->Type(), kFirstModuleType);
   EXPECT_EQ(Compiled("FailStep(0, 0)")->Type(), 0u);
 }
 

@@ -49,12 +49,12 @@ TEST_F(CHostContextTest, KeepsUserDataOfEveryForm) {
 }
 
 TEST_F(CHostContextTest, MakesValuesOfKnownTypesOnly) {
-  for (Tovrin::TypeId type = 1; type <= 20; ++type) {
+  for (Tovrin::TypeId type = 1; type <= 24; ++type) {
     ASSERT_TRUE(fContext->CreateInstance(type)) << type;
     EXPECT_EQ(fContext->FindType(fContext->GetTypeName(type).c_str()), type);
   }
   EXPECT_FALSE(fContext->CreateInstance(0));
-  EXPECT_FALSE(fContext->CreateInstance(21));
+  EXPECT_FALSE(fContext->CreateInstance(25));
   EXPECT_EQ(fContext->FindType("Tree"), 0u);
   EXPECT_TRUE(fContext->CreateStringVector());
   EXPECT_TRUE(fContext->CreateNumberToStringMap());

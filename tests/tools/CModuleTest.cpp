@@ -13,9 +13,8 @@ TEST(CModule, BringsItsTypesAndFunctions) {
   EXPECT_EQ(module.Descriptions().size(), 15u);
   EXPECT_EQ(module.Description("GetModuleVersion"), "3.2.1");
   EXPECT_EQ(module.Entries().front().name, "Box");
-  EXPECT_EQ(host.Tables().types->Find("Box"), Tovrin::kFirstUserType);
-  EXPECT_EQ(host.Tables().types->Find("MAP<STRING,Box>"),
-            Tovrin::kFirstUserType + Tovrin::kStringMapOf);
+  EXPECT_EQ(host.Tables().types->Find("Box"), kFirstModuleType);
+  EXPECT_EQ(host.Tables().types->Find("MAP<STRING,Box>"), kFirstModuleType + Tovrin::kStringMapOf);
   EXPECT_TRUE(host.Tables().functions->Has("Box.Add"));
 }
 
@@ -55,7 +54,7 @@ TEST(CModule, IsLoadedAndUnloadedAgainAndAgain) {
     CHost host;
     const CModule module(host, TestModule("sound"));
     const CTransaction transaction = host.NewTransaction("again");
-    EXPECT_EQ(transaction.context->FindType("Box"), Tovrin::kFirstUserType);
+    EXPECT_EQ(transaction.context->FindType("Box"), kFirstModuleType);
   }
 }
 
@@ -65,7 +64,7 @@ TEST(CModule, MakesObjectsOfItsTypesThroughThePolicy) {
   const auto policy = host.NewTransaction("make").context->GetPolicy();
   const auto variable = policy->CreateUserDefinedVariable("Box");
   ASSERT_TRUE(variable);
-  EXPECT_EQ(variable->GetType(), Tovrin::kFirstUserType);
+  EXPECT_EQ(variable->GetType(), kFirstModuleType);
   EXPECT_TRUE(variable->GetUserDefined());
   EXPECT_FALSE(policy->CreateUserDefinedVariable("STRING"));
   EXPECT_FALSE(policy->CreateUserDefinedVariable("Nothing"));

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "json/JSONWrapper.h"
 #include "tools/tovrin/Failure.h"
 #include "tools/tovrin/objects/CHostContainers.h"
 
@@ -133,6 +134,12 @@ private:
   const AutoRefPtr<CHostVariant> fResult;
 };
 
+CCallFailure CallFailureAt(Position where, const std::string& words) {
+  CCallFailure failure(ExitStatus::FailureStatus, words);
+  failure.where = where;
+  return failure;
+}
+
 class CCall final : public AEvaluation {
 public:
   CCall(const CTransaction& transaction, const BoundFunction& function, Position where,
@@ -183,6 +190,59 @@ private:
   AutoRefPtr<CHostVariant> fResult;   // none for a procedure
 };
 
+// Save(value): the serialised form of an object, as text.
+class CSave final : public AEvaluation {
+public:
+  CSave(const CTransaction& transaction, Position where, Evaluation value)
+      : AEvaluation(Tovrin::kTypeString),
+        fWhere(where),
+        fContext(transaction.context),
+        fValue(std::move(value)),
+        fResult(transaction.NewValue(Type())) {}
+
+  IVariant* Evaluate() override {
+    const auto json = fValue->Evaluate()->Serialize(fContext.get());
+    if (!json) throw CallFailureAt(fWhere, "nothing to save");
+    fResult->SetText(json->ToString());
+    return fResult.get();
+  }
+
+private:
+  const Position fWhere;
+  const AutoRefPtr<Tovrin::IContext> fContext;
+  const Evaluation fValue;
+  const AutoRefPtr<CHostVariant> fResult;
+};
+
+// Load(type, json): a new object of the type, restored from its serialised form.
+class CLoad final : public AEvaluation {
+public:
+  CLoad(const CTransaction& transaction, Position where, TypeId type, Evaluation text)
+      : AEvaluation(type), fTransaction(transaction), fWhere(where), fText(std::move(text)) {}
+
+  IVariant* Evaluate() override {
+    const IVariant* text = fText->Evaluate();
+    const auto json =
+        Tovrin::JSON::JSONWrapper::FromString({text->GetString(), text->GetStringSize()}, true);
+    if (!json) throw CallFailureAt(fWhere, "what is loaded is no JSON");
+    const auto factory = fTransaction.types->FactoryOf(Type());
+    const AutoRefPtr<Tovrin::IUserDefinedType> object(factory(Type()));
+    if (!object || !object->Deserialize(json.get(), fTransaction.context.get())) {
+      throw CallFailureAt(fWhere, fmt::format("a {} cannot be loaded from this",
+                                              fTransaction.types->NameOf(Type())));
+    }
+    fResult = fTransaction.NewValue(Type());  // a new one, since the value before may be kept
+    fResult->SetUserDefined(object);
+    return fResult.get();
+  }
+
+private:
+  const CTransaction fTransaction;
+  const Position fWhere;
+  const Evaluation fText;
+  AutoRefPtr<CHostVariant> fResult;
+};
+
 // Walks an expression, which the parser keeps shallow enough for that.
 class CCompiler {
 public:
@@ -200,6 +260,8 @@ private:
   Evaluation Variable(const Expression& expression) const;
   Evaluation Vector(const Expression& expression) const;
   Evaluation Call(const Expression& expression) const;
+  Evaluation Save(const Expression& expression) const;
+  Evaluation Load(const Expression& expression) const;
   Evaluations Conditions(const Expression& expression) const;
   Evaluations Values(const Expression& expression) const;
 
@@ -299,8 +361,41 @@ Evaluation CCompiler::Vector(const Expression& expression) const {
   return std::make_unique<CVector>(fTransaction, type, std::move(elements));
 }
 
+Evaluation CCompiler::Save(const Expression& expression) const {
+  if (expression.parts.size() != 1) {
+    throw CSourceError(expression.where, "Save takes the value to save");
+  }
+  Evaluation value = Value(expression.parts.front());
+  if (!IsUserDefined(value->Type()) || ScalarOf(value->Type()) != value->Type()) {
+    throw CSourceError(
+        expression.parts.front().where,
+        fmt::format("a {} has no saved form", fTransaction.types->NameOf(value->Type())));
+  }
+  return std::make_unique<CSave>(fTransaction, expression.where, std::move(value));
+}
+
+// The type is a text of its own, since it is the type of the whole.
+Evaluation CCompiler::Load(const Expression& expression) const {
+  const auto& parts = expression.parts;
+  if (parts.size() != 2 || parts[0].kind != Expression::Kind::Text) {
+    throw CSourceError(expression.where, "Load takes a type's name in quotes and the saved form");
+  }
+  const TypeId type = fTransaction.types->Find(parts[0].text);
+  if (fTransaction.types->FactoryOf(type) == nullptr) {
+    throw CSourceError(parts[0].where, fmt::format("there is no type '{}' to load", parts[0].text));
+  }
+  Evaluation text = Value(parts[1]);
+  if (text->Type() != Tovrin::kTypeString) {
+    throw CSourceError(parts[1].where, "the saved form is a STRING");
+  }
+  return std::make_unique<CLoad>(fTransaction, expression.where, type, std::move(text));
+}
+
+// Save and Load are the host's own words, unless a module brings functions of their names.
 Evaluation CCompiler::Call(const Expression& expression) const {
   if (!fTransaction.functions->Has(expression.text)) {
+    if (expression.text == "Save") return Save(expression);
+    if (expression.text == "Load") return Load(expression);
     throw CSourceError(expression.where, fmt::format("there is no function '{}'", expression.text));
   }
   Evaluations arguments = Values(expression);

@@ -7,6 +7,7 @@
 #include "tools/tovrin/CEvaluation.h"
 #include "tools/tovrin/CModule.h"
 #include "tools/tovrin/Commands.h"
+#include "tools/tovrin/HostFunctions.h"
 #include "tools/tovrin/Output.h"
 #include "tools/tovrin/Parser.h"
 #include "tools/tovrin/ValueText.h"
@@ -23,6 +24,7 @@ ExitStatus Call(const CommandLine& line, const std::string& source) {
   };
 
   CHost host(line.log);
+  AddPolicyFunction(host, line.isCustomersPolicy);
   const CModule module(host, line.Module());
   const CTransaction transaction = host.NewTransaction("call");
   CScope scope;

@@ -18,6 +18,7 @@ struct CommandLine {
   CLI::App& application;
   std::string modulePath;              // as given with --module; empty for the program's own
   LogSettings log;                     // of --log and --log-file
+  bool isCustomersPolicy = false;      // what the host tells modules that ask
   std::function<ExitStatus()> action;  // what was chosen; set while the command line is read
 
   std::filesystem::path Module() const;  // throws CModuleError when there is none
@@ -26,6 +27,7 @@ struct CommandLine {
 void AddCallCommand(CommandLine& line);
 void AddCheckCommand(CommandLine& line);
 void AddDescribeCommand(CommandLine& line);
+void AddJsonCommand(CommandLine& line);
 void AddMatchCommand(CommandLine& line);
 void AddRunCommand(CommandLine& line);
 

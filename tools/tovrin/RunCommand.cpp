@@ -11,6 +11,7 @@
 #include "tools/tovrin/CRuleSet.h"
 #include "tools/tovrin/CRunner.h"
 #include "tools/tovrin/Commands.h"
+#include "tools/tovrin/HostFunctions.h"
 #include "tools/tovrin/Output.h"
 #include "tools/tovrin/SourceText.h"
 
@@ -101,6 +102,7 @@ ExitStatus RunAndReport(const CommandLine& line, const RunOptions& options) {
   };
   try {
     CHost host(line.log);
+    AddPolicyFunction(host, line.isCustomersPolicy);
     const CModule module(host, line.Module());
     const CRuleSet rules(CleanSource(ReadSource(options.rulesPath)), host.NewTransaction("load"));
     return RunRules(host, rules, options);

@@ -39,15 +39,18 @@ void AddLogOptions(CommandLine& line) {
 ExitStatus Run(int argumentCount, char** arguments) {
   CLI::App application("Loads a module of the Tovrin rule engine and evaluates rules with it",
                        "tovrin");
-  CommandLine line{application, {}, {}, {}};
+  CommandLine line{application, {}, {}, {}, {}};
   application.fallthrough();  // options of the program may stand behind the command
   application.add_option("--module", line.modulePath, "The module to load, if not the own one");
   AddLogOptions(line);
+  application.add_flag("--customer-policy", line.isCustomersPolicy,
+                       "Tell modules that the rules belong to a customer");
   bool wantsVersion = false;
   application.add_flag("--version", wantsVersion, "Print the versions of program and module");
   AddCallCommand(line);
   AddCheckCommand(line);
   AddDescribeCommand(line);
+  AddJsonCommand(line);
   AddMatchCommand(line);
   AddRunCommand(line);
 

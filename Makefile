@@ -42,13 +42,13 @@ asan tsan: %: setup build/%/build.ninja
 
 bench: setup build/bench/build.ninja
 	cmake --build build/bench -j $(JOBS)
-	@set -e; for program in build/bench/bench/*; do [ -x $$program ] && $$program $(BENCH_FLAGS); done
+	@set -e; for program in build/bench/bench/*_bench; do $$program $(BENCH_FLAGS); done
 
 fuzz: setup-fuzz build/fuzz/build.ninja
 	cmake --build build/fuzz -j $(JOBS)
 	@./cmake/fuzz.sh build/fuzz $(FUZZ_SECONDS)
 
-format:
+format: setup-lint
 	git ls-files '*.h' '*.cpp' | xargs clang-format -i
 
 lint: setup-lint build/dev/build.ninja

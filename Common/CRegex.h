@@ -128,9 +128,9 @@ private:
   bool MatchesFast(const CUnicodeString& text) const;
 
   // Constant from the constructor on.
-  std::string fPattern;                       // what the engine compiled
+  std::string fPattern;                         // what the engine compiled
   std::unique_ptr<const CompiledRegex> fRegex;  // never null; views fPattern
-  std::string fSource;                        // the text that the constructor received
+  std::string fSource;                          // the text that the constructor received
   bool fIsWildcard;
   // Written by SetAffixInfo, before the object is shared.
   bool fHasAffix = false;

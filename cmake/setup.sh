@@ -10,6 +10,7 @@ need() {
   shift
   "$@" >/dev/null 2>&1 || missing="$missing $package"
 }
+fuzzer_runtime() { ls /usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer-*.a; }
 header() { [ -e "/usr/include/$1" ] || [ -e "/usr/local/include/$1" ]; }
 
 need g++ command -v g++
@@ -24,7 +25,7 @@ need libfmt-dev header fmt/format.h
 case "${1:-}" in
   fuzz)
     need clang command -v clang++
-    need libclang-rt-14-dev test -e /usr/lib/llvm-14/lib/clang
+    need libclang-rt-14-dev fuzzer_runtime
     ;;
   lint)
     need clang-tidy command -v clang-tidy
@@ -34,6 +35,11 @@ esac
 [ -n "$missing" ] || exit 0
 
 command="apt-get install -y --no-install-recommends$missing"
+give_up() {
+  echo "something is missing; run this line as root, then make again:" >&2
+  echo "  apt-get update && $command" >&2
+  exit 1
+}
 if ! command -v apt-get >/dev/null 2>&1; then
   echo "missing on this machine:$missing" >&2
   exit 1
@@ -42,10 +48,8 @@ elif [ "$(id -u)" = 0 ]; then
 elif command -v sudo >/dev/null 2>&1 && sudo -n true 2>/dev/null; then
   as="sudo"
 else
-  echo "something is missing; run this line as root, then make again:" >&2
-  echo "  apt-get update && $command" >&2
-  exit 1
+  give_up
 fi
 echo "installing:$missing" >&2
-$as apt-get update -q >/dev/null
-DEBIAN_FRONTEND=noninteractive $as $command >/dev/null
+$as apt-get update -q >/dev/null || give_up
+$as env DEBIAN_FRONTEND=noninteractive $command >/dev/null || give_up

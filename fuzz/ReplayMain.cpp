@@ -1,7 +1,7 @@
 // Replays stored inputs through a fuzz target, for compilers without libFuzzer.
 //
-// Arguments are files and folders; every file below them goes through the target once. A folder that
-// is missing or empty is an error: a replay that ran nothing proves nothing.
+// Arguments are files and folders; every file below them goes through the target once. A folder
+// that is missing or empty is an error: a replay that ran nothing proves nothing.
 
 #include <cstddef>
 #include <cstdint>

@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "tests/support/SharedData.h"
 #include "tests/tools/TovrinProgram.h"
 
 namespace {
@@ -111,6 +112,19 @@ TEST_F(ListCommands, MatchSaysWhatItCannotRead) {
   }
 }
 
+TEST_F(ListCommands, MatchAndRunNameTheOutputThatFails) {
+  const std::string rules = fFolder.Write("test.rules", "otherwise \"v\";\n").string();
+  for (const std::string& command : {"match " + List("a\n"), "run " + rules}) {
+    ChildCall call;
+    call.command = {"/bin/sh", "-c",
+                    "'" + (BinDir() / "tovrin").string() + "' " + command + " > /dev/full"};
+    call.input = "a\n";
+    const ChildResult result = RunChild(call);
+    EXPECT_NE(result.status, 0);
+    EXPECT_THAT(result.errors, HasSubstr("cannot write 'standard output': "));
+  }
+}
+
 TEST_F(ListCommands, CheckFindsNothingWrongWithAGoodList) {
   const ChildResult result = Check(kList);
   EXPECT_EQ(result.status, 0);
@@ -156,7 +170,7 @@ TEST_F(ListCommands, CheckNamesDuplicatesAndCoveredElements) {
 
 TEST_F(ListCommands, CheckPrintsWhatTheListWasBuiltFrom) {
   const std::string output = Check("*.a.com\nregex(\\d+)\n", {"--scanners", "--prefixes", "--tree",
-                                                            "--tokens", "--times", "--plan"})
+                                                              "--tokens", "--times", "--plan"})
                                  .output;
   for (const char* part :
        {"Generated merged scanners: #2 entries:\n^.*((\\.a\\.com))$\n((\\d+))\n",

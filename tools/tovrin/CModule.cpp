@@ -189,6 +189,8 @@ void CModule::HandOverHost() {
           function->address(1, arguments, result.get(), function->info, transaction.context.get());
     } catch (const std::exception& error) {
       Fail(fmt::format("exception from {}: {}", entry.name, error.what()));
+    } catch (...) {  // what a module throws is its own; the host survives it
+      Fail(fmt::format("exception from {}", entry.name));
     }
     if (status != 0) Fail(StatusWords(status, function->Title()));
     if (!result->GetBoolean()) Fail(fmt::format("{} refuses the host", entry.name));

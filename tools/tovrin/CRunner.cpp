@@ -1,6 +1,7 @@
 #include "tools/tovrin/CRunner.h"
 
 #include <algorithm>
+#include <system_error>
 #include <thread>
 
 #include "tools/tovrin/Output.h"
@@ -27,8 +28,12 @@ void CRunner::RunHere() {
 
 void CRunner::RunOnThreads(std::size_t threadCount) {
   std::vector<std::thread> threads;
-  for (std::size_t i = 0; i < threadCount; ++i) threads.emplace_back([this] { Work(); });
-  Read(threadCount * 4);
+  try {
+    while (threads.size() < threadCount) threads.emplace_back([this] { Work(); });
+  } catch (const std::system_error&) {
+    if (threads.empty()) return RunHere();  // the system has no more: those that run do the work
+  }
+  Read(threads.size() * 4);
   for (std::thread& thread : threads) thread.join();
 }
 

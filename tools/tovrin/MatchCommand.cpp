@@ -102,7 +102,10 @@ ExitStatus MatchAndReport(const CommandLine& line, const MatchOptions& options) 
     if (!list->IsUnusable()) return MatchInput(*list, options);
     WriteErrors(DescribeFaults(file));
   } catch (const std::system_error& error) {
-    WriteErrors(fmt::format("cannot read '{}': {}\n", options.inputPath, error.code().message()));
+    const bool isOutput = std::string_view(error.what()).starts_with(kStandardOutput);
+    WriteErrors(fmt::format("cannot {} '{}': {}\n", isOutput ? "write" : "read",
+                            isOutput ? kStandardOutput : options.inputPath,
+                            error.code().message()));
   } catch (const std::exception& error) {
     WriteErrors(fmt::format("{}\n", error.what()));
   }

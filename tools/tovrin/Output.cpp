@@ -13,7 +13,7 @@ bool WriteOutput(std::string_view text) {
   const int code = errno;
   if (written) return true;
   if (code == EPIPE) return false;
-  throw std::system_error(code, std::generic_category(), "standard output");
+  throw std::system_error(code, std::generic_category(), std::string(kStandardOutput));
 }
 
 void WriteErrors(std::string_view text) {

@@ -113,7 +113,10 @@ ExitStatus RunAndReport(const CommandLine& line, const RunOptions& options) {
     report(failure.where, failure.what());
     return failure.Status();
   } catch (const std::system_error& error) {
-    WriteErrors(fmt::format("cannot read '{}': {}\n", options.inputPath, error.code().message()));
+    const bool isOutput = std::string_view(error.what()).starts_with(kStandardOutput);
+    WriteErrors(fmt::format("cannot {} '{}': {}\n", isOutput ? "write" : "read",
+                            isOutput ? kStandardOutput : options.inputPath,
+                            error.code().message()));
     return ExitStatus::Environment;
   }
 }

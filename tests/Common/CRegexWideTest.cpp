@@ -97,6 +97,20 @@ TEST(CRegexWide, MatchesOnTheFastPath) {
   }
 }
 
+TEST(CRegexWide, ComparesALiteralThatIsNoTextAsBytes) {
+  for (const char* wildcard : {"\xE9", "\xE9*", "*\xE9", "*\xE9*"}) {
+    const CRegexPtr regex = CRegex::Create(wildcard, true);
+    for (const char* text : {"", "hello", "caf"}) {
+      const CUnicodeString wide(text);
+      EXPECT_FALSE(regex->Matches(&wide)) << text;
+      EXPECT_FALSE(regex->Matches(text)) << text;
+    }
+    const CUnicodeString same("\xE9");
+    EXPECT_TRUE(regex->Matches(&same));
+    EXPECT_FALSE(regex->Matches(static_cast<const CUnicodeString*>(nullptr)));
+  }
+}
+
 TEST(CRegexWide, FoldsWhatBytesDoNot) {
   struct Row {
     std::string_view wildcard, text;

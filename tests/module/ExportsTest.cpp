@@ -125,7 +125,7 @@ TEST(ModuleImports, OfTheCppRuntimeAreExceptionsAlone) {
   static const std::regex kMachinery(R"(__cxa_\w+|__gxx_personality_v0)");
   static const std::regex kClasses(
       R"(((typeinfo|vtable) for )?(std::(__throw_\w+|terminate|uncaught_exceptions?|bad_\w+|exception)"
-      R"(|\w+_error|out_of_range|ios_base::failure|rethrow_exception|current_exception)"
+      R"(|\w+_error|out_of_range|invalid_argument|ios_base::failure|rethrow_exception|current_exception)"
       R"(|__exception_ptr::\w+)|__cxxabiv1::\w+)((::|\(|\[).*)?)");
   std::istringstream lines(OutputOf("nm -D -u '" + LoadedModule::Path() + "'"));
   int imported = 0;

@@ -19,11 +19,12 @@ struct LazyDfa::DfaState {
   bool atEdge = false;
   bool afterWord = false;
   bool isFresh = false;
-  mutable std::atomic<std::uint8_t> acceptsAtEdge{Unknown};
   std::uint32_t kernelSize = 0;
   std::uint32_t wayCount = 0;
   std::size_t hash = 0;
   DfaState* below = nullptr;  // next in the bucket
+  // Apart from the others: a compiler reads several of them as one word, and this one is written.
+  alignas(std::size_t) mutable std::atomic<std::uint8_t> acceptsAtEdge{Unknown};
 
   [[nodiscard]] Way* Ways() const {
     return reinterpret_cast<Way*>(const_cast<DfaState*>(this) + 1);

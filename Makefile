@@ -4,7 +4,7 @@ JOBS         ?= $(shell nproc)
 FUZZ_SECONDS ?= 20
 PREFIX       ?= /usr/local
 
-.PHONY: help setup setup-fuzz setup-lint run test bench asan tsan fuzz format lint install clean
+.PHONY: help setup setup-fuzz setup-lint run test bench asan tsan fuzz format lint install package clean
 
 help:
 	@echo "make run      build the reference host and run it over the example rules"
@@ -16,6 +16,7 @@ help:
 	@echo "make format   lay out all sources"
 	@echo "make lint     clang-tidy over all sources"
 	@echo "make install  install below PREFIX=$(PREFIX)"
+	@echo "make package  a .deb and a .tar.gz in build/package/"
 	@echo "make clean    remove build/"
 
 setup:
@@ -57,6 +58,10 @@ lint: setup-lint build/dev/build.ninja
 install: setup build/release/build.ninja
 	cmake --build build/release -j $(JOBS) --target tovrin tessarin
 	cmake --install build/release --prefix $(PREFIX)
+
+package: setup build/release/build.ninja
+	cmake --build build/release -j $(JOBS) --target tovrin tessarin
+	cpack --config build/release/CPackConfig.cmake -B build/package
 
 clean:
 	rm -rf build

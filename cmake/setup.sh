@@ -17,6 +17,7 @@ need g++ command -v g++
 need cmake command -v cmake
 need ninja-build command -v ninja
 need ccache command -v ccache
+need pkg-config command -v pkg-config
 need libgtest-dev header gtest/gtest.h
 need libgmock-dev header gmock/gmock.h
 need libbenchmark-dev header benchmark/benchmark.h

@@ -23,7 +23,7 @@ TEST(Program, UsesTheModuleBesideIt) {
   EXPECT_THAT(result.output, HasSubstr("\nmodule 1.0.0.0, "));
 }
 
-TEST(Program, LooksForItsModuleInTheLibFoldersNextToItsOwn) {
+TEST(Program, LooksForItsModuleInTheLibFolderNextToItsOwn) {
   const CTemporaryFolder prefix;
   std::filesystem::create_directories(prefix.Path() / "bin");
   std::filesystem::create_directories(prefix.Path() / "lib");

@@ -206,9 +206,7 @@ void CModule::TakeOutFunctions() {
 std::filesystem::path FindOwnModule() {
   const std::filesystem::path folder = ProgramPath().parent_path();
   const std::string file = SharedLibraryFileName("tessarin");
-  const std::array<std::filesystem::path, 3> places = {
-      folder / file, folder.parent_path() / "lib" / file,
-      folder.parent_path() / "lib" / TESSARIN_LIBRARY_TRIPLET / file};
+  const std::array places = {folder / file, folder.parent_path() / TESSARIN_LIBRARY_FOLDER / file};
   for (const auto& place : places) {
     if (std::filesystem::exists(place)) return place;
   }

@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "Common/CText.h"
 
@@ -14,6 +15,8 @@ public:
   explicit CSTDXMLString(const CText& text) : fText(text), fIsSet(true), fIsText(true) {}
   CSTDXMLString(const CSTDXMLString&) = default;
   CSTDXMLString& operator=(const CSTDXMLString&) = default;
+  CSTDXMLString(CSTDXMLString&&) = default;
+  CSTDXMLString& operator=(CSTDXMLString&&) = default;
   virtual ~CSTDXMLString() = default;
 
   // The value in UTF-8, as far as it was given as a text, else its bytes.

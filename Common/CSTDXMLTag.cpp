@@ -124,18 +124,24 @@ private:
   bool ReadContent() {
     CSTDXMLTag& open = *fOpen.back();
     const auto text = fScanner.TakeTo(kTagOpen);
-    const bool isBlank = text.find_first_not_of(kWhiteSpace) == std::string_view::npos;
-    if (fScanner.StartsWith(kClosingTagOpen)) {
-      if (open.Tags.empty())
-        open.Value = CSTDXMLString(CSTDXMLString::Decode(text));
-      else if (!isBlank)
-        return false;
-      fOpen.pop_back();
-      return TakeTail(open);
+    if (open.Tags.empty() && fScanner.StartsWith(kClosingTagOpen)) {
+      open.Value = CSTDXMLString(CSTDXMLString::Decode(text));
+      return ReadEnd();
     }
-    if (!isBlank || !fScanner.Take(kTagOpen)) return false;
+    if (text.find_first_not_of(kWhiteSpace) != std::string_view::npos) return false;
+
+    const bool hasLineEnd = text.find('\n') != std::string_view::npos;
+    (open.Tags.empty() ? open.HasLineEndInside : open.Tags.back()->HasLineEndBehind) = hasLineEnd;
+    if (fScanner.StartsWith(kClosingTagOpen)) return ReadEnd();
+    if (!fScanner.Take(kTagOpen)) return false;
     open.Tags.push_back(CSTDXMLTag::Pointer(new CSTDXMLTag));
     return ReadHead(*open.Tags.back());
+  }
+
+  bool ReadEnd() {
+    const CSTDXMLTag& closed = *fOpen.back();
+    fOpen.pop_back();
+    return TakeTail(closed);
   }
 
   Scanner fScanner;
@@ -155,40 +161,70 @@ void AppendAttribute(std::string& out, std::string_view name, std::string_view v
   out += kAttributeEnd;
 }
 
-void AppendHead(std::string& out, const CSTDXMLTag& tag) {
-  out += kTagOpen;
-  out += tag.Name;
-  for (const auto& [name, value] : tag.Attributes) {
-    if (name != kSizeName) AppendAttribute(out, name, value.Bytes());  // it would be read as length
-  }
-}
+// Writes heads and tails, each line of them behind its tabs.
+class TagWriter {
+public:
+  explicit TagWriter(std::string& out) : fOut(out) {}
 
-void AppendTail(std::string& out, const CSTDXMLTag& tag) {
-  out += kClosingTagOpen;
-  out += tag.Name;
-  out += kTagEnd;
-  out += kLineEnd;
-}
-
-void AppendValueTag(std::string& out, const CSTDXMLTag& tag) {
-  const auto value = tag.Value.Bytes();
-  AppendHead(out, tag);
-  if (tag.Value.IsSized()) {
-    AppendAttribute(out, kSizeName, std::to_string(value.size()));
-    out += kTagEnd;
-    out += value;
-  } else if (tag.IsEmptyInForm && value.empty()) {
-    out += kEmptyTagEnd;
-    out += kLineEnd;
-    return;
-  } else {
-    std::string encoded;
-    CSTDXMLString::EncodeKeepingReferences(value, encoded);
-    out += kTagEnd;
-    out += encoded;
+  // A tag with nested ones: its head and its tail. A tag without: all of it.
+  void Enter(const CSTDXMLTag& tag, std::size_t level) {
+    Indent(level);
+    WriteHead(tag);
+    if (tag.Tags.empty()) return WriteValue(tag);
+    fOut += kTagEnd;
+    EndLine(tag.HasLineEndInside);
   }
-  AppendTail(out, tag);
-}
+  void Leave(const CSTDXMLTag& tag, std::size_t level) {
+    Indent(level);
+    WriteTail(tag);
+  }
+
+private:
+  void Indent(std::size_t level) {
+    if (fIsAtLineStart) fOut.append(std::min(level, CSTDXMLTag::kDeepestIndentation), kIndentation);
+    fIsAtLineStart = false;
+  }
+  void EndLine(bool isWanted) {
+    if (isWanted) fOut += kLineEnd;
+    fIsAtLineStart = isWanted;
+  }
+
+  void WriteHead(const CSTDXMLTag& tag) {
+    fOut += kTagOpen;
+    fOut += tag.Name;
+    for (const auto& [name, value] : tag.Attributes) {
+      if (name != kSizeName) AppendAttribute(fOut, name, value.Bytes());  // read as length, else
+    }
+  }
+
+  void WriteTail(const CSTDXMLTag& tag) {
+    fOut += kClosingTagOpen;
+    fOut += tag.Name;
+    fOut += kTagEnd;
+    EndLine(tag.HasLineEndBehind);
+  }
+
+  void WriteValue(const CSTDXMLTag& tag) {
+    const auto value = tag.Value.Bytes();
+    if (tag.Value.IsSized()) {
+      AppendAttribute(fOut, kSizeName, std::to_string(value.size()));
+      fOut += kTagEnd;
+      fOut += value;
+    } else if (tag.IsEmptyInForm && value.empty()) {
+      fOut += kEmptyTagEnd;
+      return EndLine(tag.HasLineEndBehind);
+    } else {
+      std::string encoded;
+      CSTDXMLString::EncodeKeepingReferences(value, encoded);
+      fOut += kTagEnd;
+      fOut += encoded;
+    }
+    WriteTail(tag);
+  }
+
+  std::string& fOut;
+  bool fIsAtLineStart = true;
+};
 
 // ---- walking
 
@@ -218,7 +254,7 @@ void Walk(const CSTDXMLTag& root, Enter enter, Leave leave) {
 }
 
 void AppendDumpLine(std::string& out, const CSTDXMLTag& tag, std::size_t level) {
-  out.append(level, kIndentation);
+  out.append(std::min(level, CSTDXMLTag::kDeepestIndentation), kIndentation);
   out += tag.Name;
   for (const auto& [name, value] : tag.Attributes) AppendAttribute(out, name, value.Bytes());
   if (tag.Value.IsSet()) {
@@ -249,16 +285,23 @@ CSTDXMLTag::~CSTDXMLTag() {
   tPending = nullptr;
 }
 
+CSTDXMLTag& CSTDXMLTag::operator=(CSTDXMLTag other) noexcept {
+  Name.swap(other.Name);
+  Attributes.swap(other.Attributes);
+  std::swap(Value, other.Value);
+  Tags.swap(other.Tags);
+  IsEmptyInForm = other.IsEmptyInForm;
+  HasLineEndInside = other.HasLineEndInside;
+  HasLineEndBehind = other.HasLineEndBehind;
+  return *this;
+}
+
 bool CSTDXMLTag::Read(std::string_view text, std::uint64_t& position) {
   if (position > text.size()) return false;
   TagReader reader(text.substr(static_cast<std::size_t>(position)));
   CSTDXMLTag read;
   if (!reader.Read(read)) return false;
-  Name.swap(read.Name);
-  Attributes.swap(read.Attributes);
-  std::swap(Value, read.Value);
-  Tags.swap(read.Tags);
-  IsEmptyInForm = read.IsEmptyInForm;
+  *this = std::move(read);
   position = text.size() - reader.Left();
   return true;
 }
@@ -271,19 +314,10 @@ bool CSTDXMLTag::Read(Selvane::IBuffer* buffer, std::uint64_t& position) {
 }
 
 void CSTDXMLTag::Write(std::string& out) const {
+  TagWriter writer(out);
   Walk(
-      *this,
-      [&](const CSTDXMLTag& tag, std::size_t level) {
-        out.append(level, kIndentation);
-        if (tag.Tags.empty()) return AppendValueTag(out, tag);
-        AppendHead(out, tag);
-        out += kTagEnd;
-        out += kLineEnd;
-      },
-      [&](const CSTDXMLTag& tag, std::size_t level) {
-        out.append(level, kIndentation);
-        AppendTail(out, tag);
-      });
+      *this, [&](const CSTDXMLTag& tag, std::size_t level) { writer.Enter(tag, level); },
+      [&](const CSTDXMLTag& tag, std::size_t level) { writer.Leave(tag, level); });
 }
 
 bool CSTDXMLTag::Write(Selvane::IBuffer* buffer) const {

@@ -21,16 +21,21 @@
 //   </rule>
 //
 // A tag has a value or nested tags: white space is all that may stand between these, and is then no
-// part of the value. Lines end in CR LF. Each tag is used by one thread at a time; copies share the
-// nested ones. Depth costs memory, not stack.
+// part of the value. Lines end in CR LF, and where they end is read and written back. Beyond
+// kDeepestIndentation levels no more tabs are added: a file that is nothing but depth would
+// otherwise come out as the square of its size. Each tag is used by one thread at a time; copies
+// share the nested ones. Depth costs memory, not stack.
 class CSTDXMLTag {
 public:
   using Pointer = CUseCountedSharedPtr<CSTDXMLTag>;
 
+  static constexpr std::size_t kDeepestIndentation = 64;
+
   CSTDXMLTag() = default;
   explicit CSTDXMLTag(std::string name) : Name(std::move(name)) {}
   CSTDXMLTag(const CSTDXMLTag&) = default;
-  CSTDXMLTag& operator=(const CSTDXMLTag&) = default;
+  CSTDXMLTag(CSTDXMLTag&&) = default;
+  CSTDXMLTag& operator=(CSTDXMLTag other) noexcept;  // of a nested tag, too: other keeps what dies
   ~CSTDXMLTag();
 
   // Reads one tag from the position on, white space before it passed over, and moves the position
@@ -56,6 +61,8 @@ public:
   std::string Name;
   std::map<std::string, CSTDXMLString> Attributes;
   CSTDXMLString Value;
-  std::vector<Pointer> Tags;   // never null
-  bool IsEmptyInForm = false;  // written as <a/>; a value or nested tags overrule it
+  std::vector<Pointer> Tags;     // never null
+  bool IsEmptyInForm = false;    // written as <a/>; a value or nested tags overrule it
+  bool HasLineEndInside = true;  // between the head and the first nested tag
+  bool HasLineEndBehind = true;  // behind the tag
 };

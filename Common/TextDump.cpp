@@ -1,5 +1,8 @@
 #include "Common/TextDump.h"
 
+#include <algorithm>
+#include <array>
+#include <charconv>
 #include <string>
 #include <string_view>
 
@@ -12,16 +15,21 @@ std::string BytesIn(const CText& text, std::uint32_t encoding) {
   return text.Encoding() == Charset::Raw ? std::string(text.Bytes()) : text.ToNarrow(encoding);
 }
 
-// At least that many digits, lower-case.
-void AppendHex(std::string& out, std::uint64_t value, std::size_t digits) {
-  for (std::size_t width = 16; width-- > 0;) {
-    const auto rest = value >> (4 * width);
-    if (width < digits || rest != 0) out += "0123456789abcdef"[rest & 15];
-  }
-}
+constexpr char kHexDigits[] = "0123456789abcdef";
 
 void AppendByteHex(std::string& out, char byte) {
-  AppendHex(out, static_cast<unsigned char>(byte), 2);
+  const auto value = static_cast<unsigned char>(byte);
+  out += kHexDigits[value >> 4];
+  out += kHexDigits[value & 15];
+}
+
+// Eight digits, or as many as it takes.
+void AppendSizeHex(std::string& out, std::uint64_t size) {
+  std::array<char, 16> digits;
+  const char* const end = std::to_chars(digits.begin(), digits.end(), size, 16).ptr;
+  const auto count = static_cast<std::size_t>(end - digits.data());
+  out.append(8 - std::min<std::size_t>(count, 8), '0');
+  out.append(digits.data(), count);
 }
 
 // Printable in every locale alike.
@@ -30,7 +38,7 @@ bool IsPrintable(char byte) {
 }
 
 void AppendHexLine(std::string& out, std::size_t offset, std::string_view bytes) {
-  AppendHex(out, offset, 8);
+  AppendSizeHex(out, offset);
   out += "  ";
 
   const std::size_t charactersAt = out.size() + kHexWidth;
@@ -63,7 +71,7 @@ CText HexDump(const CText& text, std::uint32_t encoding) {
   for (std::size_t offset = 0; offset < bytes.size(); offset += kBytesALine) {
     AppendHexLine(dump, offset, std::string_view(bytes).substr(offset, kBytesALine));
   }
-  AppendHex(dump, bytes.size(), 8);
+  AppendSizeHex(dump, bytes.size());
   dump += '\n';
   return CText(dump, Charset::Ascii);
 }

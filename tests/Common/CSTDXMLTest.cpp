@@ -190,6 +190,23 @@ TEST(CSTDXMLTag, ReadsFromABufferAndWritesToOne) {
   EXPECT_FALSE(tag.Write(static_cast<Selvane::IBuffer*>(nullptr)));
 }
 
+TEST(CSTDXMLTag, ReadsFromABufferThatHasGoneToDisk) {
+  const std::string text = "<a size=\"300\">" + std::string(300, '<') + "</a>";
+  const auto buffer = MakeUseCounted<CBuffer>(text.data(), text.size());
+  ASSERT_TRUE(buffer->SwapOut());
+  CSTDXMLTag tag;
+  std::uint64_t position = 0;
+  ASSERT_TRUE(tag.Read(buffer.Get(), position));
+  EXPECT_EQ(tag.Value.Bytes(), std::string(300, '<'));
+
+  // A frozen one shows no bytes and takes none.
+  ASSERT_TRUE(buffer->Freeze());
+  position = 0;
+  EXPECT_FALSE(tag.Read(buffer.Get(), position));
+  EXPECT_FALSE(tag.Write(buffer.Get()));
+  EXPECT_EQ(position, 0U);
+}
+
 TEST(CSTDXMLTag, TakesSizedContentWithoutALook) {
   struct Row {
     std::string_view text, value;
@@ -295,6 +312,54 @@ TEST(CSTDXMLTag, TakesNoStackForDepth) {
   text.resize(text.size() - 4);  // a failed read is taken apart as well
   position = 0;
   EXPECT_FALSE(tag.Read(text, position));
+}
+
+TEST(CSTDXMLTag, KeepsWhereLinesEnd) {
+  for (const auto text : {
+           "<a><b></b><c/></a>\r\n"sv,
+           "<a>\r\n\t<b></b><c/>\r\n</a>\r\n"sv,
+           "<a><b></b>\r\n\t<c/></a>\r\n"sv,
+           "<a><b>\r\n\t\t<c/>\r\n\t</b></a>\r\n"sv,
+           "<a>\r\n\t<b><c/></b>\r\n</a>\r\n"sv,
+           "<a><b size=\"1\">\n</b><c>&#xa;</c></a>\r\n"sv,
+       }) {
+    CSTDXMLTag tag;
+    std::uint64_t position = 0;
+    ASSERT_TRUE(tag.Read(text, position)) << text;
+    EXPECT_EQ(Written(tag), text);
+  }
+  CSTDXMLTag tag("a");
+  tag.HasLineEndBehind = false;
+  EXPECT_EQ(Written(tag), "<a></a>");
+}
+
+// A file that is nothing but depth must not come out as the square of its size.
+TEST(CSTDXMLTag, LimitsTheTabsOfALine) {
+  constexpr std::size_t kDepth = 20000;
+  std::string text;
+  for (std::size_t i = 0; i < kDepth; ++i) text += "<a>\n";
+  for (std::size_t i = 0; i < kDepth; ++i) text += "</a>";
+  CSTDXMLTag tag;
+  std::uint64_t position = 0;
+  ASSERT_TRUE(tag.Read(text, position));
+  const std::string tabs(CSTDXMLTag::kDeepestIndentation, '\t');
+  const std::string written = Written(tag);
+  EXPECT_NE(written.find('\n' + tabs + "<a>\r\n" + tabs + "<a>"), std::string::npos);
+  EXPECT_EQ(written.find(tabs + '\t'), std::string::npos);
+  EXPECT_EQ(tag.DumpTree().find(tabs + '\t'), std::string::npos);
+
+  CSTDXMLTag back;
+  position = 0;
+  ASSERT_TRUE(back.Read(written, position));
+  EXPECT_EQ(Written(back), written);
+}
+
+TEST(CSTDXMLTag, MayBecomeOneOfItsNestedTags) {
+  CSTDXMLTag tag = Sample();
+  tag = *tag.Tags[3];
+  EXPECT_EQ(Written(tag), "<list>\r\n\t<item></item>\r\n</list>\r\n");
+  tag = std::move(*tag.Tags[0]);
+  EXPECT_EQ(Written(tag), "<item></item>\r\n");
 }
 
 TEST(CSTDXMLTag, SharesItsNestedTags) {

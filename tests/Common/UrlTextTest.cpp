@@ -50,6 +50,8 @@ TEST(ToUrlText, GivesTheRows) {
       {"%C3%A9", false, false, "%C3%A9", Charset::Ascii, "%C3%A9"},
       {"%C3%A9", true, false, "\xC3\xA9", Charset::Utf8, "%C3%A9"},
       {"t%E9t%E9 ", true, false, "t\xE9t\xE9 ", Charset::Latin1, "t%E9t%E9 "},
+      {"%C4%E3%BA%C3", true, false, "\xC4\xE3\xBA\xC3", Charset::Gb18030, "%C4%E3%BA%C3"},
+      {"a%00%FF", true, false, "a\0\xFF"sv, Charset::Latin1, "a%00%FF"},
       // Text that had an encoding keeps it.
       {"\xC3\xA9%41", true, false,
        "\xC3\xA9"

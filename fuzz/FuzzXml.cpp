@@ -43,6 +43,9 @@ void CheckRead(std::string_view text) {
   position = 0;
   Require(back.Read(written, position), "what is written can be read");
   Require(position + 2 == written.size(), "up to its line end");
+  std::string again;
+  back.Write(again);
+  Require(again == written, "and is written the same");
 }
 
 }  // namespace

@@ -183,10 +183,13 @@ std::vector<Matching::ListScanner> CRegexVectorHolder::Scanners() const {
   std::vector<Matching::ListScanner> scanners;
   scanners.reserve(fEntries.size());
   for (const RegexVectorEntry& entry : fEntries) {
+    Matching::ListScanner scanner{entry.fScanner->Pattern()};
     // An expression that stands alone has no alternatives to tell apart.
-    const bool isMerged = !HasBackReference(entry.fScanner->Pattern());
-    scanners.push_back({entry.fScanner->Pattern(),
-                        isMerged ? static_cast<std::uint32_t>(entry.FirstAlternativeGroup()) : 0});
+    if (!HasBackReference(scanner.pattern)) {
+      scanner.firstGroup = static_cast<std::uint32_t>(entry.FirstAlternativeGroup());
+      scanner.groupCount = static_cast<std::uint32_t>(entry.fSources->size());
+    }
+    scanners.push_back(scanner);
   }
   return scanners;
 }
@@ -208,41 +211,51 @@ struct AskedEntries {
 }  // namespace
 
 bool CRegexVectorHolder::Find(std::string_view text, CUsePtr<CUnicodeString>* source) const {
-  if (!fMatcher) return FindInEntries(0, text, source);
+  if (!fMatcher) return FindInEntries(text, source);
 
   // An alternative's own automaton fails as its scanner would.
   try {
     const AskedEntries scanners{fEntries};
     if (!source) return fMatcher->Matches(text, scanners);
-    const auto hit = fMatcher->FindFirst(text, scanners);
-    if (!hit) return false;
-    if (hit->group == 0) return FindInEntries(hit->scanner, text, source);
-    const RegexVectorEntry& entry = fEntries[hit->scanner];
-    return Name((*entry.fSources)[hit->group - entry.FirstAlternativeGroup()], source);
+    std::uint32_t from = 0;
+    while (const auto hit = fMatcher->FindFirst(text, scanners, from)) {
+      const RegexVectorEntry& entry = fEntries[hit->scanner];
+      if (hit->group != 0) {
+        return Name((*entry.fSources)[hit->group - entry.FirstAlternativeGroup()], source);
+      }
+      if (FindInEntry(entry, text, source)) return true;
+      from = hit->scanner + 1;
+    }
+    return false;
   } catch (const std::regex_error& failure) {
     throw CRegexException(std::string("Runtime error in regex matching: '") + failure.what() + "'");
   }
 }
 
-bool CRegexVectorHolder::FindInEntries(std::size_t first, std::string_view text,
+bool CRegexVectorHolder::FindInEntries(std::string_view text,
                                        CUsePtr<CUnicodeString>* source) const {
-  for (std::size_t i = first; i < fEntries.size(); ++i) {
-    const RegexVectorEntry& entry = fEntries[i];
-    if (!entry.fScanner || !entry.fSources) continue;
-    const std::vector<std::string>& sources = *entry.fSources;
-    if (!source || sources.size() == 1) {
-      if (!entry.fScanner->Matches(text)) continue;
-      return !source || Name(sources.front(), source);
-    }
-    CRegexCaptures captures;
-    if (!entry.fScanner->MatchCaptures(text, captures)) continue;
-    const std::size_t alternatives = entry.FirstAlternativeGroup();
-    if (captures.Size() <= alternatives) continue;
-    const std::string_view enclosing = captures[alternatives - 1];
-    const std::size_t end = std::min(captures.Size(), alternatives + sources.size());
-    for (std::size_t group = alternatives; group < end; ++group) {
-      if (captures[group].Text() == enclosing) return Name(sources[group - alternatives], source);
-    }
+  return std::any_of(fEntries.begin(), fEntries.end(), [&](const RegexVectorEntry& entry) {
+    return FindInEntry(entry, text, source);
+  });
+}
+
+// Contract: a match in which no alternative's group holds what the group around them holds is none
+// when a name is asked for.
+bool CRegexVectorHolder::FindInEntry(const RegexVectorEntry& entry, std::string_view text,
+                                     CUsePtr<CUnicodeString>* source) {
+  if (!entry.fScanner || !entry.fSources) return false;
+  const std::vector<std::string>& sources = *entry.fSources;
+  if (!source || sources.size() == 1) {
+    return entry.fScanner->Matches(text) && (!source || Name(sources.front(), source));
+  }
+  CRegexCaptures captures;
+  if (!entry.fScanner->MatchCaptures(text, captures)) return false;
+  const std::size_t first = entry.FirstAlternativeGroup();
+  if (captures.Size() <= first) return false;
+  const std::string_view enclosing = captures[first - 1];
+  const std::size_t end = std::min(captures.Size(), first + sources.size());
+  for (std::size_t group = first; group < end; ++group) {
+    if (captures[group].Text() == enclosing) return Name(sources[group - first], source);
   }
   return false;
 }

@@ -91,10 +91,11 @@ public:
 private:
   class ScannerBuild;
 
-  // Asks the entries from that one on, one by one: the contract in its plainest form, and the road
-  // of a lone expression.
-  bool FindInEntries(std::size_t first, std::string_view text,
-                     CUsePtr<CUnicodeString>* source) const;
+  // Asks the entries one by one: the contract in its plainest form, and the road of a lone
+  // expression.
+  bool FindInEntries(std::string_view text, CUsePtr<CUnicodeString>* source) const;
+  static bool FindInEntry(const RegexVectorEntry& entry, std::string_view text,
+                          CUsePtr<CUnicodeString>* source);
   void BuildFromText(const std::string& text);
   void BuildFromList(const CVariant& list);
   void CompileAlone(const std::string& element, std::string_view expression);

@@ -14,6 +14,7 @@ struct Shape {
   std::vector<NodeId> before;
   std::vector<NodeId> alternatives;
   std::vector<NodeId> after;
+  bool isWhole = false;  // the tree has no such alternatives, and is taken as one
 
   std::vector<NodeId> PartsOf(NodeId alternative) const {
     std::vector<NodeId> parts = before;
@@ -34,7 +35,7 @@ std::vector<NodeId> ChildrenOf(const SyntaxTree& tree, NodeId id) {
 // Finds the group that encloses the alternatives. A scanner whose brackets have closed each other
 // has another shape, and is taken as one alternative.
 Shape ShapeOf(const SyntaxTree& tree, std::uint32_t firstGroup) {
-  const Shape whole{{}, {tree.Root()}, {}};
+  const Shape whole{{}, {tree.Root()}, {}, true};
   if (firstGroup == 0) return whole;
   Shape shape;
   for (NodeId id = tree.Root();;) {
@@ -111,9 +112,15 @@ bool IsFixed(const std::optional<std::vector<LiteralForm>>& forms) {
          forms->front().pieces.size() <= 1;
 }
 
-// Whether forms are a gap and nothing else.
-bool IsGap(const std::optional<std::vector<LiteralForm>>& forms) {
-  return forms && forms->size() == 1 && forms->front().gapBefore && forms->front().pieces.empty();
+// Whether parts are one greedy gap and nothing else.
+bool IsGreedyGap(const SyntaxTree& tree, const std::vector<NodeId>& parts,
+                 const std::optional<std::vector<LiteralForm>>& forms) {
+  const bool isPlain = std::all_of(parts.begin(), parts.end(), [&tree](NodeId id) {
+    const Node& part = tree[id];
+    return part.kind == NodeKind::LineBegin || (part.kind == NodeKind::Repeat && part.isGreedy);
+  });
+  return isPlain && forms && forms->size() == 1 && forms->front().gapBefore &&
+         forms->front().pieces.empty();
 }
 
 // An alternative that took the empty text cannot be told from one that took no part.
@@ -128,29 +135,58 @@ class ListMatcher::Builder {
 public:
   Builder(ListMatcher& matcher, const Options& options) : fMatcher(matcher), fOptions(options) {}
 
-  void Add(std::uint32_t number, const ListScanner& scanner) {
+  // What a scanner's text says of its alternatives.
+  struct Reading {
+    struct Alternative {
+      std::uint32_t group = 0;  // 0: its captures must be asked for the name
+      bool standsAlone = false;
+      Verdict verdict;
+    };
+    std::vector<Alternative> alternatives;
+    Naming naming = Naming::ByCaptures;
+    bool mayFail = false;  // it is asked itself, and can run out of steps
+  };
+
+  static Reading Read(const ListScanner& scanner, const Options& options) {
     const ParseResult parsed = Parse(scanner.pattern);
-    fMatcher.fNaming.push_back(Naming::ByCaptures);
-    if (parsed.error) return AddWhole(number);
-    const Shape shape = ShapeOf(parsed.tree, scanner.firstGroup);
-    const LiteralForms literals(parsed.tree);
-    bool isDecided = true;  // by literals, all of them
-    for (const NodeId alternative : shape.alternatives) {
-      const Node& node = parsed.tree[alternative];
-      const bool isGroup = scanner.firstGroup != 0 && node.kind == NodeKind::Group;
-      const Verdict verdict = Judge(literals, shape.PartsOf(alternative), fOptions);
-      isDecided = isDecided && verdict.road <= ListRoad::Floating && isGroup;
-      if (isDecided) {
-        const auto own = literals.Whole({alternative});
-        isDecided = IsNeverEmpty(own);
-      }
-      const bool standsAlone = isGroup && !parsed.tree.Has(NodeKind::BackReference);
-      Add({number, isGroup ? node.value : 0}, verdict, standsAlone ? scanner.firstGroup : kNone);
+    Reading reading;
+    if (parsed.error) {  // asked about every text
+      reading.mayFail = true;
+      reading.alternatives.emplace_back();
+      return reading;
     }
-    if (!isDecided || !IsFixed(literals.Whole(shape.after))) return;
-    const auto before = literals.Whole(shape.before);
-    if (IsFixed(before)) fMatcher.fNaming.back() = Naming::InOrder;
-    if (IsGap(before)) fMatcher.fNaming.back() = Naming::Latest;
+    const SyntaxTree& tree = parsed.tree;
+    reading.mayFail = tree.Has(NodeKind::BackReference);
+    const Shape shape = ShapeOf(tree, scanner.firstGroup);
+    const LiteralForms literals(tree);
+    bool isDecided = true;  // by literals, all of them
+    for (const NodeId id : shape.alternatives) {
+      const Node& node = tree[id];
+      const bool isGroup = !shape.isWhole && node.kind == NodeKind::Group;
+      const bool isElement = isGroup && node.value - scanner.firstGroup < scanner.groupCount;
+      Verdict verdict = Judge(literals, shape.PartsOf(id), options);
+      isDecided = isDecided && isElement && verdict.road <= ListRoad::Floating &&
+                  IsNeverEmpty(literals.Whole({id}));
+      reading.alternatives.push_back({isElement ? node.value : 0,
+                                      isElement && !tree.Has(NodeKind::BackReference),
+                                      std::move(verdict)});
+    }
+    if (isDecided && IsFixed(literals.Whole(shape.after))) {
+      const auto before = literals.Whole(shape.before);
+      if (IsFixed(before)) reading.naming = Naming::InOrder;
+      if (IsGreedyGap(tree, shape.before, before)) reading.naming = Naming::Latest;
+    }
+    return reading;
+  }
+
+  void Add(std::uint32_t number, const ListScanner& scanner) {
+    const Reading reading = Read(scanner, fOptions);
+    fMatcher.fNaming.push_back(reading.naming);
+    fMatcher.fMayFail = fMatcher.fMayFail || reading.mayFail;
+    for (const Reading::Alternative& alternative : reading.alternatives) {
+      Add({number, alternative.group}, alternative.verdict,
+          alternative.standsAlone ? scanner.firstGroup : kNone);
+    }
   }
 
   void Finish() {
@@ -166,13 +202,6 @@ public:
   }
 
 private:
-  // A scanner that cannot be read: it is asked about every text.
-  void AddWhole(std::uint32_t scanner) {
-    fMatcher.fParts.push_back({scanner, 0});
-    fMatcher.fAlways.push_back(
-        AddConfirmed(static_cast<std::uint32_t>(fMatcher.fParts.size() - 1), kNone));
-  }
-
   std::uint32_t AddConfirmed(std::uint32_t part, std::uint32_t firstGroup) {
     fMatcher.fConfirmed.push_back({part, firstGroup});
     return static_cast<std::uint32_t>(fMatcher.fConfirmed.size() - 1);
@@ -236,9 +265,11 @@ const Expression* ListMatcher::BuildAutomaton(std::uint32_t number,
   const Confirmed& confirmed = fConfirmed[number];
   const ParseResult parsed = Parse(pattern);
   const Shape shape = ShapeOf(parsed.tree, confirmed.firstGroup);
-  const auto alternative = std::find_if(
-      shape.alternatives.begin(), shape.alternatives.end(),
-      [&](NodeId id) { return parsed.tree[id].value == fParts[confirmed.part].group; });
+  const auto alternative =
+      std::find_if(shape.alternatives.begin(), shape.alternatives.end(), [&](NodeId id) {
+        const Node& node = parsed.tree[id];
+        return node.kind == NodeKind::Group && node.value == fParts[confirmed.part].group;
+      });
   auto built = Expression::FromTree(SyntaxTree::OfParts(parsed.tree, shape.PartsOf(*alternative)));
   // Release publishes what was built to the acquire in Confirms; whoever comes second drops his
   // own.
@@ -320,22 +351,13 @@ std::vector<ListMatcher::Alternative> ListMatcher::Plan(const std::vector<ListSc
                                                         const Options& options) {
   std::vector<Alternative> plan;
   for (std::uint32_t i = 0; i < scanners.size(); ++i) {
-    const ParseResult parsed = Parse(scanners[i].pattern);
-    if (parsed.error) {
-      plan.push_back({i, 0, ListRoad::Always, {}});
-      continue;
-    }
-    const Shape shape = ShapeOf(parsed.tree, scanners[i].firstGroup);
-    const LiteralForms literals(parsed.tree);
-    for (const NodeId alternative : shape.alternatives) {
-      Verdict verdict = Judge(literals, shape.PartsOf(alternative), options);
-      std::vector<std::string> texts = std::move(verdict.required);
-      for (const LiteralForm& form : verdict.forms) {
+    Builder::Reading reading = Builder::Read(scanners[i], options);
+    for (Builder::Reading::Alternative& alternative : reading.alternatives) {
+      std::vector<std::string> texts = std::move(alternative.verdict.required);
+      for (const LiteralForm& form : alternative.verdict.forms) {
         if (!form.pieces.empty()) texts.push_back(LongestPiece(form));
       }
-      const Node& node = parsed.tree[alternative];
-      const bool isGroup = scanners[i].firstGroup != 0 && node.kind == NodeKind::Group;
-      plan.push_back({i, isGroup ? node.value : 0, verdict.road, std::move(texts)});
+      plan.push_back({i, alternative.group, alternative.verdict.road, std::move(texts)});
     }
   }
   return plan;
@@ -345,7 +367,8 @@ std::size_t ListMatcher::MemorySize() const {
   std::size_t size =
       sizeof *this + fTails.MemorySize() + fHeads.MemorySize() + fFloating.MemorySize() +
       fParts.capacity() * sizeof(Part) + fNaming.capacity() + fTargets.capacity() * sizeof(Target) +
-      fForms.capacity() * sizeof(LiteralForm) + fAlways.capacity() * sizeof(std::uint32_t);
+      fForms.capacity() * sizeof(LiteralForm) + fAlways.capacity() * sizeof(std::uint32_t) +
+      fConfirmed.capacity() * sizeof(Confirmed) + fConfirmed.size() * sizeof(fAutomata[0]);
   for (const LiteralForm& form : fForms) {
     size += form.pieces.capacity() * sizeof(std::string);
     for (const std::string& piece : form.pieces) size += piece.capacity();

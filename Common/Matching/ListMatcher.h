@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <memory>
 #include <optional>
 #include <string>
@@ -21,7 +22,8 @@ namespace Matching {
 // elements.
 struct ListScanner {
   std::string_view pattern;
-  std::uint32_t firstGroup = 0;  // number of the first alternative's group
+  std::uint32_t firstGroup = 0;  // number of the first alternative's group; 0: there is none
+  std::uint32_t groupCount = 0;  // groups from that one on that stand for an element or are in one
 };
 
 // How an alternative of a list is answered.
@@ -49,6 +51,9 @@ struct ListOptions {
 // scanner's text again, and published by compare-and-swap; where an alternative cannot stand alone
 // (it refers back, or the scanner has another shape) its scanner is asked.
 //
+// The answer is that of asking one scanner after the other: a scanner that fails is an answer as
+// good as one that matches, and the first of both is given.
+//
 // Immutable to the outside; any number of threads may ask.
 class ListMatcher {
 public:
@@ -67,12 +72,14 @@ public:
   ~ListMatcher();
 
   // scanners.Matches(i, text) says whether a scanner matches the text, scanners.Pattern(i) is what
-  // the matcher was made of. What the former throws passes, and an automaton throws
-  // std::regex_error.
+  // the matcher was made of. What the former throws passes unless an earlier scanner matches, and
+  // an automaton throws std::regex_error.
   template <class Scanners>
   bool Matches(std::string_view text, const Scanners& scanners) const;
+  // From a scanner on, by its number.
   template <class Scanners>
-  std::optional<Hit> FindFirst(std::string_view text, const Scanners& scanners) const;
+  std::optional<Hit> FindFirst(std::string_view text, const Scanners& scanners,
+                               std::uint32_t from = 0) const;
 
   // What the roads are, for diagnoses and tests: an alternative each, in the order of the list.
   struct Alternative {
@@ -83,6 +90,7 @@ public:
   };
   static std::vector<Alternative> Plan(const std::vector<ListScanner>& scanners,
                                        const Options& options = {});
+  // Bytes, but for what grows while it is asked: the automata of single alternatives.
   std::size_t MemorySize() const;
 
 private:
@@ -108,7 +116,7 @@ private:
   enum class Naming : std::uint8_t {
     ByCaptures,  // literals cannot
     InOrder,     // the first that matches
-    Latest,      // a star stands before all of them and takes what it can: what begins latest
+    Latest,      // a greedy star stands before all of them: what begins latest
   };
 
   class Builder;
@@ -190,6 +198,7 @@ private:
   std::uint32_t fEmptyPart = kNone;     // the first that is the empty text
   std::uint32_t fAnythingPart = kNone;  // the first that is every text without line ends
   std::vector<Confirmed> fConfirmed;
+  bool fMayFail = false;               // a scanner that is asked itself can fail
   std::vector<std::uint32_t> fAlways;  // numbers in fConfirmed, ascending
   // One for each confirmed alternative; null until its first run.
   mutable std::unique_ptr<std::atomic<const Expression*>[]> fAutomata;
@@ -220,6 +229,7 @@ bool ListMatcher::VisitLiterals(std::string_view text, OnHit onHit, OnCandidate 
 
 template <class Scanners>
 bool ListMatcher::Matches(std::string_view text, const Scanners& scanners) const {
+  if (fMayFail) return FindFirst(text, scanners).has_value();  // the first one counts
   Asked asked;
   const auto confirms = [&](std::uint32_t number) {
     return asked.Add(number) && Confirms(number, text, scanners);
@@ -236,14 +246,16 @@ bool ListMatcher::Matches(std::string_view text, const Scanners& scanners) const
 
 template <class Scanners>
 std::optional<ListMatcher::Hit> ListMatcher::FindFirst(std::string_view text,
-                                                       const Scanners& scanners) const {
+                                                       const Scanners& scanners,
+                                                       std::uint32_t from) const {
   Asked asked;
-  std::uint32_t best = kNone;      // the first scanner found to match
+  std::uint32_t best = kNone;      // the first scanner found to match or to fail
+  std::exception_ptr failure;      // what it failed with
   std::uint32_t bestPart = kNone;  // what literals say of its alternatives
   std::size_t bestStart = 0;       // where that begins, as far as it matters
   const auto onHit = [&](std::uint32_t part, const LiteralForm* form, std::size_t size) {
     const std::uint32_t scanner = fParts[part].scanner;
-    if (scanner > best) return false;
+    if (scanner > best || scanner < from) return false;
     std::size_t start = 0;
     if (fNaming[scanner] == Naming::Latest) {
       start = form ? LatestStart(text, *form) : text.size() - size;
@@ -252,14 +264,22 @@ std::optional<ListMatcher::Hit> ListMatcher::FindFirst(std::string_view text,
                           (start == bestStart && part < bestPart);
     if (!isBetter) return false;
     best = scanner;
+    failure = nullptr;
     bestPart = part;
     bestStart = start;
     return false;
   };
   const auto onCandidate = [&](std::uint32_t number) {
     const std::uint32_t scanner = fParts[fConfirmed[number].part].scanner;
-    if (scanner >= best || !asked.Add(number) || !Confirms(number, text, scanners)) return false;
+    if (scanner >= best || scanner < from || !asked.Add(number)) return false;
+    std::exception_ptr raised;
+    try {
+      if (!Confirms(number, text, scanners)) return false;
+    } catch (...) {
+      raised = std::current_exception();
+    }
     best = scanner;
+    failure = raised;
     bestPart = kNone;
     return false;
   };
@@ -268,6 +288,7 @@ std::optional<ListMatcher::Hit> ListMatcher::FindFirst(std::string_view text,
     if (fParts[fConfirmed[number].part].scanner >= best) break;
     onCandidate(number);
   }
+  if (failure) std::rethrow_exception(failure);
   if (best == kNone) return std::nullopt;
   const bool isNamed = bestPart != kNone && fNaming[best] != Naming::ByCaptures;
   return Hit{best, isNamed ? fParts[bestPart].group : 0};

@@ -4,47 +4,23 @@
 #include <gtest/gtest.h>
 
 #include <optional>
-#include <random>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "Common/CUnicodeString.h"
 #include "Common/CVariant.h"
+#include "tests/Common/HolderSupport.h"
 #include "tests/Common/QuestionedHost.h"
 
 namespace {
 
+using HolderSupport::FindIn;
+using HolderSupport::ListOf;
+using HolderSupport::PatternsOf;
+using HolderSupport::Strings;
+using HolderSupport::ValueOf;
 using testing::ElementsAre;
-using Strings = std::vector<std::string>;
-
-CUsePtr<CVariant> ListOf(const Strings& elements) {
-  auto list = MakeUseCounted<CVariant>(VariantType::RegexList);
-  for (const std::string& element : elements) list->AddToList(MakeText(element).Get());
-  return list;
-}
-
-CUsePtr<CVariant> ValueOf(VariantType type, const std::string& text) {
-  auto value = MakeUseCounted<CVariant>();
-  value->SetString(type, MakeText(text).Get());
-  return value;
-}
-
-// The element that Find names, or nothing on a miss. Both ways of asking must agree.
-std::optional<std::string> FindIn(const CRegexVectorHolder& holder, std::string_view text) {
-  CUsePtr<CUnicodeString> source;
-  const bool found = holder.Find(text, &source);
-  EXPECT_EQ(holder.Find(text, nullptr), found) << text;
-  EXPECT_EQ(static_cast<bool>(source), found) << text;
-  if (!found) return std::nullopt;
-  return std::string(source->Text().Utf8());
-}
-
-Strings PatternsOf(const CRegexVectorHolder& holder) {
-  Strings patterns;
-  for (const auto& entry : holder.Entries()) patterns.push_back(entry.fScanner->Pattern());
-  return patterns;
-}
 
 // ---- what it is built from
 
@@ -302,84 +278,7 @@ TEST(HolderDiagnostics, StayWithTheOriginalOfACopy) {
   EXPECT_EQ(DumpOf(quiet, &CRegexVectorHolder::DumpOriginal), Strings());
 }
 
-// ---- property: the plain truth, element by element
-
-// The element that the list names, found by compiling each alone and trying them in the order of
-// their kinds. For star wildcards that is not what is named, so they are told by the boolean alone.
-struct Truth {
-  bool matches = false;
-  std::optional<std::string> name;  // where the order of the kinds decides it
-};
-
-class Plain {
-public:
-  explicit Plain(const Strings& elements) {
-    for (int kind = 0; kind < 4; ++kind) {
-      for (const std::string& element : elements) {
-        if (!element.empty() && KindOf(element) == kind) Add(kind, element);
-      }
-    }
-  }
-  bool IsBad() const { return fBad; }
-  Truth Ask(std::string_view text) const {
-    Truth truth;
-    for (const auto& [kind, element, regex] : fElements) {
-      if (!regex->Matches(text)) continue;
-      if (!truth.matches && kind != 2 && !text.empty()) truth.name = element;
-      truth.matches = true;
-    }
-    return truth;
-  }
-
-private:
-  static int KindOf(const std::string& element) {
-    if (CRegex::IsWildcardForm(element)) return element.front() == '*' ? 2 : 1;
-    return HasBackReference(CRegex::StripRegexForm(element)) ? 0 : 3;
-  }
-  void Add(int kind, const std::string& element) {
-    std::string expression(CRegex::StripRegexForm(element));
-    if (CRegex::IsWildcardForm(element)) CRegex::GlobToExpression(element, true, expression);
-    CRegexPtr regex = CRegex::Create(expression, false);
-    fBad = fBad || !regex;
-    if (regex) fElements.emplace_back(kind, element, std::move(regex));
-  }
-
-  std::vector<std::tuple<int, std::string, CRegexPtr>> fElements;
-  bool fBad = false;
-};
-
-std::string RandomOf(std::mt19937& random, const Strings& parts, std::size_t most) {
-  std::string text;
-  for (std::size_t i = 1 + random() % most; i > 0; --i) text += parts[random() % parts.size()];
-  return text;
-}
-
-TEST(CRegexVectorHolder, AgreesWithTryingEachElement) {
-  std::mt19937 random(32);
-  const Strings globs = {"a", "b", ".", "*", "?", "ab", "x.com", "[ab]"};
-  const Strings expressions = {"a",   "b",     "\\.",      ".*", "[ab]",
-                               "\\d", "(a|b)", "(.*\\.)?", "a?", "(a)\\1"};
-  const Strings texts = {"a", "B", ".", "ab", "1", "x.com", "b", "\n"};
-  for (int round = 0; round < 120; ++round) {
-    Strings elements;
-    for (std::size_t i = random() % 30; i > 0; --i) {
-      elements.push_back(random() % 2 ? RandomOf(random, globs, 4)
-                                      : "regex(" + RandomOf(random, expressions, 3) + ")");
-    }
-    const CRegexVectorHolder holder(ListOf(elements));
-    const Plain plain(elements);
-    ASSERT_EQ(holder.IsUnusable(), plain.IsBad());
-    for (int i = 0; i < 40; ++i) {
-      const std::string text = RandomOf(random, texts, 4);
-      SCOPED_TRACE(testing::PrintToString(elements) + " on '" + text + "'");
-      const Truth truth = plain.Ask(text);
-      const auto found = FindIn(holder, text);
-      ASSERT_EQ(found.has_value(), truth.matches);
-      if (!truth.name) continue;
-      ASSERT_EQ(*found, *truth.name);
-    }
-  }
-}
+// ---- size and threads
 
 TEST(CRegexVectorHolder, AnswersForAHundredThousandElements) {
   Strings elements;

@@ -40,7 +40,8 @@ public:
   std::vector<ListScanner> List() const {
     std::vector<ListScanner> list;
     for (std::size_t i = 0; i < fPatterns.size(); ++i) {
-      list.push_back({fPatterns[i], fFirstGroups[i]});
+      const auto groups = static_cast<std::uint32_t>(fRegexes[i].mark_count());
+      list.push_back({fPatterns[i], fFirstGroups[i], groups + 1 - fFirstGroups[i]});
     }
     return list;
   }
@@ -195,7 +196,7 @@ TEST(ListMatcher, PlansTheRoadOfEachElement) {
   };
   for (const auto& [pattern, expected] : rows) {
     SCOPED_TRACE(pattern);
-    const auto plan = ListMatcher::Plan({{pattern, 0}});
+    const auto plan = ListMatcher::Plan({{pattern}});
     ASSERT_EQ(plan.size(), 1u);
     EXPECT_EQ(plan[0].road, expected.first);
     EXPECT_THAT(plan[0].literals, testing::UnorderedElementsAreArray(expected.second));
@@ -229,13 +230,79 @@ TEST(ListMatcher, BuildsAnAlternativesAutomatonOnceForAllThreads) {
   }
 }
 
-TEST(ListMatcher, LetsWhatConfirmingThrowsPass) {
+// Scanners that answer as told: 'y', 'n', or 'f' for a failure.
+struct Told {
+  const Scanners& scanners;
+  std::string answers;
+  bool Matches(std::size_t scanner, std::string_view) const {
+    if (answers[scanner] == 'f') throw std::logic_error("failed");
+    return answers[scanner] == 'y';
+  }
+  std::string_view Pattern(std::size_t scanner) const { return scanners.Pattern(scanner); }
+};
+
+// A failure is an answer like a match: the first scanner that gives one decides, by whatever road
+// the others are answered and in whatever order the text leads to them.
+TEST(ListMatcher, FailsWhereTheFirstScannerThatAnswersDoes) {
   Scanners scanners;
-  scanners.AddWhole("(\\d)\\1", 0);
+  scanners.AddWhole("(.)\\1.*", 0);        // asked about every text
+  scanners.AddWhole("(.).*late.*\\1", 0);  // picked by its literal, late in the text
+  scanners.AddWhole("(.)soon.*\\1", 0);    // and soon
+  scanners.Add("", {".*sure"}, "");        // decided by a literal
+  for (const auto& options : kAllOptions) {
+    const ListMatcher matcher(scanners.List(), options);
+    for (int row = 0; row < 27; ++row) {
+      const char kinds[] = {'y', 'n', 'f'};
+      const std::string asked = {kinds[row % 3], kinds[row / 3 % 3], kinds[row / 9]};
+      for (const bool isSure : {false, true}) {
+        const std::string text = isSure ? "soon late sure" : "soon late";
+        const Told told{scanners, asked + (isSure ? 'y' : 'n')};
+        SCOPED_TRACE(told.answers);
+        const std::size_t first = told.answers.find_first_of("yf");
+        if (first != std::string::npos && told.answers[first] == 'f') {
+          EXPECT_THROW(matcher.Matches(text, told), std::logic_error);
+          EXPECT_THROW(matcher.FindFirst(text, told), std::logic_error);
+          continue;
+        }
+        EXPECT_EQ(matcher.Matches(text, told), first != std::string::npos);
+        const auto hit = matcher.FindFirst(text, told);
+        ASSERT_EQ(hit.has_value(), first != std::string::npos);
+        if (hit) {
+          EXPECT_EQ(hit->scanner, first);
+        }
+      }
+    }
+  }
+}
+
+TEST(ListMatcher, FindsFromAScannerOn) {
+  Scanners scanners;
+  scanners.Add("", {".*aa", "\\d+aa"}, "");
+  scanners.Add("", {"[12]+aa"}, "");
+  scanners.Add("", {"1.*"}, "");
   const ListMatcher matcher(scanners.List());
-  const Forbidden fail;
-  EXPECT_THROW(matcher.Matches("x", fail), std::logic_error);
-  EXPECT_THROW(matcher.FindFirst("x", fail), std::logic_error);
+  for (std::uint32_t from = 0; from < 3; ++from) {
+    const auto hit = matcher.FindFirst("1aa", scanners, from);
+    ASSERT_TRUE(hit);
+    EXPECT_EQ(hit->scanner, from);
+  }
+  EXPECT_FALSE(matcher.FindFirst("1aa", scanners, 3));
+}
+
+// A group that is no element's, and one that stands for none, is never named.
+TEST(ListMatcher, NamesNoGroupBeyondTheElements) {
+  Scanners scanners;
+  scanners.AddWhole("(abc|x(()|(abc|x)))", 3);
+  ExpectAgreement(scanners, {"abc", "x", "xabc", "xx", ""});
+  const ListMatcher matcher(scanners.List());
+  EXPECT_EQ(matcher.FindFirst("abc", scanners)->group, 0u);
+
+  const std::vector<ListScanner> list = {{"^((a)|(b)|(c))$", 2, 2}};
+  const ListMatcher narrow(list);
+  for (const char* text : {"a", "b", "c"}) {
+    EXPECT_EQ(narrow.FindFirst(text, Forbidden())->group, 0u);  // literals cannot tell all of them
+  }
+  for (const auto& alternative : ListMatcher::Plan(list)) EXPECT_LE(alternative.group, 3u);
 }
 
 std::string RandomOf(std::mt19937& random, const Strings& parts, std::size_t most) {

@@ -18,7 +18,9 @@ JsonReal* JsonNodeArena::NewReal(std::string_view text, std::int32_t precision) 
   if (text.empty() || text.size() > std::numeric_limits<std::uint32_t>::max()) {
     return Make<JsonReal>(0, text, precision);
   }
-  return WithTail(Make<JsonReal>(text.size(), JsonReal::InTail{}, text, precision));
+  constexpr std::size_t kInNode = JsonReal::kTailInNode;
+  const std::size_t behind = text.size() > kInNode ? text.size() - kInNode : 0;
+  return WithTail(Make<JsonReal>(behind, JsonReal::InTail{}, text, precision));
 }
 
 void JsonNodeArena::Open(std::size_t size) {

@@ -17,9 +17,8 @@ const char* CopyOf(std::string_view text) {
 }
 
 // Copies the text behind the node, where its maker left room.
-template <class Node>
-const char* CopyIntoTail(Node* node, std::string_view text) {
-  char* tail = reinterpret_cast<char*>(node) + sizeof(Node);
+const char* CopyIntoTail(JsonString* node, std::string_view text) {
+  char* tail = reinterpret_cast<char*>(node) + sizeof(JsonString);
   if (!text.empty()) std::memcpy(tail, text.data(), text.size());
   return tail;
 }
@@ -41,7 +40,10 @@ JsonReal::JsonReal(InTail, std::string_view text, std::int32_t precision)
     : JsonValue(TypeReal),
       fPrecision(precision),
       fTextSize(static_cast<std::uint32_t>(text.size())),
-      fText(CopyIntoTail(this, text)) {}
+      fValue(0.0) {
+  std::memcpy(reinterpret_cast<char*>(this) + sizeof(JsonReal) - kTailInNode, text.data(),
+              text.size());
+}
 
 JsonReal::~JsonReal() {
   if (fTextSize != 0 && !HasTail()) delete[] fText;
@@ -54,6 +56,7 @@ double JsonReal::Value() const {
 
 void JsonReal::Keep(double value) const {
   if (!HasTail()) delete[] fText;
+  SetHasTail(false);
   fTextSize = 0;
   fValue = value;
 }

@@ -82,7 +82,10 @@ public:
 
   double Value() const;
   // What the number was read from, or empty once it is converted.
-  std::string_view Text() const { return fTextSize == 0 ? "" : std::string_view(fText, fTextSize); }
+  std::string_view Text() const {
+    if (fTextSize == 0) return {};
+    return {HasTail() ? Tail() : fText, fTextSize};
+  }
   // Significant digits of the source, 0 when unknown.
   std::int32_t Precision() const { return fPrecision; }
 
@@ -92,11 +95,15 @@ public:
 private:
   friend class JsonNodeArena;
   friend class JsonTreeReleaser;
-  struct InTail {};  // the text goes right behind the node, where the maker left room for it
+  // The text goes into the tail of the node, which begins where the number will stand: behind that
+  // many bytes the maker left room for the rest.
+  struct InTail {};
+  static constexpr std::size_t kTailInNode = sizeof(double);
   JsonReal(InTail, std::string_view text, std::int32_t precision);
   ~JsonReal() override;
 
   void Keep(double value) const;  // the number takes the place of the text
+  const char* Tail() const { return reinterpret_cast<const char*>(&fValue); }
 
   std::int32_t fPrecision;
   mutable std::uint32_t fTextSize = 0;  // 0: converted, fValue counts

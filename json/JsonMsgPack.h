@@ -66,12 +66,8 @@ bool ToMsgPack(const JsonValue& value, std::string& out);
 // As Parse, for MsgPack bytes. Binary data and extensions are refused.
 JsonValue* ParseMsgPack(const std::string& bytes, JsonParseContext* context = nullptr,
                         const JsonCompiledSchema* schema = nullptr);
-JsonArray* ParseMsgPackArray(const std::string& bytes, JsonParseContext* context = nullptr,
-                             const JsonCompiledSchema* schema = nullptr);
-JsonObject* ParseMsgPackObject(const std::string& bytes, JsonParseContext* context = nullptr,
-                               const JsonCompiledSchema* schema = nullptr);
-JsonCompiledObject* ParseMsgPackCompiledObject(const std::string& bytes,
-                                               JsonParseContext* context = nullptr,
-                                               const JsonCompiledSchema* schema = nullptr);
+inline constexpr JsonTypedParse<&ParseMsgPack, &ToArray> ParseMsgPackArray;
+inline constexpr JsonTypedParse<&ParseMsgPack, &ToObject> ParseMsgPackObject;
+inline constexpr JsonTypedParse<&ParseMsgPack, &ToCompiledObject> ParseMsgPackCompiledObject;
 
 }  // namespace Tovrin::JSON

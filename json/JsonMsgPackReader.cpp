@@ -365,19 +365,4 @@ JsonValue* ParseMsgPack(const std::string& bytes, JsonParseContext* context,
   return BinaryParser(bytes, *context).Parse(schema);
 }
 
-JsonArray* ParseMsgPackArray(const std::string& bytes, JsonParseContext* context,
-                             const JsonCompiledSchema* schema) {
-  return OfType(ParseMsgPack(bytes, context, schema), ToArray);
-}
-
-JsonObject* ParseMsgPackObject(const std::string& bytes, JsonParseContext* context,
-                               const JsonCompiledSchema* schema) {
-  return OfType(ParseMsgPack(bytes, context, schema), ToObject);
-}
-
-JsonCompiledObject* ParseMsgPackCompiledObject(const std::string& bytes, JsonParseContext* context,
-                                               const JsonCompiledSchema* schema) {
-  return OfType(ParseMsgPack(bytes, context, schema), ToCompiledObject);
-}
-
 }  // namespace Tovrin::JSON

@@ -214,11 +214,13 @@ private:
     return true;
   }
 
-  // At the closing bracket: the value of the frame, which is taken off.
+  // At the closing bracket: the value of the frame, which is taken off. The white space behind it
+  // is the container's, so that a failure to store it stands behind that.
   JsonValue* Close() {
     const Frame frame = fFrames.back();
     fFrames.pop_back();
     ++fCursor.at;
+    fCursor.SkipWhiteSpace();
     switch (frame.kind) {
       case Kind::Array:
         return fBuilder.CloseArray(frame.begin);
@@ -385,21 +387,6 @@ JsonValue* Parse(const std::string& text, JsonParseContext* context,
     context->InputIsValidUtf8 = IsValidUtf8(text);
   }
   return TextParser(text, *context).Parse(schema);
-}
-
-JsonArray* ParseArray(const std::string& text, JsonParseContext* context,
-                      const JsonCompiledSchema* schema) {
-  return OfType(Parse(text, context, schema), ToArray);
-}
-
-JsonObject* ParseObject(const std::string& text, JsonParseContext* context,
-                        const JsonCompiledSchema* schema) {
-  return OfType(Parse(text, context, schema), ToObject);
-}
-
-JsonCompiledObject* ParseCompiledObject(const std::string& text, JsonParseContext* context,
-                                        const JsonCompiledSchema* schema) {
-  return OfType(Parse(text, context, schema), ToCompiledObject);
 }
 
 }  // namespace Tovrin::JSON

@@ -39,15 +39,22 @@ struct JsonParseContext {
 JsonValue* Parse(const std::string& text, JsonParseContext* context = nullptr,
                  const JsonCompiledSchema* schema = nullptr);
 
-// The same, for a root of one type. Contract: a root of another type is null without a message, and
-// ParseSucceeded stays true.
-JsonArray* ParseArray(const std::string& text, JsonParseContext* context = nullptr,
-                      const JsonCompiledSchema* schema = nullptr);
-JsonObject* ParseObject(const std::string& text, JsonParseContext* context = nullptr,
-                        const JsonCompiledSchema* schema = nullptr);
-JsonCompiledObject* ParseCompiledObject(const std::string& text,
-                                        JsonParseContext* context = nullptr,
-                                        const JsonCompiledSchema* schema = nullptr);
+// A parse for a root of one type; called like a function. Contract: a root of another type is null
+// without a message, and ParseSucceeded stays true.
+template <auto Read, auto ToType>
+struct JsonTypedParse {
+  auto* operator()(const std::string& bytes, JsonParseContext* context = nullptr,
+                   const JsonCompiledSchema* schema = nullptr) const {
+    JsonValue* root = Read(bytes, context, schema);
+    auto* typed = ToType(root);
+    if (root && !typed) root->Release();
+    return typed;
+  }
+};
+
+inline constexpr JsonTypedParse<&Parse, &ToArray> ParseArray;
+inline constexpr JsonTypedParse<&Parse, &ToObject> ParseObject;
+inline constexpr JsonTypedParse<&Parse, &ToCompiledObject> ParseCompiledObject;
 
 // The number at the context's position, which moves behind it; null and a message where there is
 // none. What follows the number is not looked at.

@@ -52,12 +52,4 @@ private:
   std::deque<std::string> fKeys;             // a deque, since views of them are held
 };
 
-// The root as a node of one class; a root of another is released, and the answer null.
-template <class Node>
-Node* OfType(JsonValue* root, Node* (*to)(JsonValue*)) {
-  Node* node = to(root);
-  if (root && !node) root->Release();
-  return node;
-}
-
 }  // namespace Tovrin::JSON

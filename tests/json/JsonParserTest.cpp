@@ -517,7 +517,11 @@ TEST(JsonParser, RejectingMakesUnknownKeysAnError) {
   JsonParseContext rejecting;
   rejecting.RejectDuplicateKeys = true;
   ExpectFailures({{R"({"unknown":1})", "duplicate key", 12},
-                  {R"({"child":{"unknown":1}})", "duplicate key while parsing value", 21}},
+                  {R"({"child":{"unknown":1}})", "duplicate key while parsing value", 21},
+                  // The blanks behind a container belong to it.
+                  {"{\"unknown\":[1] \n }", "duplicate key", 17, 1, 16},
+                  {"{\"unknown\":{} }", "duplicate key", 14},
+                  {"{\"unknown\":\"s\" }", "duplicate key", 14}},
                  &schemas.root, rejecting);
   const Node repeated(Parse(R"({"name":1,"name":2})", &rejecting, &schemas.root));
   EXPECT_EQ(CompactOrNone(repeated.Get()), R"({"name":2})");

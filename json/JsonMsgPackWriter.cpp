@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
-#include <new>
 #include <vector>
 
 #include "json/JsonArray.h"
@@ -12,16 +11,17 @@
 #include "json/JsonCompiledObject.h"
 #include "json/JsonMsgPack.h"
 #include "json/JsonObject.h"
+#include "memory/Allocator.h"
 
 namespace Tovrin::JSON {
 
 namespace {
 
 // Chunks come from the C heap: they are large, short-lived and grow, which the module's own
-// allocator is not made for.
+// allocator is not made for. Where there is none left the process ends as it does there.
 char* NewChunk(std::size_t size) {
   void* chunk = std::malloc(size);
-  if (!chunk) throw std::bad_alloc();
+  if (!chunk) MemoryFailure("malloc", size);
   return static_cast<char*>(chunk);
 }
 

@@ -1,6 +1,7 @@
 #include "json/JsonMsgPack.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <cmath>
 #include <limits>
@@ -151,6 +152,20 @@ TEST(JsonMsgPackWriter, WritesObjectsOfBothKinds) {
   JsonTestPeer::DropSchema(places);
   EXPECT_EQ(Packed(*compiled), FromHex("80"));
 }
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // they need more address space
+TEST(JsonMsgPackWriterDeathTest, EndsTheProcessWhenMemoryIsOut) {
+  const auto write = [] {
+    const std::string text(64 << 20, 'x');
+    std::string target;
+    JsonMsgPackWriter writer(target);
+    const rlimit limit{1 << 20, 1 << 20};  // less than is in use
+    setrlimit(RLIMIT_AS, &limit);
+    writer.WriteString(text);
+  };
+  EXPECT_EXIT(write(), testing::ExitedWithCode(42), "malloc \\(67109864\\)");
+}
+#endif
 
 // --- Reading ---
 

@@ -1,5 +1,6 @@
 #include "json/JSONWrapper.h"
 
+#include <algorithm>
 #include <cstring>
 #include <mutex>
 #include <utility>
@@ -36,15 +37,22 @@ const void* TableOf(const IJSON* object) {
   return table;
 }
 
-// All bytes of the reference; false when it gives fewer than it says it has.
+// All bytes of the reference; false when it gives fewer than it says it has. Read in pieces, so
+// that one that claims more than there is costs no memory.
 bool ReadAll(const IDataRef& data, std::string& bytes) {
+  constexpr std::size_t kPiece = 64 * 1024;
   const std::size_t size = data.GetSize();
   if (const void* at = data.GetData()) {
     bytes.assign(static_cast<const char*>(at), size);
     return true;
   }
-  bytes.resize(size);
-  return data.Read(bytes.data(), size, 0) == size;
+  while (bytes.size() < size) {
+    const std::size_t begin = bytes.size();
+    const std::size_t count = std::min(kPiece, size - begin);
+    bytes.resize(begin + count);
+    if (data.Read(bytes.data() + begin, count, begin) != count) return false;
+  }
+  return true;
 }
 
 }  // namespace

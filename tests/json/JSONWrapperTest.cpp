@@ -752,16 +752,17 @@ TEST(JSONWrapper, SerialisedBytesCarryTheirLength) {
   EXPECT_TRUE(back->Equals(json.get()));
 }
 
-// A reference whose bytes do not lie in one piece, and that may give fewer than it says.
+// A reference whose bytes do not lie in one piece, and that may have fewer than it says.
 class Scattered final : public InterfaceImpl<IDataRef> {
 public:
   Scattered(std::string bytes, std::size_t missing) : fBytes(std::move(bytes)), fMissing(missing) {}
 
 private:
-  std::size_t Interface_GetSize() const override { return fBytes.size(); }
+  std::size_t Interface_GetSize() const override { return fBytes.size() + fMissing; }
   void Interface_Assign(const void*, std::size_t) override {}
   std::size_t Interface_Read(void* buffer, std::size_t size, std::size_t offset) const override {
-    return fBytes.copy(static_cast<char*>(buffer), size, offset) - fMissing;
+    if (offset >= fBytes.size()) return 0;
+    return fBytes.copy(static_cast<char*>(buffer), size, offset);
   }
   std::uint8_t Interface_IsEqual(const IDataRef*) const override { return 0; }
   IDataRef* Interface_Clone() const override { return nullptr; }
@@ -786,8 +787,18 @@ TEST(JSONWrapper, MsgPackGoesThroughDataReferences) {
   EXPECT_TRUE(back->FromData(AutoRefPtr<IDataRef>(new Scattered(bytes, 0)).get()));
   EXPECT_TRUE(back->Equals(json.get()));
 
-  EXPECT_FALSE(back->FromData(AutoRefPtr<IDataRef>(new Scattered(bytes, 1)).get()));
-  ExpectError(*back.get(), kError, "reading from MsgPack failed");
+  const Wrapper large = Of(("[\"" + std::string(200'000, 'x') + "\"]").c_str());
+  const AutoRefPtr<IDataRef> packed(large->ToMsgPack());
+  const std::string manyBytes(static_cast<const char*>(packed->GetData()), packed->GetSize());
+  EXPECT_TRUE(back->FromData(AutoRefPtr<IDataRef>(new Scattered(manyBytes, 0)).get()));
+  EXPECT_TRUE(back->Equals(large.get()));
+  EXPECT_TRUE(back->FromData(data.get()));
+
+  // A size that is a lie is no reason to make room for it.
+  for (const std::size_t missing : {std::size_t{1}, SIZE_MAX - bytes.size()}) {
+    EXPECT_FALSE(back->FromData(AutoRefPtr<IDataRef>(new Scattered(bytes, missing)).get()));
+    ExpectError(*back.get(), kError, "reading from MsgPack failed");
+  }
   EXPECT_FALSE(back->FromData(AutoRefPtr<IDataRef>(new Data("\xc1")).get()));
   ExpectError(*back.get(), kError, "reading from MsgPack failed");
   EXPECT_FALSE(back->FromData(nullptr));

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <random>
 #include <string>
 #include <thread>
@@ -146,6 +147,51 @@ TEST(JsonTrees, TwoThreadsFreeTheHalvesOfOneParse) {
 
 // --- Public suites ---
 
+// What becomes of the cases that the suite leaves open: the text printed, or the message.
+const std::map<std::string, std::string> kOpenCases = {
+    // What lies out of a double's range is refused, too small included.
+    {"i_number_double_huge_neg_exp.json", "real number out of double range"},
+    {"i_number_huge_exp.json", "real number out of double range"},
+    {"i_number_neg_int_huge_exp.json", "real number out of double range"},
+    {"i_number_real_neg_overflow.json", "real number out of double range"},
+    {"i_number_real_pos_overflow.json", "real number out of double range"},
+    {"i_number_real_underflow.json", "real number out of double range"},
+    // Halves of pairs without a partner stand as they are, from escapes and as bytes.
+    {"i_string_1st_surrogate_but_2nd_missing.json", "[\"\xED\xAB\x9A\"]"},
+    {"i_string_1st_valid_surrogate_2nd_invalid.json", "[\"\xED\xA2\x88\xE1\x88\xB4\"]"},
+    {"i_string_UTF8_surrogate_U+D800.json", "[\"\xED\xA0\x80\"]"},
+    {"i_string_incomplete_surrogate_and_escape_valid.json", "[\"\xED\xA0\x80\\n\"]"},
+    {"i_string_invalid_lonely_surrogate.json", "[\"\xED\xA0\x80\"]"},
+    {"i_string_inverted_surrogates_U+1D11E.json", "[\"\xED\xB4\x9E\xED\xA0\xB4\"]"},
+    {"string_1_escaped_invalid_codepoint.json", "[\"\xED\xA0\x80\"]"},
+    {"string_1_invalid_codepoint.json", "[\"\xED\xA0\x80\"]"},
+    {"string_2_escaped_invalid_codepoints.json", "[\"\xED\xA0\x80\xED\xA0\x80\"]"},
+    {"string_3_escaped_invalid_codepoints.json", "[\"\xED\xA0\x80\xED\xA0\x80\xED\xA0\x80\"]"},
+    {"string_3_invalid_codepoints.json", "[\"\xED\xA0\x80\xED\xA0\x80\xED\xA0\x80\"]"},
+    // Of UTF-8 the structure counts alone, with up to three bytes behind the first.
+    {"i_string_not_in_unicode_range.json", "[\"\xF4\xBF\xBF\xBF\"]"},
+    {"i_string_overlong_sequence_2_bytes.json", "[\"\xC0\xAF\"]"},
+    {"i_string_overlong_sequence_6_bytes.json", "illegal UTF8 character found at position 0"},
+    {"i_string_invalid_utf-8.json", "illegal UTF8 character found at position 0"},
+    {"i_string_iso_latin_1.json", "illegal UTF8 character found at position 0"},
+    {"i_string_lone_utf8_continuation_byte.json", "illegal UTF8 character found at position 0"},
+    {"i_string_truncated-utf-8.json", "illegal UTF8 character found at position 0"},
+    {"i_string_utf16BE_no_BOM.json", "not a JSON value"},
+    {"i_structure_500_nested_arrays.json", std::string(60, '[')},  // no depth is too deep
+    {"i_structure_UTF-8_BOM_empty_object.json", "{}"},
+    // Numbers keep their text, but for the one whose fraction is longer than a double tells.
+    {"number_-9223372036854775808.json", "[-9223372036854775808]"},
+    {"number_1.000000000000000005.json", "[1.0]"},
+    {"number_1000000000000000.json", "[1000000000000000]"},
+    {"number_1e6.json", "[1E6]"},
+    {"number_9223372036854775807.json", "[9223372036854775807]"},
+    // Keys are bytes, and the last of equal ones counts.
+    {"object_key_nfd_nfc.json", "{\"e\xCC\x81\":\"NFD\",\"\xC3\xA9\":\"NFC\"}"},
+    {"object_same_key_same_value.json", R"({"a":1})"},
+    {"object_same_key_unclear_values.json", R"({"a":0})"},
+    {"string_with_escaped_NULL.json", R"(["A\u0000B"])"},
+};
+
 TEST(JsonSuites, TheTextParserTakesAndRefusesAsTheSuiteSays) {
   const auto index = SharedPath("testdata/json/index.tsv");
   if (!index) GTEST_SKIP() << "no shared data";
@@ -155,6 +201,11 @@ TEST(JsonSuites, TheTextParserTakesAndRefusesAsTheSuiteSays) {
     JsonParseContext context;
     const Node root(Parse(text, &context));
     const std::string& says = row["suite_says"];
+    if (says == "either" || says == "transform") {
+      const auto outcome = kOpenCases.find(row["file"]);
+      ASSERT_NE(outcome, kOpenCases.end());
+      EXPECT_EQ(root ? Compact(*root).substr(0, 60) : context.ErrorMessage, outcome->second);
+    }
     if (says == "accept") {
       EXPECT_TRUE(root) << context.ErrorMessage;
     }

@@ -5,37 +5,16 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 
 #include "Common/CUseCounted.h"
-#include "json/JsonParser.h"
+#include "fuzz/JsonInput.h"
+#include "fuzz/Require.h"
 #include "json/JsonWriter.h"
 
 using namespace Tovrin::JSON;
 
 namespace {
-
-// Ends the process where a sanitizer or libFuzzer sees it, naming the property that broke.
-void Require(bool holds, const char* property) {
-  if (holds) return;
-  std::fprintf(stderr, "property failed: %s\n", property);
-  std::abort();
-}
-
-const JsonCompiledSchema& Schema() {
-  static const JsonCompiledSchema schema = [] {
-    static JsonCompiledSchema child;
-    child.AddKey("x", KeyNumber);
-    JsonCompiledSchema root;
-    root.AddKey("a", KeyCompiledObject, &child);
-    root.AddKey("b", KeyObject);
-    root.AddKey("c", KeyArray, &child);
-    return root;
-  }();
-  return schema;
-}
 
 void CheckTree(JsonValue& root) {
   const CUsePtr<JsonValue> copy(root.Clone());
@@ -63,23 +42,16 @@ void CheckRoundTrip(const JsonValue& root) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  if (size < 1 || size > 64 * 1024) return 0;  // longer inputs reach no new code
+  if (!JsonInput::IsUsable(size)) return 0;
+  JsonInput input(data, size);
+  const JsonParseContext& context = input.context;
 
-  JsonParseContext context;
-  context.RejectDuplicateKeys = data[0] & 1;
-  context.DetectMsgPack = data[0] & 2;
-  context.KeepKeyOrder = data[0] & 4;
-  context.AssumeValidUtf8 = data[0] & 8;
-  context.ValidateInputOnce = data[0] & 16;
-  const JsonCompiledSchema* schema = data[0] & 32 ? &Schema() : nullptr;
-  const std::string input(reinterpret_cast<const char*>(data) + 1, size - 1);
-
-  const CUsePtr<JsonValue> root(Parse(input, &context, schema));
+  const CUsePtr<JsonValue> root(Parse(input.bytes, &input.context, input.schema));
   Require(static_cast<bool>(root) == context.ErrorMessage.empty(), "a message means a failure");
   Require(static_cast<bool>(root) == context.ParseSucceeded, "the context knows the outcome");
-  Require(context.LineStart <= input.size(), "a line begins in the input");
+  Require(context.LineStart <= input.bytes.size(), "a line begins in the input");
   if (!root) return 0;
-  Require(context.Position == input.size(), "all of the input was read");
+  Require(context.Position == input.bytes.size(), "all of the input was read");
   CheckTree(*root);
   CheckRoundTrip(*root);
   return 0;

@@ -24,8 +24,8 @@ CBuffer::CBuffer(void* data, std::size_t length, External) : fSwapSize(GetGlobal
   SetStore(std::make_shared<CBufferMemImpl>(data, length));
 }
 
-CBuffer::CBuffer(const CFSPath& path, bool writable) : CBuffer() {
-  std::shared_ptr<CBufferFileImpl> file = CBufferFileImpl::Open(path, writable);
+CBuffer::CBuffer(const CFSPath& path, bool writable, int* error) : CBuffer() {
+  std::shared_ptr<CBufferFileImpl> file = CBufferFileImpl::Open(path, writable, error);
   fReadOnly = !writable || !file;
   if (file) SetStore(std::move(file));
 }

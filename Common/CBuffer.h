@@ -39,8 +39,8 @@ public:
   // copies them.
   CBuffer(void* data, std::size_t length, External);
   // A file by its name, made if it is to be written and is not there. Empty and read-only when it
-  // cannot be opened.
-  CBuffer(const CFSPath& path, bool writable);
+  // cannot be opened; *error has the code then.
+  CBuffer(const CFSPath& path, bool writable, int* error = nullptr);
   // The bytes of another buffer, without a copy until one of the two is to change. Only what a
   // source writes to a file that it was given by name shows here as well.
   CBuffer(CBuffer& source, Shared);

@@ -90,15 +90,16 @@ std::unique_ptr<CBufferFileImpl> CBufferFileImpl::CreateTemporary() {
   return store;
 }
 
-std::unique_ptr<CBufferFileImpl> CBufferFileImpl::Open(const CFSPath& path, bool writable) {
+std::unique_ptr<CBufferFileImpl> CBufferFileImpl::Open(const CFSPath& path, bool writable,
+                                                       int* error) {
   std::unique_ptr<CBufferFileImpl> store(
       new CBufferFileImpl(path, writable ? kWriteMode : kReadMode, false));
   if (writable) {
     // A stream that appends would do so wherever it is told to write.
-    if (!store->fFile.Open(kFirstWriteMode)) return nullptr;
+    if (!store->fFile.Open(kFirstWriteMode, error)) return nullptr;
     store->fFile.Close();
   }
-  if (!store->fFile.Open(store->fMode)) return nullptr;
+  if (!store->fFile.Open(store->fMode, error)) return nullptr;
   store->fFile.StopBuffering();
   store->fFileSize = static_cast<std::uint64_t>(store->fFile.GetSize());
   return store;

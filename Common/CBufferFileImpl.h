@@ -19,8 +19,10 @@ class CBufferFileImpl final : public ABufferStore {
 public:
   // A new file for this process alone, deleted at the end; null when there can be none.
   static std::unique_ptr<CBufferFileImpl> CreateTemporary();
-  // A file by its name, which is never deleted. Null when it cannot be opened.
-  static std::unique_ptr<CBufferFileImpl> Open(const CFSPath& path, bool writable);
+  // A file by its name, which is never deleted. Null, and *error has the code, when it cannot be
+  // opened.
+  static std::unique_ptr<CBufferFileImpl> Open(const CFSPath& path, bool writable,
+                                               int* error = nullptr);
   ~CBufferFileImpl() override;
 
   std::uint64_t GetSize() const override { return fFileSize - fDataStart; }

@@ -18,52 +18,20 @@ namespace {
   qxRaiseError(ErrorId::InternalError, "CBuffer::IFFindBinaryPatterns", {{"msg", message}});
 }
 
-// Collects all hits of a search for one pattern in one pass. A hit leaves the search as fresh as a
-// new one, so going on behind it is starting again there.
-class COccurrenceVisitor final : public AChunkVisitor {
+// Contract: only what lies before a hit comes off the range, not the hit itself.
+class COccurrenceVisitor final : public AHitVisitor {
 public:
-  COccurrenceVisitor(CSearchVisitor& search, std::size_t patternLength, std::uint64_t start,
-                     std::uint64_t length, std::vector<std::size_t>& offsets)
-      : fSearch(search),
-        fPatternLength(patternLength),
-        fPosition(start),
-        fRemaining(length),
-        fOffsets(offsets) {}
-
-  void Visit(const void* data, std::size_t length, std::size_t, bool& more) override {
-    const auto* bytes = static_cast<const char*>(data);
-    while (length > 0 && fRemaining > 0) {
-      const std::size_t count = SearchOne(bytes, std::min<std::uint64_t>(length, fRemaining));
-      bytes += count;
-      length -= count;
-      fPosition += count;
-      fRemaining -= count;
-    }
-    more = fRemaining > 0;
-  }
+  COccurrenceVisitor(CSearchVisitor& search, std::uint64_t start, std::uint64_t length,
+                     std::vector<std::size_t>& offsets)
+      : AHitVisitor(search, start, length), fOffsets(offsets) {}
 
 private:
-  // Up to the end of the bytes or of the first hit; how many that were.
-  std::size_t SearchOne(const char* bytes, std::size_t length) {
-    bool more = true;
-    fSearch.Reset();
-    fSearch.Visit(bytes, length, length, more);
-    if (more) return length;
-    bool found = false;
-    int index = 0;
-    std::size_t offset = 0;  // wraps around for a hit that began in an earlier piece
-    fSearch.GetResult(found, index, offset);
-    fOffsets.push_back(fPosition + offset);
-    // Contract: only what lies before a hit comes off the range, not the hit itself.
-    const bool isEndless = fRemaining > std::numeric_limits<std::uint64_t>::max() - fPatternLength;
-    if (!isEndless) fRemaining += fPatternLength;
-    return offset + fPatternLength;
+  bool OnHit(const Hit& hit) override {
+    fOffsets.push_back(hit.offset);
+    ExtendRange(hit.length);
+    return true;
   }
 
-  CSearchVisitor& fSearch;
-  const std::size_t fPatternLength;
-  std::uint64_t fPosition;   // in the buffer
-  std::uint64_t fRemaining;  // of the range
   std::vector<std::size_t>& fOffsets;
 };
 
@@ -124,8 +92,8 @@ void CBuffer::GetAllOccurrences(std::vector<std::size_t>& offsets, const void* p
   const auto lengths = MakeUseCounted<CVariant>(VariantType::LongList);
   lengths->AddToList(static_cast<std::int64_t>(patternLength));
   const auto search = MakeUseCounted<CSearchVisitor>(&pattern, lengths.Get());
-  COccurrenceVisitor occurrences(*search, patternLength, start,
-                                 std::min<std::uint64_t>(length, size - start), offsets);
+  COccurrenceVisitor occurrences(*search, start, std::min<std::uint64_t>(length, size - start),
+                                 offsets);
   VisitBuffer(occurrences, start, size - start);
 }
 

@@ -1,7 +1,9 @@
 #include "Common/CChunkVisitors.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
+#include <limits>
 #include <utility>
 
 #include "Common/CVariantTypeTable.h"
@@ -135,6 +137,10 @@ void CSearchVisitor::GetResult(bool& found, int& index, std::size_t& offset) con
   offset = fFoundOffset;
 }
 
+std::uint64_t CSearchVisitor::GetPatternLength(int index) const {
+  return fSearchers[static_cast<std::size_t>(index)].length;
+}
+
 // Steps every pattern that the byte starts or that is under way: for all others it changes nothing.
 bool CSearchVisitor::StepAll(unsigned char byte, std::size_t& winner) {
   fActiveGroups = 0;
@@ -218,4 +224,39 @@ void CSearchVisitor::Visit(const void* data, std::size_t length, std::size_t chu
   const std::uint64_t base = std::uint64_t{fChunkIndex} * chunkSize;
   fFoundOffset = hit.isBefore ? base - hit.distance : base + hit.distance;
   fFoundIndex = hit.index;
+}
+
+void AHitVisitor::ExtendRange(std::uint64_t length) {
+  constexpr auto kMost = std::numeric_limits<std::uint64_t>::max();
+  fRemaining = fRemaining > kMost - length ? kMost : fRemaining + length;
+}
+
+void AHitVisitor::Visit(const void* data, std::size_t length, std::size_t, bool& more) {
+  const auto* bytes = static_cast<const char*>(data);
+  while (length > 0 && fRemaining > 0) {
+    const std::size_t count = SearchOne(bytes, std::min<std::uint64_t>(length, fRemaining));
+    bytes += count;
+    length -= count;
+    fPosition += count;
+    fRemaining -= count;
+  }
+  more = fRemaining > 0;
+}
+
+// Up to the end of the bytes or of the first hit; how many that were.
+std::size_t AHitVisitor::SearchOne(const char* bytes, std::size_t length) {
+  bool more = true;
+  fSearch.Reset();
+  fSearch.Visit(bytes, length, length, more);
+  if (more) return length;
+  bool found = false;
+  Hit hit{};
+  std::size_t offset = 0;  // wraps around for a hit that began in an earlier piece
+  fSearch.GetResult(found, hit.index, offset);
+  hit.offset = fPosition + offset;
+  hit.length = fSearch.GetPatternLength(hit.index);
+  const std::size_t count = offset + hit.length;
+  if (OnHit(hit) && hit.length > 0) return count;
+  fRemaining = count;
+  return count;
 }

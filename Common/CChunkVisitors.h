@@ -48,6 +48,7 @@ public:
   void Reset();
   // Nothing but found is written when there is no hit. The offset is from the first byte visited.
   void GetResult(bool& found, int& index, std::size_t& offset) const;
+  std::uint64_t GetPatternLength(int index) const;
 
 private:
   struct Searcher {
@@ -90,4 +91,34 @@ private:
   std::int32_t fFoundIndex = -1;
   std::uint32_t fChunkIndex = 0;  // pieces visited without a hit
   bool fValid = false;
+};
+
+// Hands over all hits of a search, one behind the other, in one pass over a range of a buffer: a
+// hit leaves the search as fresh as a new one, so going on behind it is starting again there.
+//
+// The buffer is visited from the range's start on; where the range ends is decided here. Hits end
+// within it and do not overlap. An empty pattern is found once, and ends the visit.
+class AHitVisitor : public AChunkVisitor {
+public:
+  void Visit(const void* data, std::size_t length, std::size_t chunkSize, bool& more) final;
+  std::uint64_t GetPosition() const { return fPosition; }  // all before it was looked at
+
+protected:
+  struct Hit {
+    std::uint64_t offset;  // in the buffer
+    std::uint64_t length;
+    int index;  // of the pattern
+  };
+
+  AHitVisitor(CSearchVisitor& search, std::uint64_t start, std::uint64_t length)
+      : fSearch(search), fPosition(start), fRemaining(length) {}
+  virtual bool OnHit(const Hit& hit) = 0;  // false ends the visit
+  void ExtendRange(std::uint64_t length);  // moves the end on
+
+private:
+  std::size_t SearchOne(const char* bytes, std::size_t length);
+
+  CSearchVisitor& fSearch;
+  std::uint64_t fPosition;
+  std::uint64_t fRemaining;  // of the range
 };

@@ -81,13 +81,15 @@ public:
   static bool Delete(const CFSPath& path);
 
   // Replaces a file's bytes in one step: whoever reads sees the old file or the new one, and so it
-  // is after a crash at any moment. False leaves the old one. The permissions stay.
+  // is after a crash at any moment. False leaves the old one; the failure is logged, and *error has
+  // its code. The permissions stay.
   //
   // The bytes are collected in a sibling with the suffix ".write_temp".
-  static bool WriteFile(const CFSPath& path, const void* bytes, std::size_t size);
-  static bool WriteFile(const CFSPath& path, std::string_view text);
-  static bool WriteFile(const CFSPath& path, const CUnicodeString& text);
-  static bool WriteFile(const CFSPath& path, Selvane::IBuffer* buffer);
+  static bool WriteFile(const CFSPath& path, const void* bytes, std::size_t size,
+                        int* error = nullptr);
+  static bool WriteFile(const CFSPath& path, std::string_view text, int* error = nullptr);
+  static bool WriteFile(const CFSPath& path, const CUnicodeString& text, int* error = nullptr);
+  static bool WriteFile(const CFSPath& path, Selvane::IBuffer* buffer, int* error = nullptr);
 
   // Whether the path climbs: it has "../" or "..\\" in it.
   static bool IsRelativeUnsafe(const CFSPath& path);

@@ -104,48 +104,60 @@ void ReportMove(const char* step, const CFSPath& from, const CFSPath& to, int co
 // many; 0 at the end. A source that cannot give all its bytes says so by false.
 using ByteSource = std::function<bool(char* block, std::size_t size, std::size_t& taken)>;
 
-bool WriteAll(std::FILE* stream, const ByteSource& source) {
+// The error code, or 0; so are those below.
+int WriteAll(std::FILE* stream, const ByteSource& source) {
   std::vector<char> block(kBlockSize);
   for (;;) {
     std::size_t taken = 0;
-    if (!source(block.data(), block.size(), taken)) return false;
-    if (taken == 0) return SyncStream(stream) == 0;
-    if (std::fwrite(block.data(), 1, taken, stream) != taken) return false;
+    if (!source(block.data(), block.size(), taken)) return EIO;
+    if (taken == 0) return SyncStream(stream);
+    if (std::fwrite(block.data(), 1, taken, stream) != taken) return errno;
   }
 }
 
 // Fills a stream that is closed in any case.
-bool FillAndClose(std::FILE* stream, const FileStatus* old, const ByteSource& source) {
+int FillAndClose(std::FILE* stream, const FileStatus* old, const ByteSource& source) {
   std::setvbuf(stream, nullptr, _IONBF, 0);  // it is fed in blocks
-  const bool isWritten =
-      (!old || SetPermissions(stream, old->permissions) == 0) && WriteAll(stream, source);
-  const bool isClosed = std::fclose(stream) == 0;
-  return isWritten && isClosed;
+  int code = old ? SetPermissions(stream, old->permissions) : 0;
+  if (code == 0) code = WriteAll(stream, source);
+  const int closeCode = std::fclose(stream) == 0 ? 0 : errno;
+  return code != 0 ? code : closeCode;
 }
 
-bool ReplaceFile(const CFSPath& path, const ByteSource& source) {
-  CFSPath normalized = path;
-  normalized.Normalize();
-  const std::string& target = normalized.String();
-  if (target.empty()) return false;
+// Fills the sibling and puts it in the target's place; nothing of it stays otherwise.
+int WriteThroughSibling(const std::string& target, const ByteSource& source) {
+  if (target.empty()) return ENOENT;
   const std::string sibling = target + ".write_temp";
   FileStatus old;
   const bool isReplacement = StatusOf(target, old) == 0 && !old.isDirectory;
 
   int code = 0;
   std::FILE* stream = ClaimStream(sibling, isReplacement ? 0600 : 0666, code);
-  if (!stream) return false;
+  if (!stream) return code;
   CFileDescriptor claim;  // keeps the sibling ours while the stream is closed, up to the rename
-  const bool isOurs = claim.OpenSame(stream) == 0;
-  const bool isWritten = FillAndClose(stream, isReplacement ? &old : nullptr, source);
-  if (!isOurs || !isWritten || RenameFile(sibling, target, true) != 0) {
-    RemoveFile(sibling);
+  const int claimCode = claim.OpenSame(stream);
+  code = FillAndClose(stream, isReplacement ? &old : nullptr, source);
+  if (claimCode != 0) code = claimCode;
+  if (code == 0) code = RenameFile(sibling, target, true);
+  if (code != 0) RemoveFile(sibling);
+  return code;
+}
+
+bool ReplaceFile(CFSPath path, const ByteSource& source, int* error) {
+  path.Normalize();
+  const std::string& target = path.String();
+  const int code = WriteThroughSibling(target, source);
+  if (code != 0) {
+    if (error) *error = code;
+    qxDebugPrint(
+        1, "CFile::WriteFile",
+        "failed to write '" << target << "', errno: '" << code << "' - " << ErrnoText(code));
     return false;
   }
-  code = SyncFolderOf(target);
-  if (code != 0) {
-    qxDebugPrint(1, "CFile::WriteFile",
-                 "'" << target << "' was written, but its folder not synced: " << ErrnoText(code));
+  if (const int syncCode = SyncFolderOf(target)) {
+    qxDebugPrint(
+        1, "CFile::WriteFile",
+        "'" << target << "' was written, but its folder not synced: " << ErrnoText(syncCode));
   }
   return true;
 }
@@ -177,37 +189,42 @@ bool CFile::CopyFile(const CFSPath& from, const CFSPath& to, bool overwrite, boo
   return failure.IsNone();
 }
 
-bool CFile::WriteFile(const CFSPath& path, const void* bytes, std::size_t size) {
+bool CFile::WriteFile(const CFSPath& path, const void* bytes, std::size_t size, int* error) {
   const char* next = static_cast<const char*>(bytes);
   std::size_t rest = size;
-  return ReplaceFile(path, [&](char* block, std::size_t room, std::size_t& taken) {
+  const auto source = [&](char* block, std::size_t room, std::size_t& taken) {
     taken = std::min(rest, room);
     if (taken > 0) std::memcpy(block, next, taken);
     next += taken;
     rest -= taken;
     return true;
-  });
+  };
+  return ReplaceFile(path, source, error);
 }
 
-bool CFile::WriteFile(const CFSPath& path, std::string_view text) {
-  return WriteFile(path, text.data(), text.size());
+bool CFile::WriteFile(const CFSPath& path, std::string_view text, int* error) {
+  return WriteFile(path, text.data(), text.size(), error);
 }
 
-bool CFile::WriteFile(const CFSPath& path, const CUnicodeString& text) {
-  return WriteFile(path, text.Text().Bytes());
+bool CFile::WriteFile(const CFSPath& path, const CUnicodeString& text, int* error) {
+  return WriteFile(path, text.Text().Bytes(), error);
 }
 
-bool CFile::WriteFile(const CFSPath& path, Selvane::IBuffer* buffer) {
-  if (!buffer || buffer->IsFrozen()) return false;  // a frozen one shows no bytes
+bool CFile::WriteFile(const CFSPath& path, Selvane::IBuffer* buffer, int* error) {
+  if (!buffer || buffer->IsFrozen()) {  // a frozen one shows no bytes
+    if (error) *error = EINVAL;
+    return false;
+  }
   const std::int64_t position = buffer->GetReadPosition();
   std::uint64_t rest = buffer->GetSize();
   buffer->SeekRead(0, kFromStart);
-  const bool isWritten = ReplaceFile(path, [&](char* block, std::size_t room, std::size_t& taken) {
+  const auto source = [&](char* block, std::size_t room, std::size_t& taken) {
     const std::uint64_t wanted = std::min<std::uint64_t>(rest, room);
     taken = static_cast<std::size_t>(buffer->Read(block, wanted));
     rest -= taken;
     return taken == wanted;
-  });
+  };
+  const bool isWritten = ReplaceFile(path, source, error);
   buffer->SeekRead(std::max<std::int64_t>(position, 0), kFromStart);
   return isWritten;
 }

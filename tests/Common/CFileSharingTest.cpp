@@ -110,7 +110,7 @@ TEST_F(CFileSharing, WritesAWholeFile) {
   EXPECT_TRUE(CFile::WriteFile(Target(), large.data(), large.size()));
   EXPECT_EQ(ReadWholeFile(Target()), large);
   EXPECT_EQ(PermissionsOf(Target()), 0604U) << "the permissions stay";
-  EXPECT_TRUE(CFile::WriteFile(Target(), nullptr, 0));
+  EXPECT_TRUE(CFile::WriteFile(Target(), std::string_view()));
   EXPECT_EQ(ReadWholeFile(Target()), "");
   EXPECT_TRUE(CFile::WriteFile(Target(), CUnicodeString("text\xC3\xA9")));
   EXPECT_EQ(ReadWholeFile(Target()), "text\xC3\xA9");

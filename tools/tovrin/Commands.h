@@ -27,6 +27,7 @@ struct CommandLine {
 void AddCallCommand(CommandLine& line);
 void AddCheckCommand(CommandLine& line);
 void AddDescribeCommand(CommandLine& line);
+void AddFindCommand(CommandLine& line);
 void AddJsonCommand(CommandLine& line);
 void AddMatchCommand(CommandLine& line);
 void AddRunCommand(CommandLine& line);

@@ -50,6 +50,7 @@ ExitStatus Run(int argumentCount, char** arguments) {
   AddCallCommand(line);
   AddCheckCommand(line);
   AddDescribeCommand(line);
+  AddFindCommand(line);
   AddJsonCommand(line);
   AddMatchCommand(line);
   AddRunCommand(line);

@@ -35,18 +35,28 @@ std::vector<Command> CommandsOf(const std::string& page) {
   return commands;
 }
 
-TEST(ListsPage, EveryCommandPrintsWhatThePageSays) {
-  const auto commands = CommandsOf(ReadWholeFile(SourceDir() / "docs" / "lists.md"));
+// Runs the page's commands, one after the other, in a folder.
+void ExpectWhatThePageSays(const std::string& name, const std::filesystem::path& folder) {
+  const auto commands = CommandsOf(ReadWholeFile(SourceDir() / "docs" / name));
   ASSERT_GE(commands.size(), 4u);
   for (const Command& command : commands) {
     SCOPED_TRACE(command.line);
     const std::string shell = "PATH='" + BinDir().string() + "':\"$PATH\"; " + command.words;
     ChildCall call;
     call.command = {"/bin/sh", "-c", shell};
-    call.folder = SourceDir();
+    call.folder = folder;
     const ChildResult result = RunChild(call);
     EXPECT_EQ(result.output + result.errors, command.printed) << command.words;
   }
+}
+
+TEST(ListsPage, EveryCommandPrintsWhatThePageSays) {
+  ExpectWhatThePageSays("lists.md", SourceDir());
+}
+
+TEST(BuffersPage, EveryCommandPrintsWhatThePageSays) {
+  const CTemporaryFolder folder;
+  ExpectWhatThePageSays("buffers-and-files.md", folder.Path());
 }
 
 }  // namespace

@@ -4,7 +4,7 @@ JOBS         ?= $(shell nproc)
 FUZZ_SECONDS ?= 20
 PREFIX       ?= /usr/local
 
-.PHONY: help setup setup-fuzz setup-lint run test bench asan tsan fuzz format lint install package clean
+.PHONY: help setup setup-abi setup-fuzz setup-lint abi abi-record run test bench asan tsan fuzz format lint install package clean
 
 help:
 	@echo "make run      build the reference host and run it over the example rules"
@@ -13,6 +13,7 @@ help:
 	@echo "make tsan     every test under ThreadSanitizer"
 	@echo "make fuzz     every fuzz target for FUZZ_SECONDS=$(FUZZ_SECONDS) each"
 	@echo "make bench    every benchmark"
+	@echo "make abi      compare the module's binary interface with the recorded one"
 	@echo "make format   lay out all sources"
 	@echo "make lint     clang-tidy over all sources"
 	@echo "make install  install below PREFIX=$(PREFIX)"
@@ -22,7 +23,7 @@ help:
 setup:
 	@./cmake/setup.sh
 
-setup-fuzz setup-lint: setup-%:
+setup-abi setup-fuzz setup-lint: setup-%:
 	@./cmake/setup.sh $*
 
 # A configured build folder; ninja itself configures again when a CMake file changes.
@@ -48,6 +49,18 @@ bench: setup build/bench/build.ninja
 fuzz: setup-fuzz build/fuzz/build.ninja
 	cmake --build build/fuzz -j $(JOBS)
 	@./cmake/fuzz.sh build/fuzz $(FUZZ_SECONDS)
+
+# The module's exports and all that a host reaches through them, as abigail reads it out of the debugger's
+# information; only what the headers of host/ declare.
+build/abi/libtessarin.abi: setup setup-abi build/abi/build.ninja
+	cmake --build build/abi -j $(JOBS) --target tessarin
+	abidw --headers-dir host --drop-private-types --no-comp-dir-path --no-corpus-path --out-file $@ build/abi/bin/libtessarin.so
+
+abi: build/abi/libtessarin.abi
+	abidiff cmake/libtessarin.abi $<
+
+abi-record: build/abi/libtessarin.abi
+	cp $< cmake/libtessarin.abi
 
 format: setup-lint
 	git ls-files '*.h' '*.cpp' | xargs clang-format -i

@@ -28,6 +28,7 @@ case "${1:-}" in
     need clang command -v clang++
     need libclang-rt-14-dev fuzzer_runtime
     ;;
+  abi) need abigail-tools command -v abidw ;;
   lint)
     need clang-tidy command -v clang-tidy
     need clang-format command -v clang-format

@@ -6,7 +6,7 @@
 
 #include "Common/CRegexException.h"
 
-// What the sources of CRegex share, and nobody else needs.
+// What the sources of CRegex share, and who explains its verdicts.
 
 // Runs an engine call, and turns its failure into the one exception that callers know.
 template <class Call>

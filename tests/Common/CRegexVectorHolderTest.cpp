@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <optional>
 #include <string>
 #include <thread>
@@ -189,6 +190,42 @@ TEST(CRegexVectorHolder, ReadsStrayBracketsAsTheScannerHasThem) {
   EXPECT_FALSE(holder.Find("c", nullptr));
 }
 
+// Contract: a scanner that fails leaves its sources to the next; such a list is not used.
+TEST(CRegexVectorHolder, KeepsTheSourcesOfAFailedScanner) {
+  const HostInSlot quiet(Gates{.level = false});
+  Strings elements = {"[b"};
+  for (int i = 1; i < 12; ++i) elements.push_back("e" + std::to_string(i));
+  const CRegexVectorHolder holder(ListOf(elements));
+  EXPECT_TRUE(holder.IsUnusable());
+  ASSERT_EQ(PatternsOf(holder), Strings{"^((e10)|(e11))$"});
+  EXPECT_EQ(*holder.Entries()[0].fSources, elements);
+}
+
+// An expression has a limit of states, and so of length; the rest of the list is built.
+TEST(CRegexVectorHolder, IsUnusableWithAnElementOfAMebibyte) {
+  const std::string longest(90'000, 'a');
+  const CRegexVectorHolder usable(ListOf({"b" + longest, "*c" + longest, "regex(x)"}));
+  EXPECT_FALSE(usable.IsUnusable());
+  EXPECT_EQ(FindIn(usable, "B" + longest), "b" + longest);
+  EXPECT_EQ(FindIn(usable, "zzc" + longest), "*c" + longest);
+  EXPECT_EQ(FindIn(usable, "X"), "regex(x)");
+  EXPECT_EQ(FindIn(usable, longest), std::nullopt);
+
+  const std::string tooLong(std::size_t{1} << 20, 'a');
+  for (const std::string& element : {tooLong, "*" + tooLong, "regex(" + tooLong + ")"}) {
+    const HostInSlot host(Gates{.level = false});
+    const CRegexVectorHolder holder(ListOf({element, "regex(x)", "y", "*z"}));
+    EXPECT_TRUE(holder.IsUnusable());
+    EXPECT_EQ(FindIn(holder, "X"), "regex(x)");
+    const bool isReported =
+        std::any_of(host->fPrinted.begin(), host->fPrinted.end(), [&](const PrintedLine& line) {
+          return line.message.find("not a valid regular expression") != std::string::npos &&
+                 line.message.find(tooLong) != std::string::npos;
+        });
+    EXPECT_TRUE(isReported);
+  }
+}
+
 TEST(CRegexVectorHolder, FailsWhereEachElementCompilesAndTheirScannerDoesNot) {
   Strings elements(9, "regex([a-z]{9000})");
   EXPECT_FALSE(CRegexVectorHolder(ListOf(elements)).IsUnusable());
@@ -259,12 +296,50 @@ TEST(HolderDiagnostics, PrintEachStepOfAList) {
 
 TEST(HolderDiagnostics, KnowThreeCollectorsOfAnEmptyListAndNoneOfALoneValue) {
   const Diagnostics on;
-  EXPECT_THAT(DumpOf(CRegexVectorHolder(ListOf({})), &CRegexVectorHolder::DumpOriginal),
-              ElementsAre("Original regexes:", "Collector #1: #0 entries!",
-                          "Collector #2: #0 entries!", "Collector #3: #0 entries!"));
-  EXPECT_THAT(DumpOf(CRegexVectorHolder(ValueOf(VariantType::Regex, "a")),
-                     &CRegexVectorHolder::DumpOriginal),
-              ElementsAre("Original regexes:"));
+  const struct {
+    Dump dump;
+    const char* title;
+    const char* nothing;  // of one collector of an empty list
+  } rows[] = {
+      {&CRegexVectorHolder::DumpOriginal, "Original regexes:", ": #0 entries!"},
+      {&CRegexVectorHolder::DumpSplitted, "Splitted regexes:", ": #0 entries!"},
+      {&CRegexVectorHolder::DumpRadixTrees, "Radix Tree data:", ": no data!"},
+  };
+  const CRegexVectorHolder empty(ListOf({}));
+  const CRegexVectorHolder lone(ValueOf(VariantType::Regex, "a"));
+  for (const auto& row : rows) {
+    Strings expected = {row.title};
+    for (const char* number : {"1", "2", "3"}) {
+      expected.push_back(std::string("Collector #") + number + row.nothing);
+    }
+    EXPECT_EQ(DumpOf(empty, row.dump), expected);
+    EXPECT_EQ(DumpOf(lone, row.dump), Strings{row.title});
+  }
+  EXPECT_THAT(
+      DumpOf(empty, &CRegexVectorHolder::DumpExtracted),
+      ElementsAre("Extracted [prefix, suffix] elements:", "Collector #1: #1 entries:", "'' / ''",
+                  "Collector #2: #1 entries:", "'' / ''", "Collector #3: #1 entries:", "'' / ''"));
+  EXPECT_THAT(DumpOf(lone, &CRegexVectorHolder::DumpExtracted),
+              ElementsAre("Extracted [prefix, suffix] elements:"));
+  EXPECT_EQ(DumpOf(empty, &CRegexVectorHolder::DumpTimeMeasurements).size(), 7u);
+  EXPECT_THAT(DumpOf(lone, &CRegexVectorHolder::DumpTimeMeasurements),
+              ElementsAre("Time Measurements:"));
+  EXPECT_THAT(DumpOf(empty, &CRegexVectorHolder::DumpScanners),
+              ElementsAre("Generated merged scanners: #0 entries:"));
+  EXPECT_THAT(DumpOf(lone, &CRegexVectorHolder::DumpScanners),
+              ElementsAre("Generated merged scanners: #1 entries:", "^a$"));
+}
+
+// The switch is read when a holder is built, and never again.
+TEST(HolderDiagnostics, StayAsTheyWereWhenTheHolderWasBuilt) {
+  const auto build = [] { return CRegexVectorHolder(ListOf({"a"})); };
+  const CRegexVectorHolder quiet = build();
+  SetRegexHolderDiagnostics(true);
+  EXPECT_EQ(DumpOf(quiet, &CRegexVectorHolder::DumpOriginal), Strings());
+  const CRegexVectorHolder kept = build();
+  SetRegexHolderDiagnostics(false);
+  EXPECT_EQ(DumpOf(kept, &CRegexVectorHolder::DumpOriginal).size(), 5u);
+  EXPECT_EQ(FindIn(kept, "a"), "a");
 }
 
 TEST(HolderDiagnostics, StayWithTheOriginalOfACopy) {

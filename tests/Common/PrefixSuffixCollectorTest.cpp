@@ -58,6 +58,11 @@ TEST(PrefixGroup, TakesWhatBeginsAndEndsAsItDoes) {
   EXPECT_EQ(group.Items()[1].fExpression, "");
   EXPECT_TRUE(group.HasAffix());
 
+  // Contract: nothing asks whether the beginning ends at a token.
+  PrefixGroup cut("abc", "");
+  EXPECT_TRUE(cut.TryAddToGroup("abc|x", "3"));
+  EXPECT_EQ(cut.Items()[0].fExpression, "|x");
+
   PrefixGroup rest("", "");
   EXPECT_FALSE(rest.HasAffix());
   EXPECT_TRUE(rest.TryAddToGroup("", "takes everything"));

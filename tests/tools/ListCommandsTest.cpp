@@ -154,10 +154,16 @@ TEST_F(ListCommands, CheckNamesDuplicatesAndCoveredElements) {
       {"abc*\nab*\n", "test.list:1: abc*: is covered by 'ab*' in line 2"},
       {"*xaby*\n*ab*\n", "test.list:1: *xaby*: is covered by '*ab*' in line 2"},
       {"ABc\n*B*\n", "test.list:1: ABc: is covered by '*B*' in line 2"},
+      {"ABC\nabc\n", "test.list:2: abc: says the same as 'ABC' in line 1"},
+      {"*q*\n*Q*\n", "test.list:2: *Q*: says the same as '*q*' in line 1"},
+      {"*\n**\n", "test.list:2: **: says the same as '*' in line 1"},
       {"a\n*\n", "test.list:1: a: is covered by '*' in line 2"},
       {"a.com\n*.a.com\n", nullptr},
       {"ab*\n*ab\n", nullptr},
       {"*ab*\nab?\n", nullptr},
+      {"regex(\\d)\nregex(\\D)\n", nullptr},
+      {"(?i)abc\nabc\n", nullptr},
+      {"regex((?i)abc)\n", nullptr},
   };
   for (const Row& row : rows) {
     const std::string output = Check(row.list).output;
@@ -165,6 +171,56 @@ TEST_F(ListCommands, CheckNamesDuplicatesAndCoveredElements) {
         row.finding ? testing::Matcher<std::string>(HasSubstr(row.finding))
                     : testing::Matcher<std::string>(Not(HasSubstr("test.list:")));
     EXPECT_THAT(output, wanted) << row.list;
+  }
+}
+
+// Of two elements that say the same, one stays.
+TEST_F(ListCommands, CheckNamesOnlyOneOfTwoEqualElements) {
+  const std::string output = Check("*q*\n*Q*\nabq\n").output;
+  EXPECT_THAT(output, HasSubstr("test.list:2: "));
+  EXPECT_THAT(output, HasSubstr("test.list:3: abq: is covered by '*q*' in line 1"));
+  EXPECT_THAT(output, Not(HasSubstr("test.list:1: ")));
+}
+
+// From how many elements of a kind on shared beginnings are looked for, by what the environment
+// says when the process starts.
+TEST_F(ListCommands, TheEnvironmentSaysFromWhichSizeOnBeginningsAreShared) {
+  struct Row {
+    const char* value;  // null: not set
+    int size;           // of the list
+    bool isGrouped;
+  };
+  const Row rows[] = {
+      {nullptr, 40, false},
+      {"", 1, true},
+      {"0", 1, true},
+      {"-1", 40, false},
+      {"-9223372036854775808", 40, false},
+      {"abc", 1, true},
+      {"12x", 12, true},
+      {"12x", 11, false},
+      {" 5", 5, true},
+      {" 5", 4, false},
+      {"\t+5", 5, true},
+      {"99999999999999999999999999", 40, false},
+      {"-99999999999999999999999999", 40, false},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.value ? row.value : "not set");
+    std::string list;
+    for (int i = 0; i < row.size; ++i) list += "regex(abc" + std::to_string(i) + ")\n";
+    ChildCall call;
+    call.command = {"/usr/bin/env", "-u", "QRX_REGEX_OPTIMIZE_MIN_LIST_SIZE"};
+    if (row.value) {
+      call.command.push_back(std::string("QRX_REGEX_OPTIMIZE_MIN_LIST_SIZE=") + row.value);
+    }
+    for (const std::string& word : {(BinDir() / "tovrin").string(), std::string("check"),
+                                    std::string("--prefixes"), List(list)}) {
+      call.command.push_back(word);
+    }
+    const ChildResult result = RunChild(call);
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(result.output.find("'abc") != std::string::npos, row.isGrouped) << result.output;
   }
 }
 

@@ -5,6 +5,7 @@
 #include <regex>
 
 #include "Common/CRegex.h"
+#include "Common/CRegexShared.h"
 #include "Common/CVariant.h"
 #include "Common/Matching/Parser.h"
 #include "tools/tovrin/CLineBlocks.h"
@@ -35,7 +36,7 @@ std::unique_ptr<const CRegexVectorHolder> CListFile::Build() const {
 std::string FaultOf(const std::string& element) {
   std::string expression(CRegex::StripRegexForm(element));
   if (CRegex::IsWildcardForm(element)) CRegex::GlobToExpression(element, true, expression);
-  const auto parsed = Matching::Parse(expression);
+  const auto parsed = Matching::Parse(WithoutCaseMarks(expression));
   return parsed.error ? parsed.error->message : "";
 }
 

@@ -3,11 +3,15 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <compare>
+#include <map>
 #include <optional>
 #include <unordered_map>
 
 #include "Common/CRegex.h"
+#include "Common/CRegexShared.h"
 #include "Common/Matching/AnchoredLiterals.h"
+#include "Common/Matching/ByteFold.h"
 #include "Common/Matching/FloatingLiterals.h"
 
 namespace RefHost {
@@ -16,17 +20,21 @@ namespace {
 using Matching::AnchoredLiterals;
 using Matching::FloatingLiterals;
 
-// A simple wildcard: its literal, and where that may stand in a text.
+// A simple wildcard: its literal, folded, and where that may stand in a text. Two that are equal
+// match the same texts.
 struct SimpleWildcard {
   CRegexFastMode mode;
   std::string literal;
+  auto operator<=>(const SimpleWildcard&) const = default;
 };
 
+// A list reads a wildcard as it stands; by itself it would lose its case marks, so one that has any
+// is left out.
 std::optional<SimpleWildcard> SimpleWildcardOf(const std::string& element) {
-  if (!CRegex::IsWildcardForm(element)) return std::nullopt;
+  if (!CRegex::IsWildcardForm(element) || WithoutCaseMarks(element) != element) return std::nullopt;
   const CRegexPtr regex = CRegex::Create(element, true);
   if (!regex || regex->FastMode() == CRegexFastMode::FastNone) return std::nullopt;
-  return SimpleWildcard{regex->FastMode(), regex->Literal()};
+  return SimpleWildcard{regex->FastMode(), Matching::FoldText(regex->Literal())};
 }
 
 // The simple wildcards of a list by what they cover.
@@ -87,7 +95,7 @@ CListReview::CListReview(const CListFile& list)
     : fList(list), fIsKnown(list.Elements().size(), false) {
   FindFaults();
   FindDuplicates();
-  FindCovered();
+  FindEqualAndCovered();
   std::stable_sort(fFindings.begin(), fFindings.end(),
                    [](const Finding& a, const Finding& b) { return a.element < b.element; });
 }
@@ -111,27 +119,38 @@ void CListReview::FindDuplicates() {
   }
 }
 
-void CListReview::FindCovered() {
+void CListReview::FindEqualAndCovered() {
   std::vector<std::optional<SimpleWildcard>> wildcards;
+  std::map<SimpleWildcard, std::size_t> first;
   Covers covers;
   for (std::uint32_t i = 0; i < fList.Elements().size(); ++i) {
     const std::string& text = fList.Elements()[i].text;
     wildcards.push_back(SimpleWildcardOf(text));
-    if (wildcards.back()) {
-      ++fKinds.literals;
-      if (!fIsKnown[i]) covers.Add(*wildcards.back(), i);
-    } else {
+    if (!wildcards.back()) {
       ++(CRegex::IsWildcardForm(text) ? fKinds.wildcards : fKinds.expressions);
+      continue;
+    }
+    ++fKinds.literals;
+    if (fIsKnown[i]) continue;
+    const auto [before, isNew] = first.emplace(*wildcards.back(), i);
+    if (isNew) {
+      covers.Add(*wildcards.back(), i);
+    } else {
+      fIsKnown[i] = true;
+      Add(i, fmt::format("says the same as {}", Describe(before->second)));
     }
   }
   covers.Freeze();
   for (std::uint32_t i = 0; i < fList.Elements().size(); ++i) {
     if (fIsKnown[i] || !wildcards[i]) continue;
     const auto cover = covers.CoverOf(*wildcards[i], i);
-    if (!cover) continue;
-    const ListElement& other = fList.Elements()[*cover];
-    Add(i, fmt::format("is covered by '{}' in line {}", other.text, other.line));
+    if (cover) Add(i, fmt::format("is covered by {}", Describe(*cover)));
   }
+}
+
+std::string CListReview::Describe(std::size_t element) const {
+  return fmt::format("'{}' in line {}", fList.Elements()[element].text,
+                     fList.Elements()[element].line);
 }
 
 }  // namespace RefHost

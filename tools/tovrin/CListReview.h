@@ -31,7 +31,8 @@ public:
 private:
   void FindFaults();
   void FindDuplicates();
-  void FindCovered();
+  void FindEqualAndCovered();
+  std::string Describe(std::size_t element) const;
   void Add(std::size_t element, std::string words) {
     fFindings.push_back({element, std::move(words)});
   }

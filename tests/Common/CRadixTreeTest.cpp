@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/SmallStack.h"
+
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -204,13 +206,15 @@ TEST(CRadixTree, CountsWhatRunsThroughEachNode) {
 }
 
 TEST(CRadixTree, ServesATreeOfAnyDepth) {
-  Tree tree({});
-  Keys keys;
-  for (int i = 0; i < 5000; ++i) keys.push_back(L("a"));
-  tree.insert(keys);
-  EXPECT_EQ(tree.Prefixes(0.1f), (Lines{std::string(5000, 'a')}));
-  EXPECT_EQ(tree.List().size(), 1u);
-  EXPECT_EQ(tree.Nodes().size(), 5000u);
+  OnASmallStack([] {
+    Tree tree({});
+    Keys keys;
+    for (int i = 0; i < 5000; ++i) keys.push_back(L("a"));
+    tree.insert(keys);
+    EXPECT_EQ(tree.Prefixes(0.1f), (Lines{std::string(5000, 'a')}));
+    EXPECT_EQ(tree.List().size(), 1u);
+    EXPECT_EQ(tree.Nodes().size(), 5000u);
+  });
 }
 
 }  // namespace

@@ -329,8 +329,10 @@ TEST(ListCalls, LeaveTheArgumentOfAnEditAlone) {
 TEST(ListCalls, GiveTheSameListWhateverSetSortedIsTold) {
   const auto list = List({"b", "a"});
   for (const bool sorted : {true, false}) {
+    const std::int32_t references = list->GetUserDefined()->GetCount();
     const Answer answer = Call("tovrin_module_SetSorted", {list, Boolean(sorted)});
     EXPECT_EQ(answer.Object().get(), list->GetUserDefined().get());
+    EXPECT_EQ(list->GetUserDefined()->GetCount(), references + 1);  // the answer's
     EXPECT_THAT(EntriesOf(AsArgument(answer.Object())), ElementsAre("b", "a"));
   }
 }

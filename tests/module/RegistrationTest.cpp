@@ -38,18 +38,25 @@ TypeId OwnTessarinId(const LoadedModule& module) {
   return made.Object()->GetType();
 }
 
+TypeId OwnListId(const LoadedModule& module) {
+  const Answer made = CallFunction(module.Function("tovrin_module_StringListToRegExList"),
+                                   {TestVariant::Vector(10, TestVector::Texts({}))}, nullptr);
+  return made.Object()->GetType();
+}
+
 struct Row {
   const char* name;
   TypeTable types;
   int result;
   TypeId ownId;
+  TypeId ownListId;
 };
 
 const Row kRows[] = {
-    {"KnowsBoth", {{"Tessarin", 21}, {"Tessarin.List", 25}}, 0, 21},
-    {"KnowsNone", {}, 1, 0},
-    {"KnowsNoList", {{"Tessarin", 21}}, 1, 21},  // the first id stays
-    {"KnowsOnlyTheList", {{"Tessarin.List", 25}}, 1, 0},
+    {"KnowsBoth", {{"Tessarin", 21}, {"Tessarin.List", 25}}, 0, 21, 25},
+    {"KnowsNone", {}, 1, 0, 0},
+    {"KnowsNoList", {{"Tessarin", 21}}, 1, 21, 0},  // the first id stays
+    {"KnowsOnlyTheList", {{"Tessarin.List", 25}}, 1, 0, 25},
 };
 
 TEST(Registration, FetchesBothTypeIdsOrFails) {
@@ -61,6 +68,7 @@ TEST(Registration, FetchesBothTypeIdsOrFails) {
 
     EXPECT_EQ(Register(module, host.info.get()), row.result);
     EXPECT_EQ(OwnTessarinId(module), row.ownId);
+    EXPECT_EQ(OwnListId(module), row.ownListId);
     EXPECT_EQ(host.policy->context->typesAskedFor,
               (std::vector<std::string>{"Tessarin", "Tessarin.List"}));
   }

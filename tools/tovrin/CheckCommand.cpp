@@ -107,7 +107,7 @@ ExitStatus Check(const CheckOptions& options) {
   const std::size_t memory = holder->Matcher() ? holder->Matcher()->MemorySize() : 0;
   text += fmt::format("{} elements: {} literal, {} other wildcards, {} expressions\n",
                       file.Elements().size(), kinds.literals, kinds.wildcards, kinds.expressions);
-  text += fmt::format("{} scanners, built in {:.3f} s; the matcher takes {} bytes\n",
+  text += fmt::format("{} scanners, built in {:.3f} s; its matcher starts with {} bytes\n",
                       holder->Entries().size(), seconds.count(), memory);
   text += holder->IsUnusable() ? "the list cannot be used\n" : "the list can be used\n";
   WriteOutput(text);

@@ -15,7 +15,7 @@ constinit std::array<BucketSet, kMaxBucketSets> gBucketSets{};
 constinit std::atomic<std::uint32_t> gBucketSetCount{1};
 constinit std::atomic<bool> gUsesOtherBuckets{false};
 constinit std::array<std::atomic<std::uint32_t>, kClassCount> gSlabCounts{};
-constinit std::atomic<std::int32_t> gLargeCount{0};
+constinit LargeBlocks gLargeBlocks;
 constinit std::atomic<bool> gIsShuttingDown{false};
 
 namespace {
@@ -42,6 +42,10 @@ bool SaysYes(const char* value) {
                     [](char a, char lower) { return a == lower || a == lower - ('a' - 'A'); });
 }
 
+void Lock(SlabList& list) {
+  while (!HardwareAccess::TryLock(list.lock)) HardwareAccess::Yield();
+}
+
 // At start-up. Threads that allocate already go on with whatever they read.
 void ReadSettings() {
   gUsesOtherBuckets.store(SaysYes(std::getenv("QRX_MM_USE_OTHER_BUCKETS")), kRelaxed);
@@ -55,10 +59,27 @@ void ReadSettings() {
   }
 }
 
-struct SettingsReader {
-  SettingsReader() { ReadSettings(); }
+// A child process has but the thread that forked: a lock that another one held would never open
+// there.
+void HoldLists() {
+  for (BucketSet& set : gBucketSets) {
+    for (SlabList& list : set) Lock(list);
+  }
+}
+
+void ReleaseLists() {
+  for (BucketSet& set : gBucketSets) {
+    for (SlabList& list : set) HardwareAccess::Unlock(list.lock);
+  }
+}
+
+struct StartUp {
+  StartUp() {
+    ReadSettings();
+    CallAroundForks(HoldLists, ReleaseLists);
+  }
 };
-const SettingsReader gSettingsReader;
+const StartUp gStartUp;
 
 // A block in use shows by its header word; the count of the slab is for statistics.
 bool IsWhollyFree(Slab& slab) {
@@ -92,7 +113,7 @@ void FreeEmptySlabs(SlabList& list) {
 }
 
 std::uint64_t PayloadBytesOf(SlabList& list) {
-  while (!HardwareAccess::TryLock(list.lock)) HardwareAccess::Yield();
+  Lock(list);
   std::uint64_t bytes = 0;
   for (Slab* slab = list.head.load(kRelaxed); slab; slab = slab->next.load(kRelaxed)) {
     bytes += std::uint64_t{slab->inUse.load(kRelaxed)} * slab->classValue;
@@ -131,7 +152,7 @@ void SetBucketCount(std::uint32_t count) {
 
 void GetMemoryStatistics(std::uint32_t* largeCount, std::uint32_t* slabs,
                          std::uint64_t* payloadBytes, std::uint32_t* largeBytes) {
-  if (largeCount) *largeCount = static_cast<std::uint32_t>(gLargeCount.load(kRelaxed));
+  if (largeCount) *largeCount = static_cast<std::uint32_t>(gLargeBlocks.alive.load(kRelaxed));
   if (slabs) {
     *slabs = 0;
     for (const auto& count : gSlabCounts) *slabs += count.load(kRelaxed);

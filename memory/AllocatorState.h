@@ -22,7 +22,12 @@ extern std::atomic<std::uint32_t> gBucketSetCount;  // 1 to kMaxBucketSets; 1 at
 extern std::atomic<bool> gUsesOtherBuckets;         // take from other sets before making a slab
 
 extern std::array<std::atomic<std::uint32_t>, kClassCount> gSlabCounts;  // ever made
-extern std::atomic<std::int32_t> gLargeCount;                            // blocks alive
+
+// Each large block writes it, so it keeps away from what each request reads.
+struct alignas(64) LargeBlocks {
+  std::atomic<std::int32_t> alive{0};
+};
+extern LargeBlocks gLargeBlocks;
 
 // Written once, by ShutdownAllocator.
 extern std::atomic<bool> gIsShuttingDown;

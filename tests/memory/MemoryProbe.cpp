@@ -2,6 +2,7 @@
 // allocator, and prints what it sees.
 
 #include <sys/resource.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -101,6 +102,58 @@ void FreeTwice(const Arguments&) {
   FreeBlock(lower);
   FreeBlock(upper);
   FreeBlock(upper);
+}
+
+// With a link above the block, which cannot be told from a large block's caller.
+void FreeTwiceBelow(const Arguments&) {
+  void* const lower = Allocate(8);
+  void* const upper = Allocate(8);
+  FreeBlock(upper);
+  FreeBlock(lower);
+  FreeBlock(lower);
+}
+
+void FreeLargeTwice(const Arguments&) {
+  void* const block = Allocate(100'000);
+  Allocate(100'000);  // so that it does not go back to the system
+  FreeBlock(block);
+  FreeBlock(block);
+}
+
+void FreeForeign(const Arguments&) {
+  FreeBlock(std::malloc(1000));
+}
+
+void FreeLargeWhoseReallocationFailed(const Arguments&) {
+  void* const block = Allocate(1000);
+  const rlimit limit{512u << 20, 512u << 20};
+  setrlimit(RLIMIT_AS, &limit);
+  std::printf("%d\n", ReallocateBlock(block, std::size_t{1} << 40, nullptr) == nullptr);
+  FreeBlock(block);
+}
+
+// Forks while another thread holds the lock of a list that the child needs a slab of.
+void ForkUnderLock(const Arguments&) {
+  Memory::SlabList& list = Memory::gBucketSets[0][8];
+  SetBucketCount(1);
+  std::latch isHeld(1);
+  std::thread holder([&] {
+    list.lock.store(1);
+    isHeld.count_down();
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    list.lock.store(0);
+  });
+  isHeld.wait();
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(30);
+    _exit(Allocate(8) ? 3 : 4);
+  }
+  holder.join();
+  int status = 0;
+  waitpid(child, &status, 0);
+  std::printf("child: %d\n", WIFEXITED(status) ? WEXITSTATUS(status) : -1);
+  std::printf("parent: %d\n", Allocate(8) != nullptr);
 }
 
 void ReallocateFreed(const Arguments&) {
@@ -213,6 +266,11 @@ int main(int count, char** values) {
       {"threads", PrintSlabsOfThreads},
       {"one-set-runs-out", PrintSlabsWhileOneSetRunsOut},
       {"free-twice", FreeTwice},
+      {"free-twice-below", FreeTwiceBelow},
+      {"free-large-twice", FreeLargeTwice},
+      {"free-foreign", FreeForeign},
+      {"free-large-whose-reallocation-failed", FreeLargeWhoseReallocationFailed},
+      {"fork-under-lock", ForkUnderLock},
       {"reallocate-freed", ReallocateFreed},
       {"shut-down", ShutDown},
       {"shut-down-twice", ShutDownTwice},

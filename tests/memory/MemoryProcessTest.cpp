@@ -123,10 +123,36 @@ TEST(MemoryCorruption, AbortsWithALineForASecondFree) {
   EXPECT_EQ(result.errors, "memory: a block is freed that is free already\n");
 }
 
+// What the word before the block does not show, the one before that one mostly does.
+TEST(MemoryCorruption, AbortsWithALineForWhatIsNoBlock) {
+  std::vector<const char*> actions{"free-twice-below"};
+#if !defined(__SANITIZE_ADDRESS__)  // it sees the look at the word before malloc's block
+  actions.push_back("free-foreign");
+#endif
+  for (const char* action : actions) {
+    const ChildResult result = Probe({action});
+    EXPECT_EQ(result.status, kAborted) << action;
+    EXPECT_EQ(result.errors,
+              "memory: what is freed is no block of this allocator, or free already\n");
+  }
+}
+
+#if !defined(__SANITIZE_ADDRESS__)  // it sees the second free by itself
+TEST(MemoryCorruption, AbortsForASecondFreeOfALargeBlock) {
+  EXPECT_EQ(Probe({"free-large-twice"}).status, kAborted);
+}
+#endif
+
 TEST(MemoryCorruption, AbortsWithALineForReallocatingAFreeBlock) {
   const ChildResult result = Probe({"reallocate-freed"});
   EXPECT_EQ(result.status, kAborted);
   EXPECT_EQ(result.errors, "memory: a block is reallocated that is free already\n");
+}
+
+TEST(MemoryFork, LeavesEveryListUsableInTheChild) {
+  const ChildResult result = Probe({"fork-under-lock"});
+  EXPECT_EQ(result.status, 0) << result.errors;
+  EXPECT_EQ(result.output, "child: 3\nparent: 1\n");
 }
 
 TEST(MemoryShutdown, GivesBackFreeSlabsAtOnceAndOthersWithTheirLastBlock) {
@@ -169,11 +195,19 @@ TEST(MemoryShutdown, IsNoMatterOfThreads) {
 
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // they take more address space
 TEST(MemoryFailure, EndsAnExhaustedProcessWithStatus42) {
-  for (const char* size : {"8", "264", "265", "1000000"}) {
+  for (const char* size : {"8", "264", "265", "1000000", "9223372036854775808"}) {
     const ChildResult result = Probe({"exhaust", size});
     EXPECT_EQ(result.status, 42);
     EXPECT_EQ(result.errors, "new (" + std::string(size) + ")\n");
   }
+}
+#endif
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST(MemoryFailure, LeavesALargeBlockFreeable) {
+  const ChildResult result = Probe({"free-large-whose-reallocation-failed"});
+  EXPECT_EQ(result.status, 0) << result.errors;
+  EXPECT_EQ(result.output, "1\n");
 }
 #endif
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 #include <link.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <map>
@@ -158,6 +160,27 @@ TEST(ModuleMemory, IsFreedByTheSideThatTookIt) {
 
 TEST(ModuleMemory, GoesBackToTheHostWithTheLibrary) {
   for (int life = 0; life < 3; ++life) EXPECT_EQ(AccountOfOneLife().alive, 0);
+}
+
+// What the library has called around forks goes with it.
+TEST(ModuleMemory, LetsTheHostForkWithTheLibraryAndAfterIt) {
+  const auto forkAndCall = [](const LoadedModule* module) {
+    const pid_t child = fork();
+    if (child == 0) {
+      if (module) UseTheModule(*module);
+      _exit(testing::Test::HasFailure() ? 1 : 0);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    return status;
+  };
+  {
+    const LoadedModule module;
+    UseTheModule(module);
+    EXPECT_EQ(forkAndCall(&module), 0);
+  }
+  ASSERT_FALSE(LoadedModule::IsMapped());
+  EXPECT_EQ(forkAndCall(nullptr), 0);
 }
 
 // The host's limit leaves room for no second copy of a large text.

@@ -2,9 +2,10 @@
 
 JOBS         ?= $(shell nproc)
 FUZZ_SECONDS ?= 20
+SOAK_SECONDS ?= 60
 PREFIX       ?= /usr/local
 
-.PHONY: help setup setup-abi setup-fuzz setup-lint abi abi-record run test bench asan tsan fuzz format lint install package clean
+.PHONY: help setup setup-abi setup-fuzz setup-lint abi abi-record run test soak bench asan tsan fuzz format lint install package clean
 
 help:
 	@echo "make run      build the reference host and run it over the example rules"
@@ -12,6 +13,7 @@ help:
 	@echo "make asan     every test under AddressSanitizer and UndefinedBehaviorSanitizer"
 	@echo "make tsan     every test under ThreadSanitizer"
 	@echo "make fuzz     every fuzz target for FUZZ_SECONDS=$(FUZZ_SECONDS) each"
+	@echo "make soak     eight threads at work for SOAK_SECONDS=$(SOAK_SECONDS), lists changing under them"
 	@echo "make bench    every benchmark"
 	@echo "make abi      compare the module's binary interface with the recorded one"
 	@echo "make format   lay out all sources"
@@ -41,6 +43,10 @@ test: setup build/release/build.ninja
 asan tsan: %: setup build/%/build.ninja
 	cmake --build build/$* -j $(JOBS)
 	ctest --test-dir build/$* -j $(JOBS) --output-on-failure
+
+soak: setup build/release/build.ninja
+	cmake --build build/release -j $(JOBS) --target tovrin_soak
+	build/release/bin/tovrin_soak $(SOAK_SECONDS)
 
 bench: setup build/bench/build.ninja
 	cmake --build build/bench -j $(JOBS)

@@ -17,6 +17,10 @@ struct ChildCall {
   std::string input;                 // its standard input
   bool isOutputClosed = false;       // standard output is a pipe that nobody reads
   std::filesystem::path folder;      // to run in; here when empty
+  // Standard input is a pipe that has the input, some kilobytes at most, and never ends.
+  bool isInputEndless = false;
+  // Standard error is a terminal; a line end arrives there as "\r\n".
+  bool isErrorsTerminal = false;
 };
 
 // Throws std::system_error when the program cannot be started.

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <stdexcept>
 #include <system_error>
+#include <utility>
 
 #include "tests/support/ChildProcess.h"
 #include "tests/support/SharedData.h"
@@ -18,32 +19,72 @@ namespace {
   throw std::system_error(errno, std::generic_category(), what);
 }
 
-int OpenForWriting(const std::filesystem::path& path) {
-  const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-  if (descriptor < 0) ThrowErrno("open");
-  return descriptor;
+// A file descriptor, closed at the end; -1 is none.
+class CDescriptor {
+public:
+  explicit CDescriptor(int number = -1) : fNumber(number) {}
+  CDescriptor(CDescriptor&& other) noexcept : fNumber(std::exchange(other.fNumber, -1)) {}
+  CDescriptor& operator=(CDescriptor&& other) noexcept {
+    std::swap(fNumber, other.fNumber);
+    return *this;
+  }
+  ~CDescriptor() {
+    if (fNumber >= 0) close(fNumber);
+  }
+
+  int Number() const { return fNumber; }
+  void Close() { *this = CDescriptor(); }
+
+private:
+  int fNumber;
+};
+
+// Not for the child, but where it is told to take it.
+CDescriptor Opened(int number, const char* what) {
+  if (number < 0) ThrowErrno(what);
+  fcntl(number, F_SETFD, FD_CLOEXEC);
+  return CDescriptor(number);
 }
 
-// The writing end of a pipe whose reading end is gone.
-int ClosedPipe() {
+CDescriptor OpenForWriting(const std::filesystem::path& path) {
+  return Opened(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), "open");
+}
+
+struct Pair {
+  CDescriptor ours, childs;
+};
+
+enum class PipeUse { Read, Write };  // what the child does
+
+Pair OpenPipe(PipeUse use) {
   int ends[2] = {-1, -1};
   if (pipe(ends) != 0) ThrowErrno("pipe");
-  close(ends[0]);
-  return ends[1];
+  CDescriptor reading = Opened(ends[0], "pipe");
+  CDescriptor writing = Opened(ends[1], "pipe");
+  return use == PipeUse::Read ? Pair{std::move(writing), std::move(reading)}
+                              : Pair{std::move(reading), std::move(writing)};
 }
 
-}  // namespace
+Pair OpenTerminal() {
+  Pair pair;
+  pair.ours = Opened(posix_openpt(O_RDWR | O_NOCTTY), "posix_openpt");
+  if (grantpt(pair.ours.Number()) != 0 || unlockpt(pair.ours.Number()) != 0) ThrowErrno("grantpt");
+  pair.childs = Opened(open(ptsname(pair.ours.Number()), O_RDWR | O_NOCTTY), "open");
+  return pair;
+}
 
-// The streams are files, so that no amount of output can block the child.
-ChildResult RunChild(const ChildCall& call) {
-  const CTemporaryFolder folder;
-  const auto inputPath = folder.Write("input", call.input);
-  const auto outputPath = folder.Path() / "output";
-  const auto errorsPath = folder.Path() / "errors";
-  const int input = open(inputPath.c_str(), O_RDONLY | O_CLOEXEC);
-  if (input < 0) ThrowErrno("open");
-  const int output = call.isOutputClosed ? ClosedPipe() : OpenForWriting(outputPath);
-  const int errors = OpenForWriting(errorsPath);
+Pair OpenInput(const ChildCall& call, const CTemporaryFolder& folder) {
+  if (!call.isInputEndless) {
+    const auto path = folder.Write("input", call.input);
+    return {CDescriptor(), Opened(open(path.c_str(), O_RDONLY), "open")};
+  }
+  Pair pipe = OpenPipe(PipeUse::Read);
+  const ssize_t written = write(pipe.ours.Number(), call.input.data(), call.input.size());
+  if (written != static_cast<ssize_t>(call.input.size())) ThrowErrno("write");
+  return pipe;
+}
+
+pid_t Start(const ChildCall& call, int input, int output, int errors) {
   std::vector<char*> arguments;
   for (const std::string& argument : call.command) {
     arguments.push_back(const_cast<char*>(argument.c_str()));
@@ -59,18 +100,52 @@ ChildResult RunChild(const ChildCall& call) {
     if (isReady) execv(arguments[0], arguments.data());
     _exit(127);
   }
-  close(input);
-  close(output);
-  close(errors);
+  return child;
+}
 
+// Exit status, or 128 and the signal.
+int StatusOf(pid_t child) {
   int status = 0;
   while (waitpid(child, &status, 0) < 0) {
     if (errno != EINTR) ThrowErrno("waitpid");
   }
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+// What a terminal is sent until nobody has it open any more.
+std::string ReadTerminal(const CDescriptor& terminal) {
+  std::string text;
+  char buffer[4096];
+  while (true) {
+    const ssize_t count = read(terminal.Number(), buffer, sizeof buffer);
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) return text;
+    text.append(buffer, static_cast<std::size_t>(count));
+  }
+}
+
+}  // namespace
+
+// Output goes to files, so that no amount of it can block the child; that to a terminal is read
+// while it runs.
+ChildResult RunChild(const ChildCall& call) {
+  const CTemporaryFolder folder;
+  const auto outputPath = folder.Path() / "output";
+  const auto errorsPath = folder.Path() / "errors";
+  Pair input = OpenInput(call, folder);
+  Pair errors = call.isErrorsTerminal ? OpenTerminal() : Pair{CDescriptor(), OpenForWriting(errorsPath)};
+  CDescriptor output =
+      call.isOutputClosed ? OpenPipe(PipeUse::Write).childs : OpenForWriting(outputPath);
+  const pid_t child = Start(call, input.childs.Number(), output.Number(), errors.childs.Number());
+  input.childs.Close();
+  output.Close();
+  errors.childs.Close();
+
   ChildResult result;
-  result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  if (call.isErrorsTerminal) result.errors = ReadTerminal(errors.ours);
+  result.status = StatusOf(child);
   if (!call.isOutputClosed) result.output = ReadWholeFile(outputPath);
-  result.errors = ReadWholeFile(errorsPath);
+  if (!call.isErrorsTerminal) result.errors = ReadWholeFile(errorsPath);
   return result;
 }
 

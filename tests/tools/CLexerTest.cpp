@@ -30,6 +30,7 @@ TEST(CLexer, ReadsTexts) {
       {R"(r"")", ""},
       {R"(r"\d+\.")", R"(\d+\.)"},
       {"r\"a\tb\"", "a\tb"},
+      {"r\"a\nb\"", "a\nb"},
       {"\"# no comment\"", "# no comment"},
   };
   for (const auto& row : rows) {
@@ -88,6 +89,14 @@ TEST(CLexer, CountsLinesAndColumnsFromOne) {
   EXPECT_EQ(tokens[3].where.column, 5u);
 }
 
+TEST(CLexer, CountsTheLinesWithinARawText) {
+  const auto tokens = TokensOf("r\"a\n\nbc\" d");
+  ASSERT_EQ(tokens.size(), 3u);
+  EXPECT_EQ(tokens[0].where.line, 1u);
+  EXPECT_EQ(tokens[1].where.line, 3u);
+  EXPECT_EQ(tokens[1].where.column, 5u);
+}
+
 TEST(CLexer, RefusesWhatIsNoToken) {
   const struct {
     std::string source;
@@ -98,7 +107,7 @@ TEST(CLexer, RefusesWhatIsNoToken) {
       {"\"abc\\", 5, "unknown escape in a text; r\"...\" takes none"},
       {"\"abc\n\"", 1, "the text has no closing quote on its line"},
       {"r\"abc", 1, "the text has no closing quote"},
-      {"r\"ab\nc\"", 1, "the text has no closing quote on its line"},
+      {"r\"ab\nc", 1, "the text has no closing quote"},
       {"\"a\\d\"", 3, "unknown escape in a text; r\"...\" takes none"},
       {"\"a\tb\"", 3, "the byte 0x09 must be escaped in a text"},
       {"\"\\u00g0\"", 6, "\\u takes four hexadecimal digits"},

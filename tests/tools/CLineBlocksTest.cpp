@@ -55,6 +55,16 @@ TEST(CLineBlocks, StopsWhenToldTo) {
   EXPECT_EQ(count, 2);
 }
 
+TEST(CInputStream, IsAtItsEndOnceItIsStopped) {
+  const CTemporaryFolder folder;
+  CInputStream input(folder.Write("input", "12345"));
+  char buffer[3];
+  EXPECT_EQ(input.Read(buffer, 3), 3u);
+  input.Stop();
+  EXPECT_EQ(input.Read(buffer, 3), 0u);
+  EXPECT_EQ(input.Read(buffer, 3), 0u);
+}
+
 TEST(CInputStream, TellsTheSizeOfAFile) {
   const CTemporaryFolder folder;
   EXPECT_EQ(CInputStream(folder.Write("input", "12345")).Size(), 5u);

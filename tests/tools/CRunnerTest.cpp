@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
+#include <system_error>
 
 #include "tests/support/ChildProcess.h"
 
@@ -30,12 +32,14 @@ protected:
     for (int i = 0; i < 5000; ++i) fText += "line " + std::to_string(i) + '\n';
   }
 
-  RunTotals Run(const std::function<BlockJudge()>& makeJudge, std::size_t threadCount) {
+  RunTotals Run(const std::function<BlockJudge()>& makeJudge, std::size_t threadCount,
+                const CRunner::StartThread& startThread = StartAny) {
     CInputStream input(fFolder.Write("input", fText));
     CLineBlocks blocks(input, 100);
     CProgress progress(false, {});
-    return CRunner(blocks, makeJudge, progress).Run(threadCount);
+    return CRunner(blocks, makeJudge, progress, startThread).Run(threadCount);
   }
+  static std::thread StartAny(CRunner::Work work) { return std::thread(std::move(work)); }
 
   const CTemporaryFolder fFolder;
   std::string fText;
@@ -83,6 +87,25 @@ TEST_F(CRunnerTest, PassesOnWhatAJudgeThrows) {
                      threadCount),
                  std::runtime_error);
     ::testing::internal::GetCapturedStdout();
+  }
+}
+
+// The system has room for so many threads; what there is does the work.
+TEST_F(CRunnerTest, DoesWithTheThreadsThatStart) {
+  for (const int room : {0, 1, 3}) {
+    SCOPED_TRACE(room);
+    int started = 0;
+    const auto startSome = [&](CRunner::Work work) {
+      if (started == room) throw std::system_error(EAGAIN, std::generic_category());
+      ++started;
+      return std::thread(std::move(work));
+    };
+    std::atomic<int> judges{0};
+    ::testing::internal::CaptureStdout();
+    const RunTotals totals = Run([&] { return ++judges, Echo(); }, 8, startSome);
+    EXPECT_TRUE(::testing::internal::GetCapturedStdout() == fText);
+    EXPECT_EQ(totals.lines, 5000u);
+    EXPECT_EQ(judges, std::max(room, 1));
   }
 }
 

@@ -56,5 +56,9 @@ TEST(CTypeTable, FindsTheScalarOfEveryForm) {
   EXPECT_EQ(ScalarOf(0), 0u);
 }
 
+TEST(CTypeTable, GivesTypesTitles) {
+  EXPECT_EQ(CTypeTable().TitleOf(Tovrin::kTypeString), "type 'STRING'");
+}
+
 }  // namespace
 }  // namespace RefHost

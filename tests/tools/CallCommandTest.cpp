@@ -22,6 +22,7 @@ TEST(CallCommand, PrintsTheLastResultAsOneLineOfJson) {
       {"1e20", "100000000000000000000\n"},
       {"\"a\\\"b\\\\\\n\\u0001\"", "\"a\\\"b\\\\\\n\\u0001\"\n"},
       {"r\"\\d\"", "\"\\\\d\"\n"},
+      {"r\"a\nb\"", "\"a\\nb\"\n"},
       {"[]", "[]\n"},
       {"[\"a\",r\"b\"]", "[\"a\",\"b\"]\n"},
       {"[1,2.5]", "[1,2.5]\n"},
@@ -112,6 +113,33 @@ TEST(CallCommand, SurvivesWhatIsNoStandardException) {
   EXPECT_THAT(result.errors, ::testing::HasSubstr(
                                  "runtime error from function 'Odd': not a standard exception\n"));
   EXPECT_EQ(TovrinWith("throwing", {"call", "Step()"}).status, 4);
+}
+
+TEST(CallCommand, SurvivesWhatAnObjectThrows) {
+  const struct {
+    const char* statements;
+    const char* errors;
+  } rows[] = {
+      {"ToBomb(\"boom\")", "runtime error from type 'Bomb': boom\n"},
+      {"[ToBomb(\"boom\")]", "runtime error from type 'Bomb': boom\n"},
+      {"ToBomb(\"odd\")", "runtime error from type 'Bomb': not a standard exception\n"},
+      {"Save(ToBomb(\"boom\"))", "runtime error from type 'Bomb': boom\n"},
+      {"Save(ToBomb(\"odd\"))", "runtime error from type 'Bomb': not a standard exception\n"},
+      {"Load(\"Bomb\", \"{}\")", "runtime error from type 'Bomb': will not load\n"},
+      {"Load(\"Dud\", \"{}\")", "runtime error from type 'Dud': never made\n"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.statements);
+    const ChildResult result = TovrinWith("throwing", {"call", row.statements});
+    EXPECT_EQ(result.status, 4);
+    EXPECT_EQ(result.output, "");
+    EXPECT_THAT(result.errors, ::testing::EndsWith(row.errors));  // behind what its stop throws
+  }
+}
+
+TEST(CallCommand, PrintsJsonWhateverTheBytes) {
+  EXPECT_EQ(Call("\"a\xFF\"").output, "\"a\xEF\xBF\xBD\"\n");
+  EXPECT_EQ(Call("Letters(\"\xC3\xA9\")").output, "[\"\xEF\xBF\xBD\",\"\xEF\xBF\xBD\"]\n");
 }
 
 TEST(CallCommand, NamesTheColumnOfAMistakeAndEndsWithStatusTwo) {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/SharedData.h"
+#include "tests/tools/TestModules.h"
 #include "tests/tools/TovrinProgram.h"
 
 namespace {
@@ -21,6 +22,7 @@ protected:
     arguments.insert(arguments.end(), options.begin(), options.end());
     return TovrinWith("sound", arguments, input);
   }
+  std::string Path() const { return (fFolder.Path() / "test.rules").string(); }
   std::string Rules(const std::string& text) { return fFolder.Write("test.rules", text).string(); }
 
   const CTemporaryFolder fFolder;
@@ -76,6 +78,26 @@ TEST_F(RunCommand, PrintsOnlyCountsInASummary) {
   EXPECT_EQ(Run("otherwise \"v\";", "", {"--summary"}).output, "v\t0\n");
 }
 
+TEST_F(RunCommand, CountsVerdictsOfTheRunAndOfTheFileUnderOneName) {
+  const std::string rules =
+      "when Same(text, \"a\") then \"error\"; when Same(text, \"b\") then \"none\";"
+      "when not FailOn(text, \"bad\") then \"x\";";
+  const ChildResult sound = Run(rules, "a\nb\nc\n", {"--summary"});
+  EXPECT_EQ(sound.output, "error\t1\nnone\t2\nx\t0\n");
+  EXPECT_EQ(sound.status, 0) << "the file's own verdict is no failure";
+  const ChildResult failed = Run(rules, "a\nbad\n", {"--summary"});
+  EXPECT_EQ(failed.output, "error\t2\nnone\t0\nx\t0\n");
+  EXPECT_EQ(failed.status, 4);
+}
+
+TEST_F(RunCommand, ReadsARawTextOfSeveralLines) {
+  const ChildResult result =
+      Run("when Same(text, r\"a\nb\") then \"x\"; otherwise \"y\";\nwhen", "a\n");
+  EXPECT_EQ(result.errors, Path() +
+                               ":3:1: 'when' instead of the end: nothing can stand behind "
+                               "'otherwise'\n");
+}
+
 TEST_F(RunCommand, JudgesNothingOfAnEmptyInput) {
   const ChildResult result = Run("otherwise \"v\";", "");
   EXPECT_EQ(result.status, 0);
@@ -102,12 +124,12 @@ TEST_F(RunCommand, NamesFileLineAndColumnOfAMistake) {
     const ChildResult result = Run(row.rules, "x\n");
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.output, "");
-    EXPECT_EQ(result.errors, (fFolder.Path() / "test.rules").string() + row.errors);
+    EXPECT_EQ(result.errors, Path() + row.errors);
   }
 }
 
 TEST_F(RunCommand, ReportsALetThatFailsWithItsPlace) {
-  const std::string path = (fFolder.Path() / "test.rules").string();
+  const std::string path = Path();
   const ChildResult status = Run("let a =\n  Fail(1, 2); otherwise \"a\";", "x\n");
   EXPECT_EQ(status.status, 3);
   EXPECT_EQ(status.errors, path + ":2:3: invalid parameter 1 in function 'Fail'\n");
@@ -122,7 +144,7 @@ TEST_F(RunCommand, GivesALineOnWhichARuleFailsTheVerdictErrorAndGoesOn) {
           "x\nbad\na\nbad\ny\n");
   EXPECT_EQ(result.status, 4);
   EXPECT_EQ(result.output, "good\tx\nerror\tbad\na\ta\nerror\tbad\ngood\ty\n");
-  const std::string rule = (fFolder.Path() / "test.rules").string() + ":2: ";
+  const std::string rule = Path() + ":2: ";
   EXPECT_THAT(result.errors,
               StartsWith(rule + "input line 2: invalid parameter 2 in function 'FailOn'\n" + rule +
                          "input line 4: invalid parameter 2 in function 'FailOn'\n5 lines"));
@@ -173,6 +195,45 @@ TEST_F(RunCommand, EndsQuietlyWhenNobodyReadsItsOutput) {
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.errors, "");
   }
+}
+
+// The input is a pipe from which nothing more comes: who waited for it would not end.
+TEST_F(RunCommand, WaitsForNoMoreInputOnceItStops) {
+  ChildCall call;
+  call.command = {(BinDir() / "tovrin").string(), "run", "--threads", "3", "--module",
+                  TestModule("sound").string()};
+  call.isInputEndless = true;
+  ChildCall failing = call;
+  failing.command.insert(failing.command.end(),
+                         {"--fail-fast", Rules("when FailOn(text, \"bad\") then \"good\";")});
+  failing.input = "x\nbad\n";
+  const ChildResult failed = RunChild(failing);
+  EXPECT_EQ(failed.status, 4);
+  EXPECT_EQ(failed.output, "good\tx\nerror\tbad\n");
+
+  ChildCall unread = call;
+  unread.command.push_back(Rules("otherwise \"v\";"));
+  unread.input = "x\n";
+  unread.isOutputClosed = true;
+  const ChildResult quiet = RunChild(unread);
+  EXPECT_EQ(quiet.status, 0);
+  EXPECT_EQ(quiet.errors, "");
+}
+
+TEST_F(RunCommand, ShowsHowFarItIsOnATerminalWhenItTakesLonger) {
+  ChildCall call;
+  call.command = {(BinDir() / "tovrin").string(), "run", Rules("when Pause(1.1) then \"v\";"),
+                  "--module", TestModule("sound").string()};
+  call.input = "x\n";
+  EXPECT_THAT(RunChild(call).errors, MatchesRegex(kReport)) << "no terminal";
+
+  call.isErrorsTerminal = true;
+  const ChildResult result = RunChild(call);
+  EXPECT_EQ(result.output, "v\tx\n");
+  const std::string bar =
+      "\r[########################################] 100 %  1 lines, 1 lines/s\x1b[K";
+  EXPECT_THAT(result.errors, StartsWith(bar + "\r\x1b[K1 lines in "))
+      << "drawn, and gone before the report";
 }
 
 TEST_F(RunCommand, SaysWhatCannotBeRead) {

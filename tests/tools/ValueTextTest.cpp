@@ -35,7 +35,26 @@ TEST(ValueText, WritesNumbersAsJsonDoes) {
 TEST(ValueText, EscapesWhatJsonCannotHold) {
   std::string text;
   AppendJsonText(text, std::string_view("\"\\/\b\f\n\r\t\0\x1f\x7f\xC3\xA9", 13));
-  EXPECT_EQ(text, "\"\\\"\\\\/\\b\\f\\n\\r\\t\\u0000\\u001f\x7f\xC3\xA9\"");
+  EXPECT_EQ(text, "\"\\\"\\\\/\\b\\f\\n\\r\\t\\u0000\\u001F\x7f\xC3\xA9\"");
+}
+
+TEST(ValueText, ReplacesWhatIsNoUtf8) {
+  const struct {
+    const char* bytes;
+    const char* text;
+  } rows[] = {
+      {"\xE9", "\"\xEF\xBF\xBD\""},
+      {"a\xC3", "\"a\xEF\xBF\xBD\""},
+      {"\xC3(\x22", "\"\xEF\xBF\xBD(\\\"\""},
+      {"\xC3\xA9\xFF\xE2\x82\xAC", "\"\xC3\xA9\xEF\xBF\xBD\xE2\x82\xAC\""},
+      {"\xED\xA0\x80", "\"\xEF\xBF\xBD\""},      // a surrogate
+      {"\xF4\x90\x80\x80", "\"\xEF\xBF\xBD\""},  // beyond the last character
+  };
+  for (const auto& row : rows) {
+    std::string text;
+    AppendJsonText(text, row.bytes);
+    EXPECT_EQ(text, row.text);
+  }
 }
 
 TEST(ValueText, WritesContainersAndWhatHoldsNothing) {
@@ -57,6 +76,8 @@ TEST(ValueText, WritesContainersAndWhatHoldsNothing) {
   const auto data = transaction.NewValue(Tovrin::kTypeDataRef);
   data->AssignData(Tovrin::AutoRefPtr<Tovrin::IDataRef>(new Tovrin::Data("ab")));
   EXPECT_EQ(JsonOf(*data.get(), transaction), "\"ab\"");
+  data->AssignData(Tovrin::AutoRefPtr<Tovrin::IDataRef>(new Tovrin::Data("a\xFF")));
+  EXPECT_EQ(JsonOf(*data.get(), transaction), "\"a\xEF\xBF\xBD\"");
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 
 #include "json/JSONWrapper.h"
 #include "tools/tovrin/Failure.h"
+#include "tools/tovrin/ForeignCall.h"
 #include "tools/tovrin/objects/CHostContainers.h"
 
 using Tovrin::AutoRefPtr;
@@ -134,10 +135,20 @@ private:
   const AutoRefPtr<CHostVariant> fResult;
 };
 
-CCallFailure CallFailureAt(Position where, const std::string& words) {
+CCallFailure FailureAt(Position where, const std::string& words) {
   CCallFailure failure(ExitStatus::FailureStatus, words);
   failure.where = where;
   return failure;
+}
+
+// Runs a call into a module; who says whose, should an exception come out of it.
+template <class Call>
+auto CallModule(Position where, const std::string& who, Call call) {
+  return CallForeign(call, [&](const std::string& words) {
+    CCallFailure failure = ExceptionFailure(who, words);
+    failure.where = where;
+    return failure;
+  });
 }
 
 class CCall final : public AEvaluation {
@@ -146,6 +157,7 @@ public:
         Evaluations arguments)
       : AEvaluation(function.result),
         fFunction(function),
+        fTitle(function.Title()),
         fWhere(where),
         fContext(transaction.context),
         fParts(std::move(arguments)),
@@ -157,32 +169,17 @@ public:
     for (std::size_t i = 0; i < fParts.size(); ++i) fArguments[i] = fParts[i]->Evaluate();
     // A function may leave its result alone: nothing of the call before must be seen in it.
     if (fResult) fResult->Reset(fFunction.result);
-    const Tovrin::FunctionStatus status = Enter();
-    if (status != 0) Fail(ExitStatus::FailureStatus, StatusWords(status, fFunction.Title()));
+    const Tovrin::FunctionStatus status = CallModule(fWhere, fTitle, [&] {
+      return fFunction.address(static_cast<std::uint32_t>(fArguments.size()), fArguments.data(),
+                               fResult.get(), fFunction.info, fContext.get());
+    });
+    if (status != 0) throw FailureAt(fWhere, StatusWords(status, fTitle));
     return fResult.get();
   }
 
 private:
-  Tovrin::FunctionStatus Enter() {
-    try {
-      return fFunction.address(static_cast<std::uint32_t>(fArguments.size()), fArguments.data(),
-                               fResult.get(), fFunction.info, fContext.get());
-    } catch (const std::exception& error) {
-      Fail(ExitStatus::Exception,
-           fmt::format("runtime error from {}: {}", fFunction.Title(), error.what()));
-    } catch (...) {  // no module can take the host down by what it throws
-      Fail(ExitStatus::Exception,
-           fmt::format("runtime error from {}: not a standard exception", fFunction.Title()));
-    }
-  }
-
-  [[noreturn]] void Fail(ExitStatus status, const std::string& words) const {
-    CCallFailure failure(status, words);
-    failure.where = fWhere;
-    throw failure;
-  }
-
   const BoundFunction& fFunction;
+  const std::string fTitle;  // made once: an evaluation allocates nothing
   const Position fWhere;
   const AutoRefPtr<Tovrin::IContext> fContext;
   const Evaluations fParts;
@@ -196,20 +193,24 @@ public:
   CSave(const CTransaction& transaction, Position where, Evaluation value)
       : AEvaluation(Tovrin::kTypeString),
         fWhere(where),
-        fContext(transaction.context),
+        fTransaction(transaction),
         fValue(std::move(value)),
         fResult(transaction.NewValue(Type())) {}
 
   IVariant* Evaluate() override {
-    const auto json = fValue->Evaluate()->Serialize(fContext.get());
-    if (!json) throw CallFailureAt(fWhere, "nothing to save");
-    fResult->SetText(json->ToString());
+    const IVariant* value = fValue->Evaluate();
+    const bool hasText = CallModule(fWhere, fTransaction.types->TitleOf(fValue->Type()), [&] {
+      const auto json = value->Serialize(fTransaction.context.get());
+      if (json) fResult->SetText(json->ToString());
+      return static_cast<bool>(json);
+    });
+    if (!hasText) throw FailureAt(fWhere, "nothing to save");
     return fResult.get();
   }
 
 private:
   const Position fWhere;
-  const AutoRefPtr<Tovrin::IContext> fContext;
+  const CTransaction fTransaction;
   const Evaluation fValue;
   const AutoRefPtr<CHostVariant> fResult;
 };
@@ -224,12 +225,15 @@ public:
     const IVariant* text = fText->Evaluate();
     const auto json =
         Tovrin::JSON::JSONWrapper::FromString({text->GetString(), text->GetStringSize()}, true);
-    if (!json) throw CallFailureAt(fWhere, "what is loaded is no JSON");
-    const auto factory = fTransaction.types->FactoryOf(Type());
-    const AutoRefPtr<Tovrin::IUserDefinedType> object(factory(Type()));
-    if (!object || !object->Deserialize(json.get(), fTransaction.context.get())) {
-      throw CallFailureAt(fWhere, fmt::format("a {} cannot be loaded from this",
-                                              fTransaction.types->NameOf(Type())));
+    if (!json) throw FailureAt(fWhere, "what is loaded is no JSON");
+    const auto& types = *fTransaction.types;
+    const auto object = CallModule(fWhere, types.TitleOf(Type()), [&] {
+      AutoRefPtr<Tovrin::IUserDefinedType> made(types.FactoryOf(Type())(Type()));
+      if (made && !made->Deserialize(json.get(), fTransaction.context.get())) made.reset();
+      return made;
+    });
+    if (!object) {
+      throw FailureAt(fWhere, fmt::format("a {} cannot be loaded from this", types.NameOf(Type())));
     }
     fResult = fTransaction.NewValue(Type());  // a new one, since the value before may be kept
     fResult->SetUserDefined(object);

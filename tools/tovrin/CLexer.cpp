@@ -5,6 +5,8 @@
 #include <charconv>
 #include <system_error>
 
+#include "Common/Utf8.h"
+
 namespace RefHost {
 namespace {
 
@@ -52,25 +54,6 @@ std::string NameOfByte(char c) {
   return fmt::format("'{}'", c);
 }
 
-void AppendUtf8(std::string& text, std::uint32_t code) {
-  const auto tail = [&](int shift) { text += static_cast<char>(0x80 | ((code >> shift) & 0x3F)); };
-  if (code < 0x80) {
-    text += static_cast<char>(code);
-  } else if (code < 0x800) {
-    text += static_cast<char>(0xC0 | (code >> 6));
-    tail(0);
-  } else if (code < 0x10000) {
-    text += static_cast<char>(0xE0 | (code >> 12));
-    tail(6);
-    tail(0);
-  } else {
-    text += static_cast<char>(0xF0 | (code >> 18));
-    tail(12);
-    tail(6);
-    tail(0);
-  }
-}
-
 }  // namespace
 
 void CLexer::Advance(std::size_t count) {
@@ -78,12 +61,16 @@ void CLexer::Advance(std::size_t count) {
   fWhere.column += count;
 }
 
+void CLexer::AdvanceLine() {
+  ++fAt;
+  fWhere = {fWhere.line + 1, 1};
+}
+
 void CLexer::SkipBlanks() {
   while (fAt < fSource.size()) {
     const char c = fSource[fAt];
     if (c == '\n') {
-      ++fAt;
-      fWhere = {fWhere.line + 1, 1};
+      AdvanceLine();
     } else if (c == ' ' || c == '\t' || c == '\r') {
       Advance(1);
     } else if (c == '#') {
@@ -158,8 +145,7 @@ Token CLexer::ReadRawText() {
   while (true) {
     if (fAt == fSource.size()) throw CSourceError(token.where, "the text has no closing quote");
     const char c = Peek();
-    if (c == '\n') throw CSourceError(token.where, "the text has no closing quote on its line");
-    Advance(1);
+    c == '\n' ? AdvanceLine() : Advance(1);
     if (c == '"') return token;
     token.text += c;
   }
@@ -223,7 +209,7 @@ void CLexer::ReadEscape(std::string& text) {
     if (low < 0xDC00 || low >= 0xE000) throw CSourceError(where, "half of a surrogate pair");
     code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
   }
-  AppendUtf8(text, code);
+  AppendUtf8(code, text);
 }
 
 std::uint32_t CLexer::ReadHexUnit() {

@@ -43,6 +43,7 @@ public:
 private:
   void SkipBlanks();
   void Advance(std::size_t count);  // none of the bytes is a line end
+  void AdvanceLine();               // over a line end
   Token ReadName();
   Token ReadNumber();
   Token ReadText();

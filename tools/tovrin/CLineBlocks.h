@@ -23,6 +23,8 @@ public:
 
   // The next block; false at the end of the input. Throws std::system_error.
   bool Next(LineBlock& block);
+  // Ends the input, also for a Next that waits. Any thread may call.
+  void Stop() { fInput.Stop(); }
 
 private:
   CInputStream& fInput;

@@ -10,6 +10,7 @@
 #include "host/Data.h"
 #include "tools/tovrin/CVersion.h"
 #include "tools/tovrin/Failure.h"
+#include "tools/tovrin/ForeignCall.h"
 #include "tools/tovrin/Output.h"
 
 using Tovrin::AutoRefPtr;
@@ -79,8 +80,16 @@ const std::string& CModule::Description(const std::string& name) const {
   return found->second;
 }
 
+CModuleError CModule::Error(const std::string& reason) const {
+  return CModuleError(fmt::format("module '{}': {}", fPath, reason));
+}
+
+CModuleError CModule::ExceptionFrom(const std::string& name, const std::string& words) const {
+  return Error(fmt::format("exception from {}: {}", name, words));
+}
+
 void CModule::Fail(const std::string& reason) const {
-  throw CModuleError(fmt::format("module '{}': {}", fPath, reason));
+  throw Error(reason);
 }
 
 template <class Function>
@@ -93,13 +102,8 @@ Function CModule::Export(const std::string& name) const {
 template <class Result, class... Arguments>
 Result CModule::Call(const std::string& name, Arguments... arguments) const {
   const auto function = Export<Result (*)(Arguments...)>(name);
-  try {
-    return function(arguments...);
-  } catch (const std::exception& error) {
-    Fail(fmt::format("exception from {}: {}", name, error.what()));
-  } catch (...) {  // no module can take the host down by what it throws
-    Fail(fmt::format("exception from {}, not a standard one", name));
-  }
+  return CallForeign([&] { return function(arguments...); },
+                     [&](const std::string& words) { return ExceptionFrom(name, words); });
 }
 
 std::string CModule::Text(const std::string& name) const {
@@ -183,15 +187,12 @@ void CModule::HandOverHost() {
         new Tovrin::Data(std::string(reinterpret_cast<const char*>(&services), sizeof services))));
     const auto result = transaction.NewValue(Tovrin::kTypeBoolean);
     Tovrin::IVariant* const arguments[] = {argument.get()};
-    Tovrin::FunctionStatus status = 0;
-    try {
-      status =
-          function->address(1, arguments, result.get(), function->info, transaction.context.get());
-    } catch (const std::exception& error) {
-      Fail(fmt::format("exception from {}: {}", entry.name, error.what()));
-    } catch (...) {  // what a module throws is its own; the host survives it
-      Fail(fmt::format("exception from {}", entry.name));
-    }
+    const Tovrin::FunctionStatus status = CallForeign(
+        [&] {
+          return function->address(1, arguments, result.get(), function->info,
+                                   transaction.context.get());
+        },
+        [&](const std::string& words) { return ExceptionFrom(entry.name, words); });
     if (status != 0) Fail(StatusWords(status, function->Title()));
     if (!result->GetBoolean()) Fail(fmt::format("{} refuses the host", entry.name));
   }

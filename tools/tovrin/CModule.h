@@ -55,6 +55,8 @@ private:
   template <class Result, class... Arguments>
   Result Call(const std::string& name, Arguments... arguments) const;
   std::string Text(const std::string& name) const;
+  CModuleError Error(const std::string& reason) const;
+  CModuleError ExceptionFrom(const std::string& name, const std::string& words) const;
   [[noreturn]] void Fail(const std::string& reason) const;
 
   CHost& fHost;

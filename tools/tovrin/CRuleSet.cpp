@@ -32,7 +32,9 @@ CRuleSet::CRuleSet(std::string_view source, const CTransaction& transaction) {
     const Tovrin::AutoRefPtr<Tovrin::IVariant> result = Tovrin::Share(value->Evaluate());
     fValues.Define(clause.let.name, value->Type()).value = result;
   }
-  fVerdicts.insert(fVerdicts.end(), {"none", "error"});
+  fOwnVerdictCount = fVerdicts.size();
+  fNoVerdict = VerdictIndex("none");
+  fErrorVerdict = VerdictIndex("error");
 }
 
 std::size_t CRuleSet::VerdictIndex(const std::string& verdict) {

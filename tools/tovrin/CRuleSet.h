@@ -29,11 +29,12 @@ public:
   const std::vector<Entry>& Rules() const { return fRules; }
   const CScope& Values() const { return fValues; }
 
-  // The verdicts that a line can get: those of the file, each once and in its order, then the two
-  // of the run itself.
+  // The verdicts that a line can get, each once: those of the file in its order, then those of the
+  // run itself that the file does not give too.
   const std::vector<std::string>& Verdicts() const { return fVerdicts; }
-  std::size_t NoVerdict() const { return fVerdicts.size() - 2; }     // "none": no rule was true
-  std::size_t ErrorVerdict() const { return fVerdicts.size() - 1; }  // "error": a rule failed
+  std::size_t OwnVerdictCount() const { return fOwnVerdictCount; }  // of the file
+  std::size_t NoVerdict() const { return fNoVerdict; }              // "none": no rule was true
+  std::size_t ErrorVerdict() const { return fErrorVerdict; }        // "error": a rule failed
 
   static constexpr std::string_view kLineVariable = "text";
 
@@ -43,6 +44,9 @@ private:
   CScope fValues;
   std::vector<Entry> fRules;
   std::vector<std::string> fVerdicts;
+  std::size_t fOwnVerdictCount = 0;
+  std::size_t fNoVerdict = 0;
+  std::size_t fErrorVerdict = 0;
 };
 
 // The rules made ready for one thread: evaluates them on one line after another.

@@ -1,8 +1,6 @@
 #include "tools/tovrin/CRunner.h"
 
 #include <algorithm>
-#include <system_error>
-#include <thread>
 
 #include "tools/tovrin/Output.h"
 
@@ -28,9 +26,12 @@ void CRunner::RunHere() {
 
 void CRunner::RunOnThreads(std::size_t threadCount) {
   std::vector<std::thread> threads;
+  threads.reserve(threadCount);
   try {
-    while (threads.size() < threadCount) threads.emplace_back([this] { Work(); });
-  } catch (const std::system_error&) {
+    while (threads.size() < threadCount) {
+      threads.push_back(fStartThread([this] { JudgeBlocks(); }));
+    }
+  } catch (const std::exception&) {
     if (threads.empty()) return RunHere();  // the system has no more: those that run do the work
   }
   Read(threads.size() * 4);
@@ -58,7 +59,7 @@ void CRunner::Read(std::size_t mostWaiting) {
   fChanged.notify_all();
 }
 
-void CRunner::Work() {
+void CRunner::JudgeBlocks() {
   try {
     const BlockJudge judge = fMakeJudge();
     std::unique_lock lock(fLock);
@@ -82,7 +83,7 @@ void CRunner::Work() {
 void CRunner::Abandon() {
   const std::lock_guard lock(fLock);
   if (!fFailure) fFailure = std::current_exception();
-  fIsStopped = true;
+  StopReading();
   fChanged.notify_all();
 }
 
@@ -102,11 +103,17 @@ void CRunner::Write(const BlockResult& result) {
   WriteErrors(result.errors);
 
   fTotals.lines += result.lines;
+  fTotals.failures += result.failures;
   fTotals.bytes += result.bytes;
   fTotals.counts.resize(std::max(fTotals.counts.size(), result.counts.size()));
   for (std::size_t i = 0; i < result.counts.size(); ++i) fTotals.counts[i] += result.counts[i];
   fProgress.Show(fTotals.bytes, fTotals.lines);
-  fIsStopped = result.isLast || fTotals.isOutputClosed;
+  if (result.isLast || fTotals.isOutputClosed) StopReading();
+}
+
+void CRunner::StopReading() {
+  fIsStopped = true;
+  fInput.Stop();  // who reads may be waiting for bytes that come late or never
 }
 
 }  // namespace RefHost

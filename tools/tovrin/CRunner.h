@@ -8,6 +8,8 @@
 #include <map>
 #include <mutex>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include "tools/tovrin/CLineBlocks.h"
@@ -21,6 +23,7 @@ struct BlockResult {
   std::string errors;                 // for standard error
   std::vector<std::uint64_t> counts;  // lines a verdict
   std::uint64_t lines = 0;
+  std::uint64_t failures = 0;  // lines on which the judging failed
   std::uint64_t bytes = 0;
   bool isLast = false;  // nothing after it counts
 };
@@ -32,6 +35,7 @@ using BlockJudge = std::function<BlockResult(const LineBlock&)>;
 struct RunTotals {
   std::vector<std::uint64_t> counts;
   std::uint64_t lines = 0;
+  std::uint64_t failures = 0;
   std::uint64_t bytes = 0;
   bool isOutputClosed = false;  // who read standard output went away
 };
@@ -40,12 +44,22 @@ struct RunTotals {
 // order of the input, as soon as it is that block's turn. At most a few blocks a thread are in
 // memory.
 //
-// Stops early when a result says so, when standard output is closed, or when a judge throws.
+// Stops early when a result says so, when standard output is closed, or when a judge throws, and
+// then waits for no more input.
 class CRunner {
 public:
-  // makeJudge is called once on each thread that works.
-  CRunner(CLineBlocks& input, std::function<BlockJudge()> makeJudge, CProgress& progress)
-      : fInput(input), fMakeJudge(std::move(makeJudge)), fProgress(progress) {}
+  using Work = std::function<void()>;
+  using StartThread = std::function<std::thread(Work)>;
+
+  // makeJudge is called once on each thread that works. A thread that cannot be started leaves its
+  // work to the others.
+  CRunner(
+      CLineBlocks& input, std::function<BlockJudge()> makeJudge, CProgress& progress,
+      StartThread startThread = [](Work work) { return std::thread(std::move(work)); })
+      : fInput(input),
+        fMakeJudge(std::move(makeJudge)),
+        fProgress(progress),
+        fStartThread(std::move(startThread)) {}
 
   // Throws what a judge or the input throws, and std::system_error when standard output fails.
   RunTotals Run(std::size_t threadCount);
@@ -59,7 +73,8 @@ private:
   void RunHere();
   void RunOnThreads(std::size_t threadCount);
   void Read(std::size_t mostWaiting);
-  void Work();
+  void JudgeBlocks();
+  void StopReading();                                      // fLock is held
   void Deliver(std::uint64_t number, BlockResult result);  // fLock is held
   void Write(const BlockResult& result);
   void Abandon();  // from within a catch block
@@ -67,6 +82,7 @@ private:
   CLineBlocks& fInput;
   const std::function<BlockJudge()> fMakeJudge;
   CProgress& fProgress;
+  const StartThread fStartThread;
 
   // Guarded by fLock once threads run.
   std::mutex fLock;

@@ -29,6 +29,10 @@ const std::string& CTypeTable::NameOf(Tovrin::TypeId id) const {
   return id < fNames.size() ? fNames[id] : fNames.front();
 }
 
+std::string CTypeTable::TitleOf(Tovrin::TypeId id) const {
+  return "type '" + NameOf(id) + "'";
+}
+
 CTypeTable::Factory CTypeTable::FactoryOf(Tovrin::TypeId id) const {
   const auto found = fFactories.find(id);
   return found != fFactories.end() ? found->second : nullptr;

@@ -25,6 +25,7 @@ public:
 
   Tovrin::TypeId Find(const std::string& name) const;  // 0 when unknown
   const std::string& NameOf(Tovrin::TypeId id) const;  // empty when unknown
+  std::string TitleOf(Tovrin::TypeId id) const;        // "type 'Box'", as failures call it
   Factory FactoryOf(Tovrin::TypeId id) const;          // null when there is none
 
 private:

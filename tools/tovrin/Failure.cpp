@@ -16,4 +16,8 @@ std::string StatusWords(Tovrin::FunctionStatus status, const std::string& title)
   }
 }
 
+CCallFailure ExceptionFailure(const std::string& title, const std::string& words) {
+  return {ExitStatus::Exception, fmt::format("runtime error from {}: {}", title, words)};
+}
+
 }  // namespace RefHost

@@ -35,4 +35,7 @@ private:
 // title is as BoundFunction::Title gives it.
 std::string StatusWords(Tovrin::FunctionStatus status, const std::string& title);
 
+// What becomes of an exception that came out of a module: "runtime error from function 'Size': no".
+CCallFailure ExceptionFailure(const std::string& title, const std::string& words);
+
 }  // namespace RefHost

@@ -102,10 +102,7 @@ ExitStatus MatchAndReport(const CommandLine& line, const MatchOptions& options) 
     if (!list->IsUnusable()) return MatchInput(*list, options);
     WriteErrors(DescribeFaults(file));
   } catch (const std::system_error& error) {
-    const bool isOutput = std::string_view(error.what()).starts_with(kStandardOutput);
-    WriteErrors(fmt::format("cannot {} '{}': {}\n", isOutput ? "write" : "read",
-                            isOutput ? kStandardOutput : options.inputPath,
-                            error.code().message()));
+    WriteErrors(CannotRead(options.inputPath, error) + '\n');
   } catch (const std::exception& error) {
     WriteErrors(fmt::format("{}\n", error.what()));
   }

@@ -1,7 +1,10 @@
 #include "tools/tovrin/Output.h"
 
+#include <fmt/format.h>
+
 #include <cerrno>
 #include <cstdio>
+#include <stdexcept>
 #include <system_error>
 
 namespace RefHost {
@@ -13,7 +16,8 @@ bool WriteOutput(std::string_view text) {
   const int code = errno;
   if (written) return true;
   if (code == EPIPE) return false;
-  throw std::system_error(code, std::generic_category(), std::string(kStandardOutput));
+  throw std::runtime_error(
+      fmt::format("cannot write 'standard output': {}", std::generic_category().message(code)));
 }
 
 void WriteErrors(std::string_view text) {

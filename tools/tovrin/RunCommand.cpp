@@ -49,6 +49,7 @@ public:
                                      judgement.failedRule->where.line,
                                      block.firstLine + result.lines, judgement.words);
         result.isLast = fOptions.isFailFast;
+        ++result.failures;
       }
       ++result.lines;
       return !result.isLast;
@@ -67,7 +68,7 @@ std::string Summary(const CRuleSet& rules, const RunTotals& totals) {
   std::string summary;
   for (std::size_t i = 0; i < rules.Verdicts().size(); ++i) {
     const std::uint64_t count = i < totals.counts.size() ? totals.counts[i] : 0;
-    if (count == 0 && i >= rules.NoVerdict()) continue;
+    if (count == 0 && i >= rules.OwnVerdictCount()) continue;
     summary += fmt::format("{}\t{}\n", rules.Verdicts()[i], count);
   }
   return summary;
@@ -92,8 +93,7 @@ ExitStatus RunRules(const CHost& host, const CRuleSet& rules, const RunOptions& 
     WriteErrors(fmt::format("{} lines in {:.3f} s, {:.0f} lines/s\n", totals.lines, seconds,
                             static_cast<double>(totals.lines) / std::max(seconds, 1e-9)));
   }
-  const bool hasErrors = !totals.counts.empty() && totals.counts[rules.ErrorVerdict()] > 0;
-  return hasErrors ? ExitStatus::Exception : ExitStatus::Success;
+  return totals.failures > 0 ? ExitStatus::Exception : ExitStatus::Success;
 }
 
 ExitStatus RunAndReport(const CommandLine& line, const RunOptions& options) {
@@ -113,10 +113,7 @@ ExitStatus RunAndReport(const CommandLine& line, const RunOptions& options) {
     report(failure.where, failure.what());
     return failure.Status();
   } catch (const std::system_error& error) {
-    const bool isOutput = std::string_view(error.what()).starts_with(kStandardOutput);
-    WriteErrors(fmt::format("cannot {} '{}': {}\n", isOutput ? "write" : "read",
-                            isOutput ? kStandardOutput : options.inputPath,
-                            error.code().message()));
+    WriteErrors(CannotRead(options.inputPath, error) + '\n');
     return ExitStatus::Environment;
   }
 }

@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <system_error>
-
 #include "Libs/Platform/Streams.h"
 
 namespace RefHost {
@@ -19,6 +17,10 @@ std::string CleanSource(std::string text) {
   return text;
 }
 
+std::string CannotRead(const std::string& path, const std::system_error& error) {
+  return fmt::format("cannot read '{}': {}", path, error.code().message());
+}
+
 std::string ReadSource(const std::string& path) {
   constexpr std::size_t kBlock = std::size_t{1} << 18;
   try {
@@ -32,7 +34,7 @@ std::string ReadSource(const std::string& path) {
       if (count == 0) return text;
     }
   } catch (const std::system_error& error) {
-    throw std::runtime_error(fmt::format("cannot read '{}': {}", path, error.code().message()));
+    throw std::runtime_error(CannotRead(path, error));
   }
 }
 

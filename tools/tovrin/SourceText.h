@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 
 namespace RefHost {
 
@@ -28,6 +29,9 @@ private:
 // What rules and lists drop of a text before it is read: a byte order mark in front, and the
 // carriage return of each line end.
 std::string CleanSource(std::string text);
+
+// The sentence for an input that cannot be opened or read.
+std::string CannotRead(const std::string& path, const std::system_error& error);
 
 // All bytes of a file, "-" for standard input; throws std::runtime_error that names the file.
 std::string ReadSource(const std::string& path);

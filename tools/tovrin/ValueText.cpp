@@ -5,8 +5,12 @@
 #include <cmath>
 #include <iterator>
 
+#include "Common/Utf8.h"
 #include "host/IUserDefinedType.h"
+#include "json/JsonWriter.h"
 #include "tools/tovrin/CEvaluation.h"
+#include "tools/tovrin/Failure.h"
+#include "tools/tovrin/ForeignCall.h"
 
 using Tovrin::AutoRefPtr;
 using Tovrin::IUserDefinedType;
@@ -94,8 +98,14 @@ void CValueWriter::WriteData(const Tovrin::IDataRef& data) {
 }
 
 void CValueWriter::WriteObject(IVariant& value) {
-  std::string serialised;
-  value.GetUserDefined()->ToString(serialised, fTransaction.context.get());
+  const std::string title = fTransaction.types->TitleOf(value.GetType());
+  const std::string serialised = CallForeign(
+      [&] {
+        std::string text;
+        value.GetUserDefined()->ToString(text, fTransaction.context.get());
+        return text;
+      },
+      [&](const std::string& words) { return ExceptionFailure(title, words); });
   if (serialised.empty()) return WriteObjectText(value);
   fOut += serialised;
 }
@@ -123,41 +133,23 @@ void CValueWriter::WriteObjectText(IVariant& value) {
   WriteNull();
 }
 
+// The text with a replacement character for each sequence that is no UTF-8.
+std::string WithReplacements(std::string_view text) {
+  constexpr char32_t kReplacement = 0xFFFD;
+  std::string out;
+  const char* const end = text.data() + text.size();
+  for (const char* at = text.data(); at != end;) {
+    const char32_t code = DecodeUtf8(at, end);
+    AppendUtf8(code == kIllFormed ? kReplacement : code, out);
+  }
+  return out;
+}
+
 }  // namespace
 
 void AppendJsonText(std::string& out, std::string_view text) {
   out += '"';
-  for (const char c : text) {
-    switch (c) {
-      case '"':
-        out += "\\\"";
-        break;
-      case '\\':
-        out += "\\\\";
-        break;
-      case '\b':
-        out += "\\b";
-        break;
-      case '\f':
-        out += "\\f";
-        break;
-      case '\n':
-        out += "\\n";
-        break;
-      case '\r':
-        out += "\\r";
-        break;
-      case '\t':
-        out += "\\t";
-        break;
-      default:
-        if (static_cast<unsigned char>(c) < 0x20) {
-          fmt::format_to(std::back_inserter(out), "\\u{:04x}", static_cast<unsigned char>(c));
-        } else {
-          out += c;
-        }
-    }
-  }
+  Tovrin::JSON::WriteEscaped(WithReplacements(text), out);
   out += '"';
 }
 

@@ -84,6 +84,7 @@ std::filesystem::path CommandLine::Module() const {
 }  // namespace RefHost
 
 int main(int argumentCount, char** arguments) {
+  ReserveStandardStreams();
   ReportClosedPipes();
   return static_cast<int>(RefHost::RunAndReport(argumentCount, arguments));
 }

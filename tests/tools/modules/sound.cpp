@@ -14,13 +14,16 @@
   " CONST_FUNCTION BOOLEAN FailOn (STRING,STRING) : sample_FailOn"      \
   " CONST_FUNCTION NUMBER Throw (STRING) : sample_Throw"                \
   " CONST_FUNCTION BOOLEAN Same (STRING,STRING) : sample_Same"          \
+  " CONST_FUNCTION BOOLEAN Pause (NUMBER) : sample_Pause"               \
   " CONST_FUNCTION NUMBER Length (STRING) : sample_Length"              \
   " CONST_FUNCTION VECTOR<STRING> Letters (STRING) : sample_Letters"    \
   " CONST_FUNCTION NUMBER Count (VECTOR<STRING>) : sample_Count"        \
   " CONST_FUNCTION STRING FunctionName () : sample_FunctionName"        \
   " FUNCTION BOOLEAN Sample.SetIHost (DATAREF) : sample_SetIHost"       \
   " CONST_FUNCTION BOOLEAN HasHost () : sample_HasHost"
+#include <chrono>
 #include <string>
+#include <thread>
 
 #include "host/IContext.h"
 #include "host/IDataRef.h"
@@ -122,6 +125,13 @@ MODULE_FUNCTION(sample_Throw) {
 
 MODULE_FUNCTION(sample_Same) {
   result->AssignBoolean(TextAt(arguments, 0) == TextAt(arguments, 1));
+  return 0;
+}
+
+// True, after so many seconds.
+MODULE_FUNCTION(sample_Pause) {
+  std::this_thread::sleep_for(std::chrono::duration<double>(arguments[0]->GetNumber()));
+  result->AssignBoolean(true);
   return 0;
 }
 

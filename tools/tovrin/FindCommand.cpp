@@ -239,8 +239,6 @@ ExitStatus FindAndReport(const CommandLine& line, const FindOptions& options) {
   try {
     const COwnLog log(line.log);
     return Find(options);
-  } catch (const std::system_error& error) {
-    WriteErrors(fmt::format("cannot write '{}': {}\n", kStandardOutput, error.code().message()));
   } catch (const std::exception& error) {
     WriteErrors(fmt::format("{}\n", error.what()));
   }

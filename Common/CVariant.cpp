@@ -89,6 +89,7 @@ bool CVariant::ResizeForNewValue(std::uint64_t size) {
 }
 
 void CVariant::DestroyElements() {
+  if (OwnsVariants()) DestroyVariants();
   if (TypeInfo(fType).fOwnsObjects) {
     VisitElements(KindOf(fType), [this](auto element) {
       using E = decltype(element);
@@ -112,11 +113,6 @@ void CVariant::SetNeutral(VariantType type) {
   });
 }
 
-bool CVariant::OwnsVariants() const {
-  const ElementKind kind = KindOf(fType);
-  return kind == ElementKind::Variant || kind == ElementKind::Map;
-}
-
 void CVariant::CopyFrom(const CVariant& source) {
   if (this == &source || fFrozen) return;
   // Either side may be, or may hold, an element of the other.
@@ -128,7 +124,7 @@ void CVariant::CopyFrom(const CVariant& source) {
   }
 }
 
-void CVariant::CopyElements(const CVariant& source) {
+void CVariant::CopyLevel(const CVariant& source, PendingCopies& pending) {
   const std::uint64_t size = source.fStorage.Size();
   std::unique_ptr<std::uint64_t[]> index;
   if (const std::uint64_t* other = source.fIndex.load(std::memory_order_acquire)) {
@@ -145,12 +141,14 @@ void CVariant::CopyElements(const CVariant& source) {
     if constexpr (!E::kOwnsObjects) {
       std::memcpy(fStorage.Data(), source.fStorage.Data(), size);
       fStorage.SetSize(size);
-    } else {
+    } else if constexpr (requires(typename E::Stored * to) { E::Copy(to, *to); }) {
       auto* to = Elements<E>();
       for (const auto& element : source.Elements<E>()) {
         E::Copy(to++, element);
         fStorage.SetSize(fStorage.Size() + sizeof element);
       }
+    } else {
+      CopyVariants(source, pending);
     }
   });
   fSorted = source.fSorted;
@@ -187,14 +185,24 @@ void CVariant::Assign(const IVariant* source) {
     CopyFrom(*reader.Peer());
   } else if (!fFrozen) {
     CVariant copy;  // the source may be a view of something that this variant owns
-    copy.ReadThroughInterface(*source);
+    CForeignAllowance allowance;
+    copy.ReadThroughInterface(*source, allowance);
     TakeFrom(copy);
   }
 }
 
+// Makes this, an Empty variant, what was found inside of a foreign one.
+void CVariant::ReadForeign(const IVariant& source, CForeignAllowance& allowance) {
+  if (const CVariant* peer = PeerOf(&source)) {
+    CopyFrom(*peer);
+  } else {
+    ReadThroughInterface(source, allowance);
+  }
+}
+
 // Makes this, an Empty variant, what a foreign one says it is.
-void CVariant::ReadThroughInterface(const IVariant& source) {
-  const CVariantReader reader(source);
+void CVariant::ReadThroughInterface(const IVariant& source, CForeignAllowance& allowance) {
+  const CVariantReader reader(source, allowance);
   const VariantType type = reader.Type();
   if (type == VariantType::Empty || !IsKnownType(type)) return;
 
@@ -208,12 +216,14 @@ void CVariant::ReadThroughInterface(const IVariant& source) {
     SetString(type, reader.Text().Get());
   } else {
     SetType(type);
+    if (!allowance.EnterLevel()) return;
     if (type == VariantType::Map) {
-      ReadMapThroughInterface(source);
+      ReadMapThroughInterface(source, allowance);
     } else {
       AddElementsOf(reader);
       fSorted = source.IsSorted();  // Contract: the flag is copied, and nothing is sorted
     }
+    allowance.LeaveLevel();
   }
 }
 

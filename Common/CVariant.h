@@ -6,6 +6,8 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "Common/CUseCounted.h"
 #include "Common/SelvaneIVariant.h"
@@ -14,6 +16,7 @@
 #include "Common/VariantType.h"
 #include "Common/qzvector.h"
 
+class CForeignAllowance;
 class CRegexVectorHolder;
 class CVariantReader;
 
@@ -93,6 +96,8 @@ public:
   std::span<const AddressRecord> Addresses() const;
   // The records of a HostAndCertificate or a list of them; none for any other type.
   std::span<const HostRecord> Hosts() const;
+  // The elements of a MixedList, DimensionList or IPRangeList; none for any other type.
+  std::span<const CVariant> Variants() const;
 
   // ---- addresses
   bool GetIP(std::uint64_t* high, std::uint64_t* low, bool* isIPv6) const override;
@@ -221,6 +226,7 @@ public:
 
 private:
   friend struct VariantElement;
+  friend class CVariantReader;
 
   // ---- storage. What changes a value goes through ResizeForNewValue, or grows the store and calls
   // FinishListChange.
@@ -257,14 +263,13 @@ private:
   template <class E>
   void SetElement(VariantType type, NewElement<E>& element);
   void SetNeutral(VariantType type);
-  bool OwnsVariants() const;
   void CopyFrom(const CVariant& source);
-  void CopyElements(const CVariant& source);
   void TakeFrom(CVariant& source);
   // Exchanges values and indexes; the caller drops the caches of both sides.
   void Swap(CVariant& other);
-  void ReadThroughInterface(const IVariant& source);
-  void ReadMapThroughInterface(const IVariant& source);
+  void ReadForeign(const IVariant& source, CForeignAllowance& allowance);
+  void ReadThroughInterface(const IVariant& source, CForeignAllowance& allowance);
+  void ReadMapThroughInterface(const IVariant& source, CForeignAllowance& allowance);
   void StoreMapValue(const CStringPtr& key, CUsePtr<CVariant> value);
   CStringPtr ScalarText() const;
 
@@ -275,11 +280,13 @@ private:
   void ReplaceElement(std::int64_t index, Value value, const char* objName);
   void FinishListChange();
   void AddVariant(const IVariant& value, const char* function, const char* onPosition);
-  void AddElementsOf(const CVariantReader& other);
+  bool AddElementsOf(const CVariantReader& other);
   void AddJoined(const TNumber& value);
   void AddJoined(const CStringPtr& value) { AddToList(value.Get()); }
-  void AddJoined(const CVariant& value) { AddToList_Ref(value); }
-  void AddJoined(auto value) { AddToList(value); }
+  void AddJoined(CVariant&& value);
+  void AddJoined(std::int64_t value) { AddToList(value); }
+  void AddJoined(double value) { AddToList(value); }
+  void AddJoined(bool value) { AddToList(value); }
   template <class Value>
   bool ElementAs(std::int64_t index, Value& value) const;
   bool HasPosition(std::int64_t index) const;
@@ -287,8 +294,23 @@ private:
   template <class E>
   bool CopyElement(const typename E::Stored& element, VariantType type);
   IVariant* NewElementCopy(std::int64_t index, bool& ok) const;
-  template <class Use>
-  void ForEachJoined(const CVariantReader& other, Use use);
+  template <class E>
+  void EraseAlike(std::vector<typename E::Joined>& values);
+  template <class E>
+  static bool ReadJoined(const CVariantReader& other, std::vector<typename E::Joined>& elements);
+
+  // ---- variants inside of variants, to any depth
+  bool OwnsVariants() const;  // a list of variants or a map, though it may be empty
+  void DestroyVariants();
+  CVariant* DestroyFlatVariants();
+  // Copies that lack their elements, and what these are copied from.
+  using PendingCopies = std::vector<std::pair<CVariant*, const CVariant*>>;
+  void CopyElements(const CVariant& source);
+  void CopyLevel(const CVariant& source, PendingCopies& pending);
+  void CopyVariants(const CVariant& source, PendingCopies& pending);
+  void AppendFlatText(std::string_view separator, std::string& out) const;
+  bool AreVariantsEqual(const CVariant& other) const;
+  std::int32_t CompareVariants(const CVariant& other) const;
 
   // ---- comparison
   bool IsEqualTo(const CVariantReader& other) const;
@@ -297,7 +319,7 @@ private:
   bool AreNumbersEqual(const CVariantReader& other) const;
   std::int32_t CompareTo(const CVariantReader& other) const;
   std::int32_t CompareLongs(const CVariantReader& other) const;
-  std::int32_t CompareVariants(const CVariantReader& other) const;
+  std::int32_t CompareForeignVariants(const CVariantReader& other) const;
   std::int32_t CompareAddresses(const CVariantReader& other) const;
   template <class E, class Use>
   static bool WithElement(const CVariantReader& list, std::int64_t index, Use use);

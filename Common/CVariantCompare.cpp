@@ -84,14 +84,6 @@ AddressRecord AddressOf(const CVariantReader& value) {
   return ParseAddress(Utf8Of(value.Text().Get()));
 }
 
-bool AreMapsEqual(const VariantMap& left, const VariantMap& right) {
-  if (&left == &right) return true;
-  if (left.size() != right.size()) return false;
-  return std::equal(left.begin(), left.end(), right.begin(), [](const auto& a, const auto& b) {
-    return CompareHandles(a.first.Get(), b.first.Get()) == 0 && a.second->IsEqual(*b.second);
-  });
-}
-
 }  // namespace
 
 // ---- elements of the other side
@@ -165,16 +157,17 @@ bool CVariant::IsEqualTo(const CVariantReader& other) const {
                              UnsupportedTypes(fType, type)));
     return false;
   }
+  const bool isOne = OwnsVariants() || !IsListType();
+  if (isOne && other.Peer()) return IsSameValue(*other.Peer());
   if (IsListType()) return AreElementsEqual(other);
-  if (other.Peer()) return IsSameValue(*other.Peer());
   CVariant copy;
   copy.Assign(&other.Source());
   return KindOf(copy.fType) == KindOf(fType) && IsSameValue(copy);
 }
 
-// Of a scalar or map of the same kind.
+// Of a scalar, or of what holds variants, of the same kind.
 bool CVariant::IsSameValue(const CVariant& other) const {
-  if (fType == Map) return AreMapsEqual(*MapEntries(), *other.MapEntries());
+  if (OwnsVariants()) return AreVariantsEqual(other);
   return VisitElements(KindOf(fType), [&](auto kind) {
     using E = decltype(kind);
     if constexpr (IsListElement<E>) {
@@ -271,7 +264,9 @@ std::int32_t CVariant::CompareTo(const CVariantReader& other) const {
     if (fType == Boolean) return Order(GetBool(), other.Source().GetBool());
     // Contract: a CategoryList has an order behind the interface alone.
     if (fType == Dimension || (fType == CategoryList && isForeign)) return CompareLongs(other);
-    if (fType == MixedList) return CompareVariants(other);
+    if (fType == MixedList) {
+      return isForeign ? CompareForeignVariants(other) : CompareVariants(*other.Peer());
+    }
   }
   qxReport(ErrorId::ErrorDuringOperation, "CVariant::Compare", CannotCompare(fType, type));
   return 0;
@@ -290,8 +285,8 @@ std::int32_t CVariant::CompareLongs(const CVariantReader& other) const {
 }
 
 // The first difference decides, then the length.
-std::int32_t CVariant::CompareVariants(const CVariantReader& other) const {
-  const auto elements = Elements<VariantElement>();
+std::int32_t CVariant::CompareForeignVariants(const CVariantReader& other) const {
+  const auto elements = Variants();
   const std::uint64_t common = std::min<std::uint64_t>(elements.size(), other.Size());
   for (std::uint64_t i = 0; i < common; ++i) {
     std::int32_t order = 1;  // of something to nothing
@@ -378,10 +373,11 @@ template <class Read>
 bool CVariant::ContainsElements(const CVariantReader& other, Share share, IVariant* outElement,
                                 Read read) const {
   const bool isAll = share == Share::All;
-  const auto count = static_cast<std::int64_t>(other.Size());
+  const auto count = other.Count();
+  if (!count) return false;
   bool answer = isAll;
   std::int64_t lastFound = -1;
-  for (std::int64_t i = 0; i < count && answer == isAll; ++i) {
+  for (std::int64_t i = 0; i < *count && answer == isAll; ++i) {
     std::int64_t position = -1;
     const bool isThere = read(i, [&](const auto& element) {
       position = FindJoined(0, element);

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <utility>
 #include <vector>
 
@@ -34,8 +35,14 @@ constexpr VariantTypeSet kEditable = TypeFamily::NumberLists | TypeFamily::Strin
                                      TypeFamily::VariantLists |
                                      VariantTypeSet{BooleanList, IPList, HostAndCertificateList};
 
-// Room that is made in advance on a foreign list's word for its size; beyond it the list grows.
-constexpr std::uint64_t kTrustedForeignSize = 1 << 16;
+// What an element is compared as, whether it lies in a store or travels between lists.
+CStringImpl* StoredForm(const CStringPtr& text) {
+  return text.Get();
+}
+template <class T>
+T StoredForm(T element) {
+  return element;
+}
 
 }  // namespace
 
@@ -294,29 +301,19 @@ bool CVariant::ReverseList() {
 
 // ---- list with list
 
-// Calls use, which may change this list, with each element of other that can be read as what this
-// list's kind takes.
-template <class Use>
-void CVariant::ForEachJoined(const CVariantReader& other, Use use) {
-  const auto count = static_cast<std::int64_t>(other.Size());
-  VisitElements(KindOf(fType), [&](auto kind) {
-    using E = decltype(kind);
-    if constexpr (IsListElement<E>) {
-      // Read before anything changes, if other may be this list or a view of an element of it.
-      const bool gathers = !E::kMovesAsBytes || other.Peer() == this;
-      std::vector<typename E::Joined> gathered;
-      for (std::int64_t i = 0; i < count; ++i) {
-        typename E::Joined value{};
-        if (!other.Read(i, value)) continue;
-        if (gathers) {
-          gathered.push_back(std::move(value));
-        } else {
-          use(value);
-        }
-      }
-      for (const auto& value : gathered) use(value);
-    }
-  });
+// The elements of other that can be read as what lists of the kind take; false when there cannot be
+// so many. They all are read before a caller changes anything, since other may be this list, a view
+// of it, or of an element of it.
+template <class E>
+bool CVariant::ReadJoined(const CVariantReader& other, std::vector<typename E::Joined>& elements) {
+  const auto count = other.Count();
+  if (!count) return false;
+  if (other.Peer()) elements.reserve(static_cast<std::size_t>(*count));
+  for (std::int64_t i = 0; i < *count; ++i) {
+    typename E::Joined element{};
+    if (other.Read(i, element)) elements.push_back(std::move(element));
+  }
+  return true;
 }
 
 // Whether elements of the other type can be read as what this list's kind takes.
@@ -340,6 +337,14 @@ void CVariant::AddJoined(const TNumber& value) {
   }
 }
 
+void CVariant::AddJoined(CVariant&& value) {
+  if (TypeFamily::VariantLists.Has(fType)) {
+    AppendElement(&value);
+  } else {
+    AddToList_Ref(value);
+  }
+}
+
 bool CVariant::JoinLists(const IVariant* other) {
   if (!other) {
     qxReport(ErrorId::ObjNotInitialized, "CVariant::JoinLists",
@@ -359,15 +364,54 @@ bool CVariant::JoinLists(const IVariant* other) {
         FailedOperation("CVariant: JoinLists", "Variant", UnsupportedTypes(fType, reader.Type())));
     return false;
   }
-  const std::uint64_t added = reader.Size();
-  Reserve(SizeOfList() + (reader.Peer() ? added : std::min(added, kTrustedForeignSize)));
-  AddElementsOf(reader);
-  return true;
+  return AddElementsOf(reader);
 }
 
 // Adds each element of other that this list's kind can read.
-void CVariant::AddElementsOf(const CVariantReader& other) {
-  ForEachJoined(other, [this](const auto& value) { AddJoined(value); });
+bool CVariant::AddElementsOf(const CVariantReader& other) {
+  return VisitElements(KindOf(fType), [&](auto kind) {
+    using E = decltype(kind);
+    if constexpr (IsListElement<E>) {
+      std::vector<typename E::Joined> elements;
+      if (!ReadJoined<E>(other, elements)) return false;
+      Reserve(SizeOfList() + elements.size());
+      // One sort does for all where nobody can tell equal elements apart; with room for them,
+      // adding them does not throw.
+      const bool isSortedLast = E::kOrder == ElementOrder::EqualsAreAlike && !elements.empty();
+      const bool wasSorted = fSorted;
+      if (isSortedLast) fSorted = false;
+      for (auto&& element : elements) {
+        AddJoined(static_cast<typename E::Joined>(std::move(element)));
+      }
+      if (isSortedLast) SetSorted(wasSorted);
+      return true;
+    } else {
+      return false;
+    }
+  });
+}
+
+// Takes out what is equal to one of the values, in one walk: such elements are found by their
+// order.
+template <class E>
+void CVariant::EraseAlike(std::vector<typename E::Joined>& values) {
+  const auto isLess = [](const auto& left, const auto& right) {
+    return !E::IsLessOrEqual(StoredForm(right), StoredForm(left));
+  };
+  std::sort(values.begin(), values.end(), isLess);
+  const std::uint64_t count = SizeOfList();
+  auto* const elements = Elements<E>();
+  std::uint64_t kept = 0;
+  for (std::uint64_t i = 0; i < count; ++i) {
+    if (std::binary_search(values.begin(), values.end(), elements[i], isLess)) {
+      E::Destroy(elements[i]);
+    } else {
+      elements[kept++] = elements[i];
+    }
+  }
+  if (kept == count) return;
+  fStorage.SetSize(kept * sizeof *elements);
+  DropCaches();
 }
 
 std::int64_t CVariant::FindJoined(std::int64_t start, const TNumber& value) const {
@@ -389,10 +433,23 @@ bool CVariant::EraseFromList(const IVariant* other) {
                              UnsupportedTypes(fType, reader.Type())));
     return false;
   }
-  ForEachJoined(reader, [this](const auto& value) {
-    for (std::int64_t at = FindJoined(0, value); at >= 0; at = FindJoined(at, value)) Erase(at);
+  return VisitElements(KindOf(fType), [&](auto kind) {
+    using E = decltype(kind);
+    if constexpr (IsListElement<E>) {
+      std::vector<typename E::Joined> elements;
+      if (!ReadJoined<E>(reader, elements)) return false;
+      if constexpr (E::kOrder == ElementOrder::EqualsAreAlike) {
+        EraseAlike<E>(elements);
+      } else {
+        for (const auto& value : elements) {
+          for (auto at = FindJoined(0, value); at >= 0; at = FindJoined(at, value)) Erase(at);
+        }
+      }
+      return true;
+    } else {
+      return false;
+    }
   });
-  return true;
 }
 
 bool CVariant::SetListFromArray(VariantType type, const void* data, std::uint64_t size) {

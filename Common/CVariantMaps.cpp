@@ -1,6 +1,7 @@
 #include <utility>
 
 #include "Common/CVariant.h"
+#include "Common/CVariantReader.h"
 #include "Common/CVariantStore.h"
 #include "Common/IUnicodeString.h"
 #include "Common/VariantTexts.h"
@@ -90,17 +91,22 @@ bool CVariant::EraseMapValue(Selvane::IUnicodeString* key) {
 }
 
 // Entries of a foreign map, which may be anything: what is missing is left out.
-void CVariant::ReadMapThroughInterface(const IVariant& source) {
+void CVariant::ReadMapThroughInterface(const IVariant& source, CForeignAllowance& allowance) {
   const CUsePtr<IVariant> foreignKeys(source.GetMapKeys());
   if (!foreignKeys) return;
   CVariant keys;
-  keys.Assign(foreignKeys.Get());
-  const auto count = static_cast<std::int64_t>(keys.SizeOfList());
-  for (std::int64_t i = 0; i < count; ++i) {
+  keys.ReadForeign(*foreignKeys, allowance);
+  const std::uint64_t count = keys.SizeOfList();
+  if (!allowance.TakeElements(VariantType::Map, count)) return;
+  for (std::uint64_t i = 0; i < count; ++i) {
     bool ok = false;
-    const CUsePtr<Selvane::IUnicodeString> key(keys.GetStringListElem(i, ok));
+    const CUsePtr<Selvane::IUnicodeString> key(
+        keys.GetStringListElem(static_cast<std::int64_t>(i), ok));
     if (!ok) continue;
     const CUsePtr<IVariant> value(source.GetMapValue(key.Get()));
-    SetMapValue(key.Get(), value.Get());
+    if (!value) continue;
+    auto copy = MakeUseCounted<CVariant>();
+    copy->ReadForeign(*value, allowance);
+    StoreMapValue(TextOf(key.Get()), std::move(copy));
   }
 }

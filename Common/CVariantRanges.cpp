@@ -100,11 +100,11 @@ bool CVariant::IsInRangeList(const IVariant* other) const {
   }
   const auto isInRange = [this](const CVariant& range) { return IsInRange(&range); };
   if (const CVariant* peer = list.Peer()) {
-    const auto ranges = peer->Elements<VariantElement>();
+    const auto ranges = peer->Variants();
     return std::any_of(ranges.begin(), ranges.end(), isInRange);
   }
-  const auto count = static_cast<std::int64_t>(list.Size());
-  for (std::int64_t i = 0; i < count; ++i) {
+  const auto count = list.Count();
+  for (std::int64_t i = 0; count && i < *count; ++i) {
     CVariant range;
     if (!list.Read(i, range)) return false;  // its size was not true
     if (isInRange(range)) return true;

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
-#include <limits>
 #include <optional>
 
+#include "Common/CRefVariant.h"
 #include "Common/CUseCounted.h"
 #include "Common/CVariant.h"
 #include "Common/SelvaneIVariant.h"
@@ -49,18 +48,41 @@ struct AddressBounds {
   AddressRecord fHigh;
 };
 
+// How much of one foreign value is read. Nothing keeps such a value from claiming any size, or from
+// containing itself. What is too much is reported once.
+class CForeignAllowance {
+public:
+  // So many elements of a list, or entries of a map; false when there is no room for them.
+  bool TakeElements(VariantType type, std::uint64_t count);
+  // One list or map more inside the one that is being read; false when that is too deep.
+  bool EnterLevel();
+  void LeaveLevel() { ++fLevels; }
+
+private:
+  bool Refuse(const char* reason);
+
+  std::uint64_t fBytes = std::uint64_t{1} << 27;  // of all elements in the value together
+  std::uint32_t fLevels = 64;                     // reading goes down by recursion
+  bool fHasReported = false;
+};
+
 // Reads the argument of an operation, whoever implements it: a CVariant directly, anything else
 // through its interface, of which it holds a reference meanwhile. What an operation does with the
 // argument is thus written once.
 //
-// A foreign implementation is believed in nothing that could hurt: a size that no position reaches
-// counts as 0, and a missing object as no value.
+// A foreign implementation is believed in nothing that could hurt: it is read within an allowance,
+// and a missing object counts as no value. A view is believed, for there is a CVariant behind it.
 class CVariantReader {
 public:
   explicit CVariantReader(const Selvane::IVariant& source)
-      : fSource(source), fPeer(PeerOf(&source)) {
+      : CVariantReader(source, fOwnAllowance) {}
+  // Of a value that was found inside of another foreign one, which has the allowance.
+  CVariantReader(const Selvane::IVariant& source, CForeignAllowance& allowance)
+      : fSource(source), fPeer(PeerOf(&source)), fAllowance(allowance) {
     if (!fPeer) fHeld = ShareUse(&source);
   }
+  CVariantReader(const CVariantReader&) = delete;
+  CVariantReader& operator=(const CVariantReader&) = delete;
 
   const CVariant* Peer() const { return fPeer; }
   const Selvane::IVariant& Source() const { return fSource; }
@@ -68,11 +90,11 @@ public:
 
   CStringPtr Text() const { return fPeer ? fPeer->GetText() : Adopt(fSource.GetString()); }
 
-  std::uint64_t Size() const {
-    if (fPeer) return fPeer->SizeOfList();
-    const std::uint64_t size = fSource.GetListSize();
-    return size > std::numeric_limits<std::int64_t>::max() ? 0 : size;
-  }
+  // What the value says of itself.
+  std::uint64_t Size() const { return fPeer ? fPeer->SizeOfList() : fSource.GetListSize(); }
+  // How many elements to go through; none, and a report, where the size cannot be true. To be asked
+  // once, for it takes them from the allowance.
+  std::optional<std::int64_t> Count() const;
 
   // One element, as far as it can be read as such a value.
   bool Read(std::int64_t index, std::int64_t& value) const {
@@ -106,4 +128,6 @@ private:
   const Selvane::IVariant& fSource;
   const CVariant* fPeer;  // fSource as what it is, or null
   CUsePtr<const Selvane::IVariant> fHeld;
+  CForeignAllowance fOwnAllowance;
+  CForeignAllowance& fAllowance;  // fOwnAllowance, or that of the value around this one
 };

@@ -174,6 +174,11 @@ std::span<const HostRecord> CVariant::Hosts() const {
   return Elements<HostElement>();
 }
 
+std::span<const CVariant> CVariant::Variants() const {
+  if (!TypeFamily::VariantLists.Has(fType)) return {};
+  return Elements<VariantElement>();
+}
+
 // ---- what may be held where
 
 bool CVariant::CanHoldValueOf(const IVariant* other) const {

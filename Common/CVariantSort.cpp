@@ -1,5 +1,8 @@
 #include <algorithm>
+#include <bit>
 #include <cstdint>
+#include <limits>
+#include <numeric>
 #include <span>
 #include <utility>
 #include <vector>
@@ -8,6 +11,7 @@
 #include "Common/CVariantReports.h"
 #include "Common/CVariantStore.h"
 #include "Common/CVariantTypeTable.h"
+#include "Common/SortReplay.h"
 
 qxSource("Common\\CVariant");
 
@@ -62,19 +66,88 @@ std::int64_t Partition(typename E::Stored* elements, std::int64_t low, std::int6
   return i;
 }
 
-// Recurses into the shorter side and loops on the longer, which changes nothing in the result and
-// keeps the depth below the logarithm of the length.
+// Brings to each place of the row the element that stood at the place given for it.
 template <class E>
-void QuickSort(typename E::Stored* elements, std::int64_t low, std::int64_t high) {
-  while (low < high) {
-    const std::int64_t middle = Partition<E>(elements, low, high);
-    if (middle - low < high - middle) {
-      QuickSort<E>(elements, low, middle - 1);
-      low = middle + 1;
-    } else {
-      QuickSort<E>(elements, middle + 1, high);
-      high = middle - 1;
+void Permute(std::span<typename E::Stored> elements, std::vector<std::uint32_t>& from) {
+  for (std::uint32_t start = 0; start < from.size(); ++start) {
+    std::uint32_t place = start;
+    while (from[place] != start) {
+      SwapElements<E>(elements[place], elements[from[place]]);
+      place = std::exchange(from[place], place);
     }
+    from[place] = place;
+  }
+}
+
+// The quicksort's result by other means, for elements that are in a total order.
+template <class E>
+void SortByRanks(std::span<typename E::Stored> elements) {
+  std::vector<std::uint32_t> places(elements.size()), ranks(elements.size());
+  std::iota(places.begin(), places.end(), std::uint32_t{0});
+  std::sort(places.begin(), places.end(), [&](std::uint32_t left, std::uint32_t right) {
+    return IsLess<E>()(elements[left], elements[right]);
+  });
+  for (std::size_t i = 1; i < places.size(); ++i) {
+    const bool isNext = IsLess<E>()(elements[places[i - 1]], elements[places[i]]);
+    ranks[places[i]] = ranks[places[i - 1]] + (isNext ? 1 : 0);
+  }
+  std::vector<std::uint32_t> order = ReplayQuickSort(ranks);
+  Permute<E>(elements, order);
+}
+
+// Sorts in place, as the contract says. Elements in a total order never take n * n steps, nor a
+// deep stack: when the steps that a well-behaved row needs are used up, what is left is sorted to
+// the same result by its ranks.
+template <class E>
+class CQuickSort {
+public:
+  CQuickSort(std::span<typename E::Stored> elements, bool hasTotalOrder)
+      : fElements(elements),
+        fIsBounded(hasTotalOrder && elements.size() <= std::numeric_limits<std::uint32_t>::max()),
+        fSteps(kStepsPerLevel * static_cast<std::int64_t>(elements.size()) *
+               std::bit_width(elements.size())) {}
+
+  void Sort() { Sort(0, static_cast<std::int64_t>(fElements.size()) - 1); }
+
+private:
+  static constexpr std::int64_t kStepsPerLevel = 4;  // an element; random rows need about 1.4
+
+  // Recurses into the shorter side and loops on the longer, which changes nothing in the result
+  // and keeps the depth below the logarithm of the length.
+  void Sort(std::int64_t low, std::int64_t high) {
+    while (low < high) {
+      fSteps -= high - low;
+      if (fIsBounded && fSteps < 0) {
+        SortByRanks<E>(fElements.subspan(static_cast<std::size_t>(low),
+                                         static_cast<std::size_t>(high - low + 1)));
+        return;
+      }
+      const std::int64_t middle = Partition<E>(fElements.data(), low, high);
+      if (middle - low < high - middle) {
+        Sort(low, middle - 1);
+        low = middle + 1;
+      } else {
+        Sort(middle + 1, high);
+        high = middle - 1;
+      }
+    }
+  }
+
+  std::span<typename E::Stored> fElements;
+  bool fIsBounded;
+  std::int64_t fSteps;  // comparisons that are left
+};
+
+// Sorts by the library, which puts equal elements anywhere. A list that is kept in order gets one
+// new element at a time, at its end.
+template <class E>
+void SortAlike(std::span<typename E::Stored> elements) {
+  const auto end = std::is_sorted_until(elements.begin(), elements.end(), IsLess<E>());
+  if (end == elements.end()) return;
+  if (end + 1 == elements.end()) {
+    std::rotate(std::upper_bound(elements.begin(), end, *end, IsLess<E>()), end, elements.end());
+  } else {
+    std::sort(elements.begin(), elements.end(), IsLess<E>());
   }
 }
 
@@ -83,7 +156,7 @@ void QuickSort(typename E::Stored* elements, std::int64_t low, std::int64_t high
 template <class E>
 bool SortIfUnique(std::span<typename E::Stored> elements) {
   std::vector<typename E::Stored> sorted(elements.begin(), elements.end());
-  std::sort(sorted.begin(), sorted.end(), IsLess<E>());
+  SortAlike<E>(sorted);
   const auto differing = [](const auto& left, const auto& right) {
     return E::IsLessOrEqual(right, left) && !E::AreAlike(left, right);
   };
@@ -95,15 +168,16 @@ bool SortIfUnique(std::span<typename E::Stored> elements) {
 template <class E>
 void SortElements(std::span<typename E::Stored> elements, VariantType elementType) {
   if constexpr (E::kOrder == ElementOrder::EqualsAreAlike) {
-    if (!IsInOrder<E>(elements)) std::sort(elements.begin(), elements.end(), IsLess<E>());
+    SortAlike<E>(elements);
   } else {
-    if (E::HasTotalOrder(elements, elementType)) {
+    const bool hasTotalOrder = E::HasTotalOrder(elements, elementType);
+    if (hasTotalOrder) {
       if (IsInOrder<E>(elements)) return;
       if constexpr (E::kOrder == ElementOrder::EqualsMayDiffer) {
         if (SortIfUnique<E>(elements)) return;
       }
     }
-    QuickSort<E>(elements.data(), 0, static_cast<std::int64_t>(elements.size()) - 1);
+    CQuickSort<E>(elements, hasTotalOrder).Sort();
   }
 }
 

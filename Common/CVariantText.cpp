@@ -71,19 +71,6 @@ void PrintDimension(std::span<const std::int64_t> numbers, std::string& out) {
   PrintInteger(VariantType::Long, numbers[1], out);
 }
 
-void PrintMap(const VariantMap& entries, std::string_view separator, std::string& out) {
-  out += '{';
-  bool isFirst = true;
-  for (const auto& [key, value] : entries) {
-    if (!isFirst) out += separator;
-    isFirst = false;
-    out += Utf8Of(key.Get());
-    out += ':';
-    value->AppendText(separator, out);
-  }
-  out += '}';
-}
-
 // The elements of a list with separators between them, or the one of a scalar.
 template <class E>
 void PrintElements(std::span<const typename E::Stored> elements, VariantType type,
@@ -92,7 +79,7 @@ void PrintElements(std::span<const typename E::Stored> elements, VariantType typ
   for (const auto& element : elements) {
     if (!isFirst) out += separator;
     isFirst = false;
-    E::Print(element, type, separator, out);
+    E::Print(element, type, out);
   }
 }
 
@@ -134,15 +121,14 @@ CStringPtr CVariant::ToText(const CStringPtr& separator) const {
   return MakeText(text);
 }
 
-void CVariant::AppendText(std::string_view separator, std::string& out) const {
+// Of a value that holds no variants.
+void CVariant::AppendFlatText(std::string_view separator, std::string& out) const {
   if (fType == VariantType::Dimension) return PrintDimension(Elements<LongElement>(), out);
   if (fType == VariantType::IPRange) return PrintRange(Addresses(), separator, out);
   const VariantType elementType = IsListType() ? TypeInfo(fType).fBaseType : fType;
   VisitElements(KindOf(fType), [&](auto kind) {
     using E = decltype(kind);
-    if constexpr (std::is_same_v<E, MapElement>) {
-      PrintMap(*MapEntries(), separator, out);
-    } else if constexpr (IsListElement<E>) {
+    if constexpr (requires { &E::Print; }) {
       PrintElements<E>(Elements<E>(), elementType, separator, out);
     }
   });

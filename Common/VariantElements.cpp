@@ -152,10 +152,6 @@ bool HostElement::IsLessOrEqual(const Stored& left, const Stored& right) {
   return CompareHandles(left.fHost, right.fHost) <= 0;
 }
 
-void VariantElement::Copy(Stored* to, const Stored& from) {
-  new (to) CVariant(from);
-}
-
 void VariantElement::Destroy(Stored& element) {
   element.~CVariant();
 }
@@ -220,19 +216,6 @@ bool VariantElement::HasTotalOrder(std::span<const Stored> elements, VariantType
     if (element.GetType() != elementType) return false;
     return elementType != VariantType::IPRange || element.Addresses().size() == 2;
   });
-}
-
-void VariantElement::Print(const Stored& element, VariantType, std::string_view separator,
-                           std::string& out) {
-  element.AppendText(separator, out);
-}
-
-void MapElement::Copy(Stored* to, const Stored& from) {
-  auto tree = std::make_unique<VariantMap>();
-  for (const auto& [key, value] : *from.fTree) {
-    tree->emplace_hint(tree->end(), key, MakeUseCounted<CVariant>(*value));
-  }
-  new (to) MapHeader{tree.release(), from.fCount};
 }
 
 void MapElement::Destroy(Stored& element) {

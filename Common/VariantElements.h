@@ -40,6 +40,8 @@ class CVariant;
 //   IsLessOrEqual  order as sorting means it; kOrder tells what sorting may rely on
 //   Print          the text form, appended in UTF-8
 //
+// The kinds that hold variants have neither Copy nor Print: nesting is CVariant's business.
+//
 // The structs know nothing of which list types an operation accepts: that is data of the operation.
 
 // ---- what is stored
@@ -164,7 +166,7 @@ struct LongElement : PlainElement<std::int64_t> {
   }
   static bool IsEqual(Stored left, Stored right) { return left == right; }
   static bool IsLessOrEqual(Stored left, Stored right) { return left <= right; }
-  static void Print(Stored element, VariantType type, std::string_view, std::string& out) {
+  static void Print(Stored element, VariantType type, std::string& out) {
     PrintInteger(type, element, out);
   }
 };
@@ -184,9 +186,7 @@ struct DoubleElement : PlainElement<double> {
     return std::bit_cast<std::uint64_t>(left) == std::bit_cast<std::uint64_t>(right);
   }
   static bool HasTotalOrder(std::span<const Stored> elements, VariantType type);
-  static void Print(Stored element, VariantType, std::string_view, std::string& out) {
-    PrintDouble(element, out);
-  }
+  static void Print(Stored element, VariantType, std::string& out) { PrintDouble(element, out); }
 };
 
 struct BoolElement : PlainElement<std::uint8_t> {
@@ -200,7 +200,7 @@ struct BoolElement : PlainElement<std::uint8_t> {
   }
   static bool IsEqual(Stored left, Stored right) { return left == right; }
   static bool IsLessOrEqual(Stored left, Stored right) { return left <= right; }
-  static void Print(Stored element, VariantType, std::string_view, std::string& out) {
+  static void Print(Stored element, VariantType, std::string& out) {
     out += element ? "true" : "false";
   }
 };
@@ -237,7 +237,7 @@ struct NumberElement : PlainElement<TNumber> {
     return left.fType == right.fType && left.fBits == right.fBits;
   }
   static bool HasTotalOrder(std::span<const Stored> elements, VariantType type);
-  static void Print(const Stored& element, VariantType, std::string_view, std::string& out) {
+  static void Print(const Stored& element, VariantType, std::string& out) {
     if (element.IsDouble()) {
       PrintDouble(element.Double(), out);
     } else {
@@ -271,7 +271,7 @@ struct TextElement {
   static bool IsLessOrEqual(const CStringImpl* left, const CStringImpl* right) {
     return CompareHandles(left, right) <= 0;
   }
-  static void Print(const CStringImpl* element, VariantType, std::string_view, std::string& out) {
+  static void Print(const CStringImpl* element, VariantType, std::string& out) {
     out += Utf8Of(element);
   }
   // What a comparison will read: the object, with the bytes of a short text in it.
@@ -300,7 +300,7 @@ struct AddressElement : PlainElement<AddressRecord> {
     return IsAddressEqual(left, right);
   }
   static bool HasTotalOrder(std::span<const Stored>, VariantType) { return true; }
-  static void Print(const Stored& element, VariantType, std::string_view, std::string& out) {
+  static void Print(const Stored& element, VariantType, std::string& out) {
     PrintAddress(element, out);
   }
   static void Prefetch(const Stored& element) { PrefetchForRead(&element); }
@@ -311,7 +311,7 @@ struct HostElement {
   using Joined = CVariant;
   static constexpr bool kMovesAsBytes = true;
   static constexpr bool kOwnsObjects = true;
-  static constexpr ElementOrder kOrder = ElementOrder::EqualsAreUnknown;
+  static constexpr ElementOrder kOrder = ElementOrder::EqualsMayDiffer;
 
   static void Copy(Stored* to, const Stored& from);
   static void Destroy(Stored& element);
@@ -323,8 +323,12 @@ struct HostElement {
   }
   // By the certificates, then by the hosts, as texts.
   static bool IsLessOrEqual(const Stored& left, const Stored& right);
+  static bool AreAlike(const Stored& left, const Stored& right) {  // the same objects
+    return left.fHost == right.fHost && left.fExpression == right.fExpression &&
+           left.fCertificate == right.fCertificate;
+  }
   static bool HasTotalOrder(std::span<const Stored>, VariantType) { return true; }
-  static void Print(const Stored& element, VariantType, std::string_view, std::string& out) {
+  static void Print(const Stored& element, VariantType, std::string& out) {
     PrintHost(element, out);
   }
 };
@@ -338,7 +342,6 @@ struct VariantElement {
   static constexpr bool kOwnsObjects = true;
   static constexpr ElementOrder kOrder = ElementOrder::EqualsAreUnknown;
 
-  static void Copy(Stored* to, const Stored& from);
   static void Destroy(Stored& element);
   static void Relocate(Stored* to, Stored& from);  // from ends
   static void Swap(Stored& left, Stored& right);
@@ -356,8 +359,6 @@ struct VariantElement {
   static bool IsLessOrEqual(const Stored& left, const Stored& right);
   // Of elements that all are what the list's type says, whole ranges included.
   static bool HasTotalOrder(std::span<const Stored> elements, VariantType elementType);
-  static void Print(const Stored& element, VariantType, std::string_view separator,
-                    std::string& out);
 };
 
 // The one element of a Map; never an element of a list.
@@ -366,7 +367,6 @@ struct MapElement {
   static constexpr bool kMovesAsBytes = true;
   static constexpr bool kOwnsObjects = true;
 
-  static void Copy(Stored* to, const Stored& from);  // with deep copies of the values
   static void Destroy(Stored& element);
   static void MakeNeutral(Stored* to);  // an empty tree
 };

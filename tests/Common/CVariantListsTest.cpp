@@ -3,10 +3,12 @@
 
 #include <cstdint>
 #include <limits>
+#include <random>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "Common/CRefVariant.h"
 #include "Common/CVariant.h"
 #include "tests/Common/ForeignVariant.h"
 #include "tests/Common/VariantSupport.h"
@@ -735,14 +737,38 @@ TEST(CVariantLists, DoubleWhenTheyAreJoinedWithThemselves) {
   }
 }
 
-TEST(CVariantLists, SurviveAForeignListThatLiesAboutItsSize) {
-  const auto foreign = Foreign(Longs({1, 2}));
-  for (const std::uint64_t size : {~std::uint64_t{0}, std::uint64_t{1} << 63, std::uint64_t{0}}) {
-    foreign->fLies.listSize = size;
-    CVariant list = Longs({5});
-    EXPECT_TRUE(list.JoinLists(foreign.Get()));
-    EXPECT_EQ(Shown(list), "5");
+TEST(CVariantLists, RefuseAForeignListWhoseSizeCannotBeTrue) {
+  Reports reports;
+  for (const VariantType type : AllTypes()) {
+    if (!TypeInfo(type).fIsList || type == Dimension) continue;
+    SCOPED_TRACE(TypeInfo(type).fName);
+    const auto foreign = Foreign(SampleOf(type));
+    for (const std::uint64_t size :
+         {(std::uint64_t{1} << 27) + 1, std::uint64_t{1} << 62, ~std::uint64_t{0}}) {
+      foreign->fLies.listSize = size;
+      CVariant list = SampleOf(type);
+      const std::string before = Shown(list);
+      reports.Take();
+      EXPECT_FALSE(list.JoinLists(foreign.Get()));
+      const std::string report =
+          "'CVariant: reading another implementation': 'Error: it claims more elements than it may "
+          "have.'";
+      EXPECT_THAT(reports.Take(), ElementsAre(report));
+      EXPECT_EQ(Shown(list), before);
+      if (type == IPRange) continue;
+      EXPECT_FALSE(list.EraseFromList(foreign.Get()));
+      EXPECT_THAT(reports.Take(), ElementsAre(report));
+      EXPECT_EQ(Shown(list), before);
+    }
   }
+}
+
+TEST(CVariantLists, TakeWhatAForeignListHasAndNotWhatItClaims) {
+  const auto foreign = Foreign(Longs({1, 2}));
+  foreign->fLies.listSize = 0;
+  CVariant none = Longs({5});
+  EXPECT_TRUE(none.JoinLists(foreign.Get()));
+  EXPECT_EQ(Shown(none), "5");
   foreign->fLies.listSize = std::uint64_t{1} << 20;  // more than there are
   CVariant list = Longs({5});
   EXPECT_TRUE(list.JoinLists(foreign.Get()));
@@ -754,6 +780,82 @@ TEST(CVariantLists, SurviveAForeignListThatLiesAboutItsSize) {
   CVariant mixed(MixedList);
   EXPECT_TRUE(mixed.JoinLists(withoutObjects.Get()));
   EXPECT_EQ(mixed.SizeOfList(), 0u);
+}
+
+// A view of the list, or of an element of it, is not what it was once the list changes.
+TEST(CVariantLists, JoinAndEraseWhatTheyAreSeenThrough) {
+  const Reports reports;  // of unlike elements that are compared
+  bool ok = false;
+  CVariant outer = Variants({Variants({CVariant(std::int64_t{1}), CVariant(true)})});
+  const CUsePtr<CRefVariant> inner(outer.GetMixedListElemRef(0, ok));
+  EXPECT_TRUE(outer.JoinLists(inner.Get()));
+  EXPECT_EQ(Shown(outer), "[1,true],1,true");
+  const CUsePtr<CRefVariant> again(outer.GetMixedListElemRef(0, ok));
+  EXPECT_TRUE(outer.EraseFromList(again.Get()));
+  EXPECT_EQ(Shown(outer), "[1,true]");
+
+  for (const VariantType type : {LongList, DoubleList, StringList, BooleanList, NumberList, IPList,
+                                 CategoryList, RegexList, HexList}) {
+    SCOPED_TRACE(TypeInfo(type).fName);
+    const std::string once = Shown(SampleOf(type));
+    CVariant list = Variants({SampleOf(type)});
+    const CUsePtr<CRefVariant> view(list.GetMixedListElemRef(0, ok));
+    EXPECT_TRUE(view->JoinLists(view.Get()));
+    EXPECT_EQ(Shown(list), "[" + once + "," + once + "]");
+    EXPECT_TRUE(view->EraseFromList(view.Get()));
+    EXPECT_EQ(Shown(list), "[]");
+  }
+}
+
+TEST(CVariantLists, StayInOrderWhenTheyAreJoined) {
+  for (const VariantType type : AllTypes()) {
+    if (!TypeInfo(type).fIsList || type == Dimension || type == MixedList || type == IPRange) {
+      continue;
+    }
+    SCOPED_TRACE(TypeInfo(type).fName);
+    CVariant oneByOne = SampleOf(type), joined = SampleOf(type);
+    oneByOne.SetSorted(true);
+    joined.SetSorted(true);
+    CVariant other = SampleOf(type);
+    other.ReverseList();
+    for (std::int64_t i = 0; i < static_cast<std::int64_t>(other.SizeOfList()); ++i) {
+      CVariant element;
+      ASSERT_TRUE(other.ReadElement(i, element));
+      if (type == BooleanList) {  // takes no variant of its own type
+        oneByOne.AddToList(element.GetBool());
+      } else {
+        oneByOne.AddToList(&element);
+      }
+    }
+    EXPECT_TRUE(joined.JoinLists(&other));
+    EXPECT_EQ(Shown(joined), Shown(oneByOne));
+    EXPECT_TRUE(joined.IsSorted());
+  }
+}
+
+TEST(CVariantLists, EraseAsOneByOne) {
+  std::mt19937 random(7);
+  for (int round = 0; round < 300; ++round) {
+    const auto anyValues = [&] {
+      std::vector<std::int64_t> values(random() % 30);
+      for (std::int64_t& value : values) value = static_cast<std::int64_t>(random() % 8);
+      return values;
+    };
+    const std::vector<std::int64_t> values = anyValues(), others = anyValues();
+    std::vector<std::int64_t> left = values;  // the oracle
+    std::vector<std::string> texts, otherTexts, leftTexts;
+    for (const std::int64_t other : others) std::erase(left, other);
+    for (const std::int64_t value : values) texts.push_back(std::to_string(value));
+    for (const std::int64_t other : others) otherTexts.push_back(std::to_string(other));
+    for (const std::int64_t value : left) leftTexts.push_back(std::to_string(value));
+
+    CVariant longs = Longs(values), strings = Texts(texts);
+    const CVariant otherLongs = Longs(others), otherStrings = Texts(otherTexts);
+    EXPECT_TRUE(longs.EraseFromList(&otherLongs));
+    EXPECT_EQ(LongsOf(longs), left);
+    EXPECT_TRUE(strings.EraseFromList(&otherStrings));
+    EXPECT_EQ(TextsOf(strings), leftTexts);
+  }
 }
 
 TEST(CVariantLists, EraseAllOccurrences) {

@@ -12,6 +12,7 @@
 
 #include "Common/CVariant.h"
 #include "tests/Common/VariantSupport.h"
+#include "tests/Common/WrittenSort.h"
 #include "tests/support/SmallStack.h"
 
 using testing::ElementsAre;
@@ -22,25 +23,6 @@ namespace {
 using enum VariantType;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-
-// The procedure as the contract writes it down, on plain values: the oracle. It ends on every list
-// whose elements are in order.
-template <class T, class LessOrEqual>
-void WrittenSort(std::vector<T>& list, std::int64_t low, std::int64_t high, LessOrEqual isLE) {
-  while (low < high) {
-    const T pivot = list[high];
-    std::int64_t i = low, j = high - 1;
-    for (;;) {
-      while (i < high && isLE(list[i], pivot)) ++i;
-      while (j > low && isLE(pivot, list[j])) --j;
-      if (i >= j) break;
-      std::swap(list[i], list[j]);
-    }
-    if (!isLE(list[i], pivot)) std::swap(list[i], list[high]);
-    if (i != 0) WrittenSort(list, low, i - 1, isLE);
-    low = i + 1;
-  }
-}
 
 std::vector<double> DoublesOf(const CVariant& list) {
   std::vector<double> values;
@@ -192,6 +174,51 @@ TEST(CVariantSort, AgreesWithTheWrittenProcedureOnHosts) {
     WrittenSort(expected, 0, static_cast<std::int64_t>(count) - 1, HostElement::IsLessOrEqual);
     list.SortList();
     for (std::size_t i = 0; i < count; ++i) ASSERT_EQ(list.Hosts()[i].fHost, expected[i].fHost);
+  }
+}
+
+// Rows on which the procedure takes n * n steps, and which are sorted by other means.
+TEST(CVariantSort, AgreesWithTheWrittenProcedureWhereThatIsSlow) {
+  for (int kind = 0; kind < 3; ++kind) {
+    SCOPED_TRACE(kind);
+    constexpr std::int64_t kCount = 600;
+    CVariant list(NumberList);
+    std::vector<TNumber> expected;
+    for (std::int64_t i = 0; i < kCount; ++i) {
+      // backwards with equals; two values; up and down
+      const std::int64_t value =
+          kind == 0 ? (kCount - i) / 3 : (kind == 1 ? i % 2 : std::min(i, kCount - i));
+      if (i % 5 == 0) {
+        list.AddToList(static_cast<double>(value));
+        expected.push_back(TNumber::Of(static_cast<double>(value)));
+      } else {
+        list.AddToList(value);
+        expected.push_back(TNumber::Of(value));
+      }
+    }
+    WrittenSort(expected, 0, kCount - 1, NumberElement::IsLessOrEqual);
+    list.SortList();
+    std::string shown;
+    for (const TNumber& number : expected) {
+      shown += std::to_string(static_cast<std::int64_t>(number.Double())) +
+               (number.IsDouble() ? ". " : " ");
+    }
+    EXPECT_EQ(NumbersShown(list), shown);
+  }
+}
+
+TEST(CVariantSort, OrdersLongListsOfVariantsThatRunBackwards) {
+  constexpr std::int64_t kCount = 20'000;
+  CVariant list(DimensionList);
+  for (std::int64_t i = 0; i < kCount; ++i) {
+    const CVariant element = Longs({(kCount - i) / 2, 1}, Dimension);
+    list.AddToList(&element);
+  }
+  list.SortList();
+  std::int64_t place = 0;
+  for (const CVariant& element : list.Variants()) {
+    bool ok = false;
+    ASSERT_EQ(element.GetLongListElem(0, ok), ++place / 2);
   }
 }
 

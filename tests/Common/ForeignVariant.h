@@ -19,6 +19,7 @@ public:
     std::optional<std::uint64_t> listSize;
     std::optional<bool> isNumber;
     bool givesNoObjects = false;  // null wherever an object is the answer, and true beside it
+    bool holdsItself = false;     // in each element of a list and entry of a map
   };
 
   explicit ForeignVariant(const CVariant& value) : fValue(value) {}
@@ -101,6 +102,10 @@ public:
     return fValue.GetBoolListElem(index, ok);
   }
   IVariant* GetMixedListElem(std::int64_t index, bool& ok) const override {
+    if (fLies.holdsItself) {
+      ok = true;
+      return Itself();
+    }
     return Given(ok, [&] { return fValue.GetMixedListElem(index, ok); });
   }
   CRefVariant* GetMixedListElemRef(std::int64_t index, bool& ok) const override {
@@ -141,6 +146,7 @@ public:
   std::int64_t FindExpression(Text* text) const override { return fValue.FindExpression(text); }
   void SetMapValue(Text* key, const IVariant* value) override { fValue.SetMapValue(key, value); }
   IVariant* GetMapValue(Text* key) const override {
+    if (fLies.holdsItself) return Itself();
     return fLies.givesNoObjects ? nullptr : fValue.GetMapValue(key);
   }
   bool EraseMapValue(Text* key) override { return fValue.EraseMapValue(key); }
@@ -154,6 +160,10 @@ public:
   }
 
 private:
+  IVariant* Itself() const {
+    AddRef();
+    return const_cast<ForeignVariant*>(this);
+  }
   template <class Read>
   auto Given(bool& ok, Read read) const -> decltype(read()) {
     if (!fLies.givesNoObjects) return read();

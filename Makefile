@@ -3,15 +3,17 @@
 JOBS         ?= $(shell nproc)
 FUZZ_SECONDS ?= 20
 SOAK_SECONDS ?= 60
+COVERAGE     ?= 95
 PREFIX       ?= /usr/local
 
-.PHONY: help setup setup-abi setup-fuzz setup-lint abi abi-record run test soak bench asan tsan fuzz format lint install package clean
+.PHONY: help setup setup-abi setup-coverage setup-fuzz setup-lint abi abi-record run test soak bench asan tsan coverage fuzz format lint install package clean
 
 help:
 	@echo "make run      build the reference host and run it over the example rules"
 	@echo "make test     build and run every test"
 	@echo "make asan     every test under AddressSanitizer and UndefinedBehaviorSanitizer"
 	@echo "make tsan     every test under ThreadSanitizer"
+	@echo "make coverage what the tests execute, by folder; each at least COVERAGE=$(COVERAGE) % of its lines"
 	@echo "make fuzz     every fuzz target for FUZZ_SECONDS=$(FUZZ_SECONDS) each"
 	@echo "make soak     eight threads at work for SOAK_SECONDS=$(SOAK_SECONDS), lists changing under them"
 	@echo "make bench    every benchmark"
@@ -25,7 +27,7 @@ help:
 setup:
 	@./cmake/setup.sh
 
-setup-abi setup-fuzz setup-lint: setup-%:
+setup-abi setup-coverage setup-fuzz setup-lint: setup-%:
 	@./cmake/setup.sh $*
 
 # A configured build folder; ninja itself configures again when a CMake file changes.
@@ -47,6 +49,12 @@ asan tsan: %: setup build/%/build.ninja
 soak: setup build/release/build.ninja
 	cmake --build build/release -j $(JOBS) --target tovrin_soak
 	build/release/bin/tovrin_soak $(SOAK_SECONDS)
+
+coverage: setup setup-coverage build/coverage/build.ninja
+	cmake --build build/coverage -j $(JOBS)
+	find build/coverage -name '*.gcda' -delete
+	ctest --test-dir build/coverage -j $(JOBS) --output-on-failure
+	@./cmake/coverage.sh build/coverage $(COVERAGE)
 
 bench: setup build/bench/build.ninja
 	cmake --build build/bench -j $(JOBS)

@@ -11,5 +11,5 @@ while IFS='|' read -r name corpus dictionary; do
   mkdir -p "$found"
   echo "== $name for $seconds s"
   "$build/fuzz/$name" -max_total_time="$seconds" -print_final_stats=0 -verbosity=0 -rss_limit_mb=4096 \
-    -artifact_prefix="$build/fuzz/$name-" ${dictionary:+-dict="$dictionary"} "$found" "$corpus"
+    -artifact_prefix="$build/fuzz/$name-" -dict="$dictionary" "$found" "$corpus"
 done < "$build/fuzz/targets.txt"

@@ -28,6 +28,7 @@ case "${1:-}" in
     need clang command -v clang++
     need libclang-rt-14-dev fuzzer_runtime
     ;;
+  coverage) need gcovr command -v gcovr ;;
   abi) need abigail-tools command -v abidw ;;
   lint)
     need clang-tidy command -v clang-tidy

@@ -42,10 +42,6 @@ bool SaysYes(const char* value) {
                     [](char a, char lower) { return a == lower || a == lower - ('a' - 'A'); });
 }
 
-void Lock(SlabList& list) {
-  while (!HardwareAccess::TryLock(list.lock)) HardwareAccess::Yield();
-}
-
 // At start-up. Threads that allocate already go on with whatever they read.
 void ReadSettings() {
   gUsesOtherBuckets.store(SaysYes(std::getenv("QRX_MM_USE_OTHER_BUCKETS")), kRelaxed);
@@ -57,6 +53,10 @@ void ReadSettings() {
   if (count >= 1 && !gIsCountFixed.load(kRelaxed)) {
     gBucketSetCount.store(LimitedToSets(static_cast<std::uint32_t>(count)), kRelaxed);
   }
+}
+
+void Lock(SlabList& list) {
+  while (!HardwareAccess::TryLock(list.lock)) HardwareAccess::Yield();
 }
 
 // A child process has but the thread that forked: a lock that another one held would never open

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -141,6 +142,20 @@ TEST(Allocator, HandsOutAFreshSlabInTheOrderOfItsAddresses) {
     EXPECT_EQ(blocks.Take(40), first + index * 48);
   }
 }
+
+#if defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+// Headers at one and the same place of their pages would share one set of the cache's lines.
+TEST(Allocator, BeginsItsSlabsAllOverTheirPages) {
+  constexpr std::uintptr_t kPage = 4096;
+  constexpr std::uintptr_t kCacheLine = 64;
+  CBlocks blocks;
+  std::set<std::uintptr_t> lines;
+  for (std::size_t size = 8; size <= 264; size += 16) {
+    lines.insert(HeaderOf(TakeUpToANewSlab(blocks, size)) % kPage / kCacheLine);
+  }
+  EXPECT_GT(lines.size(), 8U);
+}
+#endif
 
 TEST(Allocator, TakesTheBlockThatWasFreedLast) {
   void* const first = Allocate(100);

@@ -300,11 +300,16 @@ TEST(CSTDXMLTag, ReadsOneTagAfterTheOther) {
   EXPECT_FALSE(tag.Read(text, position));
 }
 
-TEST(CSTDXMLTag, TakesNoStackForDepth) {
-  constexpr std::size_t kDepth = 200000;
+// Tags in each other, with lines that end behind each head or not at all.
+std::string NestedTags(std::size_t depth, std::string_view head) {
   std::string text;
-  for (std::size_t i = 0; i < kDepth; ++i) text += "<a>";
-  for (std::size_t i = 0; i < kDepth; ++i) text += "</a>";
+  for (std::size_t i = 0; i < depth; ++i) text += head;
+  for (std::size_t i = 0; i < depth; ++i) text += "</a>";
+  return text;
+}
+
+TEST(CSTDXMLTag, TakesNoStackForDepth) {
+  std::string text = NestedTags(200000, "<a>");
   CSTDXMLTag tag;
   std::uint64_t position = 0;
   ASSERT_TRUE(tag.Read(text, position));
@@ -335,13 +340,9 @@ TEST(CSTDXMLTag, KeepsWhereLinesEnd) {
 
 // A file that is nothing but depth must not come out as the square of its size.
 TEST(CSTDXMLTag, LimitsTheTabsOfALine) {
-  constexpr std::size_t kDepth = 20000;
-  std::string text;
-  for (std::size_t i = 0; i < kDepth; ++i) text += "<a>\n";
-  for (std::size_t i = 0; i < kDepth; ++i) text += "</a>";
   CSTDXMLTag tag;
   std::uint64_t position = 0;
-  ASSERT_TRUE(tag.Read(text, position));
+  ASSERT_TRUE(tag.Read(NestedTags(20000, "<a>\n"), position));
   const std::string tabs(CSTDXMLTag::kDeepestIndentation, '\t');
   const std::string written = Written(tag);
   EXPECT_NE(written.find('\n' + tabs + "<a>\r\n" + tabs + "<a>"), std::string::npos);

@@ -96,21 +96,24 @@ void PrintSlabsWhileOneSetRunsOut(const Arguments&) {
   LeaveAtOnce();
 }
 
-void FreeTwice(const Arguments&) {
+// One of two neighbours that are free; its header links to the other one.
+enum class LinkTo { Below, Above };
+void* FreedBlock(LinkTo other) {
   void* const lower = Allocate(8);
   void* const upper = Allocate(8);
-  FreeBlock(lower);
-  FreeBlock(upper);
-  FreeBlock(upper);
+  void* const last = other == LinkTo::Below ? upper : lower;
+  FreeBlock(last == upper ? lower : upper);
+  FreeBlock(last);
+  return last;
 }
 
-// With a link above the block, which cannot be told from a large block's caller.
+void FreeTwice(const Arguments&) {
+  FreeBlock(FreedBlock(LinkTo::Below));
+}
+
+// A link above the block cannot be told from a large block's caller.
 void FreeTwiceBelow(const Arguments&) {
-  void* const lower = Allocate(8);
-  void* const upper = Allocate(8);
-  FreeBlock(upper);
-  FreeBlock(lower);
-  FreeBlock(lower);
+  FreeBlock(FreedBlock(LinkTo::Above));
 }
 
 void FreeLargeTwice(const Arguments&) {
@@ -157,11 +160,7 @@ void ForkUnderLock(const Arguments&) {
 }
 
 void ReallocateFreed(const Arguments&) {
-  void* const lower = Allocate(8);
-  void* const upper = Allocate(8);
-  FreeBlock(lower);
-  FreeBlock(upper);
-  ReallocateBlock(upper, 100, nullptr);
+  ReallocateBlock(FreedBlock(LinkTo::Below), 100, nullptr);
 }
 
 const char* HasSlab(std::uint32_t classValue) {

@@ -201,9 +201,7 @@ TEST(MemoryFailure, EndsAnExhaustedProcessWithStatus42) {
     EXPECT_EQ(result.errors, "new (" + std::string(size) + ")\n");
   }
 }
-#endif
 
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 TEST(MemoryFailure, LeavesALargeBlockFreeable) {
   const ChildResult result = Probe({"free-large-whose-reallocation-failed"});
   EXPECT_EQ(result.status, 0) << result.errors;

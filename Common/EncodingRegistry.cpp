@@ -2,6 +2,7 @@
 
 #include <iconv.h>
 
+#include <algorithm>
 #include <map>
 #include <mutex>
 #include <string>
@@ -60,8 +61,19 @@ std::uint32_t IdInTable(std::string_view name) {
   return kNotInTable;
 }
 
+// The characters that names of encodings are made of. A converter of the C library passes over any
+// other and takes what is left: "UTF-8 " for "UTF-8", a blank alone for the locale's own encoding.
+// "/" and "," begin options.
+bool IsConverterName(std::string_view name) {
+  return std::all_of(name.begin(), name.end(), [](char c) {
+    const char upper = UpperAscii(c);
+    return (upper >= 'A' && upper <= 'Z') || (c >= '0' && c <= '9') ||
+           std::string_view("-_.:").find(c) != std::string_view::npos;
+  });
+}
+
 bool ConverterExists(const std::string& name) {
-  if (name.find_first_of("/,") != std::string::npos) return false;
+  if (!IsConverterName(name)) return false;
 
   const iconv_t converter = iconv_open("UTF-8", name.c_str());
   if (converter == reinterpret_cast<iconv_t>(-1)) return false;

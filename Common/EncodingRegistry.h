@@ -37,8 +37,8 @@ const char* EncodingName(std::uint32_t id);
 // Whether texts of that encoding can be converted. False for an id that was never handed out.
 bool IsKnownEncoding(std::uint32_t id);
 
-// Whether a converter from that name to UTF-8 exists. A name with "/" or "," is none: to the
-// converter those begin options.
+// Whether a converter from that name to UTF-8 exists. A name of other characters than letters,
+// digits and "-_.:" is none, whatever the C library would make of it.
 bool IsEncodingSupported(const char* name);
 
 // Bytes that one character may take in that encoding, the first guess when a conversion is sized.

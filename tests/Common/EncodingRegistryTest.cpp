@@ -98,11 +98,36 @@ TEST(EncodingRegistry, TellsWhatConverts) {
     bool isSupported;
   };
   constexpr Row kRows[] = {
-      {"", true},           {"CHAR", true},           {"UCS-4-INTERNAL", true},
-      {"raw", false},       {"UCS-2-INTERNAL", true}, {"no such encoding", false},
-      {"UTF-16le", true},   {"UCS-4", true},          {"UTF-8//IGNORE", false},
-      {"UTF-8,", false},    {"UTF-8/", false},        {"UTF_8", false},
+      {"", true},
+      {"CHAR", true},
+      {"UCS-4-INTERNAL", true},
+      {"raw", false},
+      {"UCS-2-INTERNAL", true},
+      {"no such encoding", false},
+      {"UTF-16le", true},
+      {"UCS-4", true},
+      {"UTF-8//IGNORE", false},
+      {"UTF-8,", false},
+      {"UTF-8/", false},
+      {"UTF_8", false},
       {"INTERNAL/", false},
+      // Names that the C library would read past: what is left of them is an encoding.
+      {"UTF-16 ", false},
+      {" UTF-8", false},
+      {"UTF-8\t", false},
+      {" ", false},
+      {"?", false},
+      {"UTF-8;", false},
+      {"\xC3\xA9", false},
+      {"UTF-8()", false},
+      {"UTF-8\"", false},
+      // Names with every character that one may have.
+      {"UNICODE", true},
+      {"windows-1252", true},
+      {"ISO_8859-1:1987", true},
+      {"KOI8-R", true},
+      {"IBM037", true},
+      {"ISO_646.irv:1991", true},
   };
   for (const Row& row : kRows) {
     EXPECT_EQ(IsEncodingSupported(row.name), row.isSupported) << row.name;

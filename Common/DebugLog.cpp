@@ -95,10 +95,10 @@ std::string FrameLine(std::size_t index, std::uintptr_t address) {
 void ReportLockFailure(const char* function, int code) {
   constexpr const char* kReporter = "CCriticalSection::CCriticalSection";
   constexpr const char* kFile = "Libs\\Threads\\CCriticalSection";
+  constexpr const char* kRow = "ErrorId::OS";
   qxGuardedSite(
-      "ErrorId::OS",
-      PrintError({kErrorLevel, kReporter, kFile, __LINE__}, ErrorId::OS,
-                 {{"function", function}, {"code", code}, {"string", OSErrorText(code)}}););
+      kRow, PrintError({kErrorLevel, kReporter, kFile, __LINE__}, ErrorId::OS, kRow,
+                       {{"function", function}, {"code", code}, {"string", OSErrorText(code)}}););
 }
 
 // The locks lie below this layer; from here on it hears of those that could not be made.
@@ -107,43 +107,70 @@ struct LockReports {
 };
 [[gnu::init_priority(300)]] const LockReports lockReports;
 
-void ApplyToFile(const char* path, const char* options) {
-  if (const auto host = Tovrin::GetHost()) {
-    host->ApplyDebugConfiguration(("file:out=" + std::string(path) + options).c_str());
+// What the host answers, held for so long; without a host the other answer. A host that throws from
+// Release, too, is one that throws: no destructor may come upon it.
+template <class Answer, class Question>
+Answer AskHost(Answer withoutHost, Question question) {
+  Tovrin::IHost* const host = Tovrin::GetHost().release();
+  if (host == nullptr) return withoutHost;
+
+  Answer answer;
+  try {
+    answer = question(*host);
+  } catch (...) {
+    host->Release();
+    throw;
   }
+  host->Release();
+  return answer;
+}
+
+// Whether there is a host that it could be done with.
+template <class Action>
+bool TellHost(Action action) {
+  return AskHost(false, [&action](Tovrin::IHost& host) {
+    action(host);
+    return true;
+  });
+}
+
+void ApplyToFile(const char* path, const char* options) {
+  TellHost([&](Tovrin::IHost& host) {
+    host.ApplyDebugConfiguration(("file:out=" + std::string(path) + options).c_str());
+  });
 }
 
 }  // namespace
 
 bool DebugIsActive() {
-  const auto host = Tovrin::GetHost();
-  return !host || host->IsDebugActive();
+  return AskHost(true, [](Tovrin::IHost& host) { return host.IsDebugActive(); });
 }
 
 bool DebugLevelEnabled(std::uint32_t level, const char* module) {
-  const auto host = Tovrin::GetHost();
-  return !host || level == kErrorLevel || host->IsLevelEnabled(level, module);
+  return level == kErrorLevel ||
+         AskHost(true, [=](Tovrin::IHost& host) { return host.IsLevelEnabled(level, module); });
 }
 
 bool DebugFunctionEnabled(std::uint32_t level, const char* module, const char* function) {
-  const auto host = Tovrin::GetHost();
-  return !host || level == kErrorLevel || host->IsFunctionLevelEnabled(level, module, function);
+  return level == kErrorLevel || AskHost(true, [=](Tovrin::IHost& host) {
+           return host.IsFunctionLevelEnabled(level, module, function);
+         });
 }
 
 void DebugPrint(std::uint32_t level, const char* module, const char* className,
                 const char* function, const char* file, std::uint32_t line, const char* message) {
-  const auto host = Tovrin::GetHost();
-  if (!host) return PrintWithoutHost("print/resolve debug", message);
-
-  host->PrintDebug(level, module, className, function, file, line, message);
+  const bool isPrinted = TellHost([=](Tovrin::IHost& host) {
+    host.PrintDebug(level, module, className, function, file, line, message);
+  });
+  if (!isPrinted) PrintWithoutHost("print/resolve debug", message);
 }
 
 void ErrorPrint(const char* module, const char* message, const char* errorId, const char* className,
                 const char* function) {
-  const auto host = Tovrin::GetHost();
-  if (!host) return PrintWithoutHost("print error", message);
-
-  host->PrintError(module, message, "", errorId, className, function, 0);
+  const bool isPrinted = TellHost([=](Tovrin::IHost& host) {
+    host.PrintError(module, message, "", errorId, className, function, 0);
+  });
+  if (!isPrinted) PrintWithoutHost("print error", message);
 }
 
 void DebugToFileAppend(const char* path) {
@@ -212,11 +239,13 @@ void PrintReport(const LogSite& site, const CErrorId& row, const CErrorParameter
   site.Print(Resolve(GetDefaultLanguage(), row.Id(), parameters).c_str());
 }
 
-void PrintError(const LogSite& site, const CErrorId& row, const CErrorParameters& parameters) {
+// Two logs, and a guard for each: the one that fails keeps nothing from the other.
+void PrintError(const LogSite& site, const CErrorId& row, const char* expression,
+                const CErrorParameters& parameters) {
   const std::string message = Resolve(GetDefaultLanguage(), row.Id(), parameters);
   const FunctionParts parts(site.function);
-  ErrorPrint(GetModuleName(), message.c_str(), row.Id().c_str(), parts.ClassName(),
-             parts.Function());
+  qxGuardedSite(expression, ErrorPrint(GetModuleName(), message.c_str(), row.Id().c_str(),
+                                       parts.ClassName(), parts.Function()););
   if (site.IsOn()) site.Print(message.c_str());
 }
 

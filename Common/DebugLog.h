@@ -93,8 +93,10 @@ private:
 // by the caller behind the gates.
 void PrintReport(const LogSite& site, const CErrorId& row, const CErrorParameters& parameters);
 
-// Writes the report of a row to the error log, and, if the gates let it through, as a debug line.
-void PrintError(const LogSite& site, const CErrorId& row, const CErrorParameters& parameters);
+// Writes the report of a row to the error log, and, if the gates let it through, as a debug line,
+// also when the error log fails. The expression is for that case.
+void PrintError(const LogSite& site, const CErrorId& row, const char* expression,
+                const CErrorParameters& parameters);
 
 // ReportLogFailure for a site: drops what even that throws, for the operation being logged goes on.
 void SiteFailed(const std::exception* exception, const char* text, const char* expression);
@@ -139,4 +141,5 @@ void SiteFailed(const std::exception* exception, const char* text, const char* e
 
 // An error: the row to the host's error log, and as a debug line besides.
 #define qxReportError(row, functionName, ...) \
-  qxGuardedSite(#row, ::PrintError({1, functionName, kQxSourcePath, __LINE__}, row, __VA_ARGS__);)
+  qxGuardedSite(#row,                         \
+                ::PrintError({1, functionName, kQxSourcePath, __LINE__}, row, #row, __VA_ARGS__);)

@@ -43,9 +43,17 @@ std::ostream& operator<<(std::ostream&, ThrowsOnStream kind) {
   throw 42;
 }
 
-// Throws from every operation, counting its references included.
+// Throws from every operation, counting its references included; or from all but the first of them,
+// without which nobody comes to the others.
 class ThrowingHost final : public Tovrin::IHost {
-  void Interface_AddRef() const override { throw std::runtime_error("AddRef"); }
+public:
+  enum Kind { AtOnce, OnceHeld };
+  explicit ThrowingHost(Kind kind) : fKind(kind) {}
+
+private:
+  void Interface_AddRef() const override {
+    if (fKind == AtOnce) throw std::runtime_error("AddRef");
+  }
   bool Interface_Release() const override { throw std::runtime_error("Release"); }
   std::int32_t Interface_GetCount() const override { throw std::runtime_error("GetCount"); }
   void Interface_PrintError(const char*, const char*, const char*, const char*, const char*,
@@ -62,6 +70,8 @@ class ThrowingHost final : public Tovrin::IHost {
   }
   bool Interface_IsLevelEnabled(std::uint32_t, const char*) const override { throw 42; }
   void Interface_ApplyDebugConfiguration(const char*) override { throw 42; }
+
+  const Kind fKind;
 };
 
 }  // namespace
@@ -311,7 +321,7 @@ TEST(AFailingSite, IsUndisturbedByAHostThatThrowsFromEveryOperation) {
 }
 
 TEST(AFailingSite, DoesNotDisturbAMatchUnderAHostThatCannotEvenBeHeld) {
-  static ThrowingHost host;
+  static ThrowingHost host(ThrowingHost::AtOnce);
   Tovrin::HostSlot.store(&host);
   const CRegexPtr bad = CRegex::Create("(unclosed", false);
   const CRegexPtr good = CRegex::Create("a+b", false);
@@ -322,6 +332,37 @@ TEST(AFailingSite, DoesNotDisturbAMatchUnderAHostThatCannotEvenBeHeld) {
   Tovrin::HostSlot.store(nullptr);
   EXPECT_FALSE(bad);
   EXPECT_TRUE(matches);
+}
+
+// The error log and the debug log are two: the failure of the first costs its own line alone.
+TEST(AFailingSite, KeepsTheDebugCopyOfAnErrorThatTheErrorLogRefuses) {
+  for (const Throwing kind : {Throwing::Standard, Throwing::Other}) {
+    const HostInSlot host(Gates{});
+    host->ThrowFrom("PrintError", kind, 1);
+    qxReportError(ErrorId::InternalError, kFunction, {{"msg", "x"}});
+    EXPECT_THAT(host->fErrors, IsEmpty());
+    ASSERT_EQ(host->fPrinted.size(), 2U);
+    EXPECT_EQ(host->fPrinted[0].message,
+              kind == Throwing::Standard
+                  ? "caught exception 'PrintError' in qxDebugPrint while trying to print debug "
+                    "message '_qxerr_err.get()'"
+                  : "caught exception 'UNKNOWN' in qxDebugPrint while trying to print debug "
+                    "message 'ErrorId::InternalError'");
+    EXPECT_EQ(host->fPrinted[1].message, "'x'");
+  }
+}
+
+TEST(AFailingSite, SurvivesAHostThatCannotBeLetGo) {
+  static ThrowingHost host(ThrowingHost::OnceHeld);
+  Tovrin::HostSlot.store(&host);
+  EXPECT_NO_THROW(qxDebugPrint(3, kFunction, "text"));
+  EXPECT_NO_THROW(qxReport(ErrorId::InternalError, kFunction, {{"msg", "x"}}));
+  EXPECT_NO_THROW(qxReportError(ErrorId::InternalError, kFunction, {{"msg", "x"}}));
+  EXPECT_NO_THROW(CRegexException("x"));
+  const CRegexPtr good = CRegex::Create("a+b", false);
+  EXPECT_FALSE(CRegex::Create("(unclosed", false));
+  EXPECT_TRUE(good && good->Matches("AAB"));
+  Tovrin::HostSlot.store(nullptr);
 }
 
 TEST(ReportLogFailure, JoinsExceptionAndText) {

@@ -1,9 +1,8 @@
 #include "Common/TextCompare.h"
 
 #include <algorithm>
-#include <array>
+#include <chrono>
 #include <cstring>
-#include <vector>
 
 #include "Common/CaseMapping.h"
 #include "Common/EncodingRegistry.h"
@@ -157,44 +156,52 @@ bool BeginsDifferently(TextView left, TextView right) {
          ByteAt(right.bytes.data()) < 0x80;
 }
 
-// The folded code points of what is looked for, and for each the length of the longest beginning
-// that ends before it: the table of Knuth, Morris and Pratt. Reads the text once, never back, so
-// that no text makes the search slow.
-class FoldedPattern {
+bool StartsWith(FoldedReader text, FoldedReader prefix) {
+  while (true) {
+    const char32_t wanted = prefix.Next();
+    if (wanted == kEnd) return true;
+    if (wanted != text.Next()) return false;
+  }
+}
+
+// Folded code points as the digits of one number, modulo a prime. The number of a window follows it
+// through a text in constant room and time, and tells where looking closer is worth while: the
+// search of Rabin and Karp.
+class RowNumber {
 public:
-  explicit FoldedPattern(TextView text) {
-    fSize = CountFolded(text);
-    if (fSize > fInline.size()) fLarge.resize(fSize);
-    fUnits = fLarge.empty() ? fInline.data() : fLarge.data();
-    FoldedReader reader(text);
-    for (std::size_t i = 0; i < fSize; ++i) fUnits[i].value = reader.Next();
-    std::size_t matched = 0;
-    for (std::size_t i = 1; i < fSize; ++i) {
-      fUnits[i].fallback = matched;
-      matched = Advance(matched, fUnits[i].value);
-    }
+  void Append(char32_t digit) { fValue = Reduce(fValue * fBase + digit); }
+  // Appends a digit to a row of that length, and takes its first one away.
+  void Slide(char32_t first, const RowNumber& length, char32_t digit) {
+    fValue = Reduce(fValue * fBase + digit + first * (kPrime - length.fValue));
   }
-  FoldedPattern(const FoldedPattern&) = delete;
-  FoldedPattern& operator=(const FoldedPattern&) = delete;
-
-  std::size_t Size() const { return fSize; }
-
-  // Units matched after one more, with this many before; less than Size() of them.
-  std::size_t Advance(std::size_t matched, char32_t value) const {
-    while (matched != 0 && fUnits[matched].value != value) matched = fUnits[matched].fallback;
-    return fUnits[matched].value == value ? matched + 1 : 0;
+  // What stands for a length in Slide: the base to that power.
+  static RowNumber One() {
+    RowNumber one;
+    one.fValue = 1;
+    return one;
   }
+  void Lengthen() { Append(0); }
+
+  bool operator==(const RowNumber& other) const { return fValue == other.fValue; }
 
 private:
-  struct Unit {
-    char32_t value = 0;
-    std::size_t fallback = 0;  // units that still match when this one does not
-  };
+  static constexpr std::uint64_t kPrime = (std::uint64_t{1} << 31) - 1;
 
-  std::size_t fSize;
-  std::array<Unit, 64> fInline{};  // a literal of a wildcard rarely has more
-  std::vector<Unit> fLarge;        // takes over when it has
-  Unit* fUnits;
+  // Less than the prime, for any sum of two products.
+  static std::uint64_t Reduce(std::uint64_t value) {
+    value = (value & kPrime) + (value >> 31);
+    value = (value & kPrime) + (value >> 31);
+    return value >= kPrime ? value - kPrime : value;
+  }
+  // Nobody can know it and write a text full of false alarms.
+  static std::uint64_t Base() {
+    static const auto base =
+        static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
+    return base % (kPrime - 0x200000) + 0x200000;  // above every digit
+  }
+
+  std::uint64_t fBase = Base();
+  std::uint64_t fValue = 0;
 };
 
 }  // namespace
@@ -241,13 +248,7 @@ bool StartsWithIgnoringCase(TextView text, TextView prefix) {
   Align(text, prefix);
   DropCommonAscii(text, prefix);
   if (BeginsDifferently(text, prefix)) return false;
-  FoldedReader textReader(text);
-  FoldedReader prefixReader(prefix);
-  while (true) {
-    const char32_t wanted = prefixReader.Next();
-    if (wanted == kEnd) return true;
-    if (wanted != textReader.Next()) return false;
-  }
+  return StartsWith(FoldedReader(text), FoldedReader(prefix));
 }
 
 bool EndsWithIgnoringCase(TextView text, TextView suffix) {
@@ -274,22 +275,31 @@ bool EndsWithIgnoringCase(TextView text, TextView suffix) {
 
 std::uint64_t FindIgnoringCase(TextView text, TextView wanted) {
   Align(text, wanted);
-  const FoldedPattern pattern(wanted);
-  if (pattern.Size() == 0) return 0;
-
-  std::size_t matched = 0;
-  std::uint64_t units = 0;  // folded code points read
-  FoldedReader reader(text);
-  for (char32_t value = reader.Next(); value != kEnd; value = reader.Next()) {
-    ++units;
-    matched = pattern.Advance(matched, value);
-    if (matched != pattern.Size()) continue;
-
-    // Only the one hit pays for finding out which code point its first unit came from.
-    FoldedReader again(text);
-    for (std::uint64_t i = units - matched; i != 0; --i) again.Next();
-    again.Next();
-    return again.Index();
+  RowNumber wantedNumber;
+  RowNumber length = RowNumber::One();
+  std::uint64_t size = 0;  // folded code points of what is looked for
+  FoldedReader wantedReader(wanted);
+  for (char32_t value = wantedReader.Next(); value != kEnd; value = wantedReader.Next()) {
+    wantedNumber.Append(value);
+    length.Lengthen();
+    ++size;
   }
-  return kTextNotFound;
+  if (size == 0) return 0;
+
+  // The window lies between two readers.
+  FoldedReader front(text);
+  FoldedReader back(text);
+  RowNumber window;
+  for (std::uint64_t i = 0; i < size; ++i) {
+    const char32_t value = front.Next();
+    if (value == kEnd) return kTextNotFound;
+    window.Append(value);
+  }
+  while (window != wantedNumber || !StartsWith(back, FoldedReader(wanted))) {
+    const char32_t value = front.Next();
+    if (value == kEnd) return kTextNotFound;
+    window.Slide(back.Next(), length, value);
+  }
+  back.Next();
+  return back.Index();
 }

@@ -4,7 +4,7 @@
 #include <string_view>
 
 // Comparison of texts in different encodings, code point by code point, in place: nothing is
-// allocated, but for the search of a long text.
+// allocated, and no text makes the search slow.
 //
 // Without regard to case means: by full case folding, so that "STRASSE" equals "straße". Where one
 // side is RAW both are read as bytes, and only the letters of ASCII have a case.

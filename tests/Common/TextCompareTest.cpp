@@ -119,6 +119,8 @@ TEST(TextCompare, FindsTheCharacterInWhichAnOccurrenceBegins) {
   EXPECT_EQ(FindIgnoringCase(View("abc"), View("")), 0U);
   EXPECT_EQ(FindIgnoringCase(View(""), View("a")), kTextNotFound);
   EXPECT_EQ(FindIgnoringCase(View("aaa"), View("aaaa")), kTextNotFound);
+  const std::string longOne(200, 'q');
+  EXPECT_EQ(FindIgnoringCase(View("r" + longOne + "\xC3\x9F"), View(longOne + "SS")), 1U);
 }
 
 TEST(TextCompare, KnowsNoCaseButThatOfAsciiInRawBytes) {
@@ -218,6 +220,8 @@ TEST(TextCompare, AllocatesNothing) {
   EXPECT_TRUE(EndsWithIgnoringCase(View(mixed), View(upper)));
   EXPECT_TRUE(StartsWithIgnoringCase(View(mixed), View("STRASSE")));
   EXPECT_EQ(FindIgnoringCase(View(mixed), View("SSE")), 4U);
+  EXPECT_EQ(FindIgnoringCase(View(mixed), View(upper)), 7U) << "however long it is";
+  EXPECT_EQ(FindIgnoringCase(View(plain, Charset::Raw), View(upper)), 0U);
   EXPECT_EQ(AllocationCount(), before);
 }
 

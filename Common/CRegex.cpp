@@ -9,7 +9,7 @@
 #include "Common/CUnicodeString.h"
 #include "Common/CompiledRegex.h"
 #include "Common/DebugLog.h"
-#include "Common/TextDetection.h"
+#include "Common/Utf8.h"
 
 qxSource("Common\\CRegex");
 
@@ -119,8 +119,8 @@ void CRegex::FindFastPath() {
   fLiteral = ToLower(literal);
   // Bytes that are no UTF-8 would be passed over in a comparison of characters, and a literal of
   // nothing else would match every text; as RAW they are compared as the bytes that they are.
-  const bool isText = IsValidUtf8(fLiteral.data(), fLiteral.size());
-  fLiteralText = MakeUseCounted<CUnicodeString>(fLiteral, isText ? Charset::Utf8 : Charset::Raw);
+  fLiteralText = MakeUseCounted<CUnicodeString>(
+      fLiteral, IsWellFormedUtf8(fLiteral) ? Charset::Utf8 : Charset::Raw);
   const bool endsHere = last == fSource.size() - 1;
   if (first == 0) {
     fFastMode = endsHere ? CRegexFastMode::FastExact : CRegexFastMode::FastPrefix;

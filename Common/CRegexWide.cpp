@@ -41,10 +41,10 @@ CRegexPtr CRegex::CreateFromValue(const CUnicodeString* value) {
   std::string_view narrow = NarrowForm(value);
   if (!value || !IsRegexForm(*value)) return Create(narrow, true);
 
-  // By length: the mark has the same bytes in any spelling, since nothing else folds to its
-  // letters.
-  narrow.remove_prefix(RegexForm().begin.Text().Bytes().size());
-  narrow.remove_suffix(RegexForm().end.Text().Bytes().size());
+  // Six characters less in front and one behind: their bytes, and those in front, between and
+  // behind that are none. Nothing but itself folds to a bracket.
+  narrow.remove_prefix(narrow.find('(') + 1);
+  narrow.remove_suffix(narrow.size() - narrow.rfind(')'));
   return Create(narrow, false);
 }
 

@@ -23,19 +23,20 @@ std::u32string Widened(std::string_view bytes) {
   return wide;
 }
 
-std::u32string WideUnits(const void* bytes, std::size_t size) {
-  std::u32string wide(size / sizeof(char32_t), U'\0');
-  if (!wide.empty()) std::memcpy(wide.data(), bytes, wide.size() * sizeof(char32_t));
-  return wide;
-}
-
-std::string_view BytesOf(std::u32string_view wide) {
-  return {reinterpret_cast<const char*>(wide.data()), wide.size() * sizeof(char32_t)};
-}
-
-// "UTF-16" and "UTF-32": a text of theirs says at its beginning how it is to be read.
-bool HasByteOrderMark(std::uint32_t encoding) {
-  return encoding == Charset::Utf16 || encoding == Charset::Utf32;
+// Puts whole units in the place of those from a position on. The bytes may be of the text itself.
+void ReplaceUnits(std::u32string& wide, std::size_t position, const void* bytes, std::size_t size) {
+  const std::size_t units = position + size / sizeof(char32_t);
+  if (units <= wide.capacity()) {
+    if (units > wide.size()) wide.resize(units);
+    std::memmove(wide.data() + position, bytes, size / sizeof(char32_t) * sizeof(char32_t));
+    wide.resize(units);
+    return;
+  }
+  std::u32string grown;
+  grown.reserve(2 * units);
+  grown.append(wide, 0, position).resize(units);
+  std::memcpy(grown.data() + position, bytes, size / sizeof(char32_t) * sizeof(char32_t));
+  wide = std::move(grown);
 }
 
 }  // namespace
@@ -127,7 +128,7 @@ void CStringImpl::DropStores() {
 std::string_view CStringImpl::Bytes() const {
   if (fEncoding != Charset::Utf32LE) return fNarrow.View();
   const std::u32string* wide = fWide.load(std::memory_order_acquire);
-  return wide ? BytesOf(*wide) : fNarrow.View();
+  return wide ? BytesOfWide(*wide) : fNarrow.View();
 }
 
 std::u32string_view CStringImpl::Wide() const {
@@ -149,12 +150,10 @@ std::u32string CStringImpl::MakeWide() const {
 }
 
 std::string_view CStringImpl::Utf8() const {
-  const std::string_view bytes = Bytes();
-  const bool isUtf8 =
-      fEncoding == Charset::Utf8 || fEncoding == Charset::Raw ||
-      (fEncoding != Charset::Utf32LE && !IsKnownEncoding(fEncoding)) ||
-      (IsAsciiCompatible(fEncoding) && FindNonAscii(bytes.data(), bytes.size()) == bytes.size());
-  if (isUtf8) return bytes;
+  if (fEncoding == Charset::Utf8 || !IsKnownEncoding(fEncoding) ||
+      IsPlainAscii(Bytes(), fEncoding)) {
+    return Bytes();
+  }
   if (const std::string* ready = fUtf8.load(std::memory_order_acquire)) return *ready;
 
   const std::lock_guard guard(fLock);
@@ -176,12 +175,12 @@ std::uint64_t CStringImpl::Length() const {
   return length;
 }
 
-bool CStringImpl::IsCountedInBytes() const {
-  return fEncoding == Charset::Ascii || fEncoding == Charset::Latin1 || fEncoding == Charset::Raw;
+bool CStringImpl::HasByteCharacters() const {
+  return fEncoding == Charset::Ascii || fEncoding == Charset::Latin1 || !IsKnownEncoding(fEncoding);
 }
 
 std::uint64_t CStringImpl::CountLength() const {
-  if (IsCountedInBytes()) return fNarrow.View().size();
+  if (HasByteCharacters()) return fNarrow.View().size();
   if (fEncoding == Charset::Utf8) return CountUtf8(fNarrow.View());
   if (fEncoding == Charset::Utf32LE) return Bytes().size() / sizeof(char32_t);
   return Wide().size();
@@ -189,7 +188,7 @@ std::uint64_t CStringImpl::CountLength() const {
 
 TextView CStringImpl::View() const {
   if (IsReadInPlace(fEncoding)) return {Bytes(), fEncoding};
-  return {BytesOf(Wide()), Charset::Utf32LE};
+  return {BytesOfWide(Wide()), Charset::Utf32LE};
 }
 
 std::string CStringImpl::ToNarrow(std::uint32_t encoding) const {
@@ -212,18 +211,29 @@ void CStringImpl::Assign(const void* bytes, std::size_t size, std::uint32_t enco
     return;
   }
   if (encoding == Charset::Utf32LE) {
-    auto wide = std::make_unique<std::u32string>(WideUnits(bytes, size));
-    DropStores();  // now, since the bytes may be in one of them
-    fEncoding = encoding;
-    fLength.store(wide->size(), std::memory_order_relaxed);
-    fWide.store(wide.release(), std::memory_order_release);
+    AssignWide(bytes, size);
     return;
   }
   fNarrow.Assign({static_cast<const char*>(bytes), size});
   delete fWide.exchange(nullptr, std::memory_order_relaxed);
   delete fUtf8.exchange(nullptr, std::memory_order_relaxed);
   fEncoding = encoding;
-  fLength.store(IsCountedInBytes() ? size : kUnknownLength, std::memory_order_relaxed);
+  fLength.store(HasByteCharacters() ? size : kUnknownLength, std::memory_order_relaxed);
+}
+
+void CStringImpl::AssignWide(const void* bytes, std::size_t size) {
+  std::u32string* wide = fWide.load(std::memory_order_relaxed);
+  std::unique_ptr<std::u32string> made;  // the text's only when it holds what it should
+  if (!wide) {
+    made = std::make_unique<std::u32string>();
+    wide = made.get();
+  }
+  ReplaceUnits(*wide, 0, bytes, size);
+  if (made) fWide.store(made.release(), std::memory_order_release);
+  fNarrow.Drop();  // not before, since the bytes may be in it, or in the UTF-8 form
+  delete fUtf8.exchange(nullptr, std::memory_order_relaxed);
+  fEncoding = Charset::Utf32LE;
+  fLength.store(wide->size(), std::memory_order_relaxed);
 }
 
 std::u32string& CStringImpl::OwnWide() {
@@ -238,31 +248,37 @@ std::u32string& CStringImpl::OwnWide() {
 void CStringImpl::Append(const void* bytes, std::size_t size, std::uint32_t encoding) {
   if (size == 0) return;
   const std::string_view addition(static_cast<const char*>(bytes), size);
-  const bool hasMark = HasByteOrderMark(fEncoding);
+  const bool hasMark = WritesByteOrderMark(fEncoding);
   const bool isSameForm = encoding == fEncoding && !hasMark;
-  if (isSameForm || !IsKnownEncoding(encoding) || !IsKnownEncoding(fEncoding)) {
+  if (isSameForm || (IsPlainAscii(addition, encoding) && IsAsciiCompatible(fEncoding))) {
     AppendBytes(addition);
     return;
   }
-  if (!hasMark) {
-    if (const auto exact = ConvertText(addition, encoding, fEncoding, ConversionMode::Exact)) {
-      AppendBytes(*exact);
-      return;
-    }
-  }
 
-  // Written anew as a whole: in UTF-8, or behind the one byte order mark that a text may have.
-  std::string whole = ToNarrow(Charset::Utf8);
-  whole += ConvertText(addition, encoding, Charset::Utf8).value_or("");
-  if (hasMark) whole = ConvertText(whole, Charset::Utf8, fEncoding).value_or("");
-  Assign(whole.data(), whole.size(), hasMark ? fEncoding : Charset::Utf8);
+  const auto exactForm = [this](std::u32string_view text) {
+    return NarrowText(text, fEncoding, ConversionMode::Exact);
+  };
+  const auto wide = WideText(addition, encoding);
+  if (!wide) {
+    AppendBytes(addition);
+  } else if (const auto own = hasMark ? std::nullopt : exactForm(*wide)) {
+    AppendBytes(*own);
+  } else if (auto whole = WideText(Bytes(), fEncoding)) {
+    // Written anew: behind the one mark that a text may have, or in UTF-8.
+    *whole += *wide;
+    const auto rewritten = hasMark ? exactForm(*whole) : std::nullopt;
+    const std::string text = rewritten ? *rewritten : Utf8FromWide(*whole);
+    Assign(text.data(), text.size(), rewritten ? fEncoding : Charset::Utf8);
+  } else {
+    AppendBytes(addition);
+  }
 }
 
-// Of a text without a byte order mark, in its own encoding.
+// In the text's own encoding, or whatever they mean.
 void CStringImpl::AppendBytes(std::string_view bytes) {
   if (fEncoding == Charset::Utf32LE) {
-    const std::u32string units = WideUnits(bytes.data(), bytes.size());
-    OwnWide() += units;
+    std::u32string& wide = OwnWide();
+    ReplaceUnits(wide, wide.size(), bytes.data(), bytes.size());
   } else {
     fNarrow.Append(bytes);
   }
@@ -274,14 +290,14 @@ void CStringImpl::Erase(std::uint64_t position, std::uint64_t count) {
   if (position >= length || count == 0) return;
   count = std::min(count, length - position);
 
-  if (IsCountedInBytes()) {
+  if (HasByteCharacters()) {
     fNarrow.Erase(position, count);
   } else if (fEncoding == Charset::Utf32LE) {
     OwnWide().erase(position, count);
   } else {
     std::u32string wide(Wide());
     wide.erase(position, count);
-    const auto own = ConvertText(BytesOf(wide), Charset::Utf32LE, fEncoding);
+    const auto own = NarrowText(wide, fEncoding);
     fNarrow.Assign(own ? *own : std::string(wide.begin(), wide.end()));
   }
   DropCaches();

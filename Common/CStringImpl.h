@@ -37,8 +37,11 @@ public:
   std::string_view Bytes() const;  // in Encoding(), with a zero character behind the last
   std::u32string_view Wide() const;
   std::string_view Utf8() const;  // with a zero byte behind the last
-  // Characters. Bytes for ASCII, ISO-8859-1 and RAW, else what the wide form holds.
+  // Characters. Bytes where HasByteCharacters, else what the wide form holds.
   std::uint64_t Length() const;
+  // Every byte counts as a character, whatever it is: ASCII, ISO-8859-1, and what has no characters
+  // that anybody knows.
+  bool HasByteCharacters() const;
   // No bytes, or none that make a character.
   bool IsEmpty() const { return Bytes().empty() || Length() == 0; }
   // To compare it in place, by what IsReadInPlace allows.
@@ -51,8 +54,9 @@ public:
 
   // Bytes behind the last whole unit of a UTF-32LE text are dropped. The bytes may be this text's.
   void Assign(const void* bytes, std::size_t size, std::uint32_t encoding);
-  // Converts the addition to this text's encoding. Where that would lose something, the text
-  // becomes UTF-8 first; where there is no conversion, the bytes are added as they are.
+  // Converts the addition to this text's encoding; what cannot be read of it is dropped. Where a
+  // character would be lost, the text becomes UTF-8 first; where there is no conversion, the bytes
+  // are added as they are.
   void Append(const void* bytes, std::size_t size, std::uint32_t encoding);
   // Positions are characters; what lies beyond the end is not there.
   void Erase(std::uint64_t position, std::uint64_t count);
@@ -109,7 +113,7 @@ private:
   void DropStores();
   std::u32string MakeWide() const;
   std::uint64_t CountLength() const;
-  bool IsCountedInBytes() const;
+  void AssignWide(const void* bytes, std::size_t size);
   std::u32string& OwnWide();  // of a UTF-32LE text
 
   // Written by changes alone.

@@ -4,6 +4,7 @@
 
 #include "Common/CaseMapping.h"
 #include "Common/TextConversion.h"
+#include "Common/Utf8.h"
 
 namespace {
 
@@ -32,13 +33,21 @@ std::string CText::ToNarrow(std::uint32_t encoding) const {
 }
 
 char32_t CText::At(std::uint64_t index) const {
+  if (HasByteCharacters()) {
+    const std::string_view bytes = Bytes();
+    return index < bytes.size() ? static_cast<unsigned char>(bytes[index]) : U'\0';
+  }
   const std::u32string_view wide = Wide();
   return index < wide.size() ? wide[index] : U'\0';
 }
 
+static_assert(CText::kNotFound == std::string_view::npos);
+
 std::uint64_t CText::FindCodePoint(char32_t value, std::uint64_t from) const {
-  const std::size_t index = Wide().find(value, from);
-  return index == std::u32string_view::npos ? kNotFound : index;
+  if (HasByteCharacters()) {
+    return value < 0x100 ? Bytes().find(static_cast<char>(value), from) : kNotFound;
+  }
+  return Wide().find(value, from);
 }
 
 CText CText::Part(std::uint64_t position, std::uint64_t count) const {
@@ -51,26 +60,41 @@ CText CText::Part(std::uint64_t position, std::uint64_t count) const {
   return FromWide(Wide().substr(position, count));
 }
 
+// In this text's encoding, or in UTF-8 where that has not all of it.
 CText CText::FromWide(std::u32string_view wide) const {
-  CText text;
-  text.Assign(wide.data(), wide.size() * sizeof(char32_t), Charset::Utf32LE);
-  const std::string narrow = text.ToNarrow(Encoding());
-  return CText(narrow, Encoding());
+  if (Encoding() == Charset::Utf32LE) return CText(BytesOfWide(wide), Charset::Utf32LE);
+  const auto own = NarrowText(wide, Encoding(), ConversionMode::Exact);
+  return own ? CText(*own, Encoding()) : CText(Utf8FromWide(wide));
+}
+
+CText CText::MapCharacters(char32_t (*map)(char32_t)) const {
+  if (HasByteCharacters() && Encoding() != Charset::Latin1) {
+    // Nothing is known of the bytes outside ASCII.
+    std::string bytes(Bytes());
+    for (char& byte : bytes) {
+      const auto value = static_cast<unsigned char>(byte);
+      if (value < 0x80) byte = static_cast<char>(map(value));
+    }
+    return CText(bytes, Encoding());
+  }
+  std::u32string wide(Wide());
+  std::transform(wide.begin(), wide.end(), wide.begin(), map);
+  return FromWide(wide);
 }
 
 CText CText::ToUpper() const {
-  std::u32string wide(Wide());
-  std::transform(wide.begin(), wide.end(), wide.begin(), UpperCase);
-  return FromWide(wide);
+  return MapCharacters(&UpperCase);
 }
 
 CText CText::ToLower() const {
-  std::u32string wide(Wide());
-  std::transform(wide.begin(), wide.end(), wide.begin(), LowerCase);
-  return FromWide(wide);
+  return MapCharacters(&LowerCase);
 }
 
 int CText::Compare(const CText& other) const {
+  // Without a byte, not merely without a character.
+  const bool isBare = Bytes().empty();
+  if (isBare != other.Bytes().empty()) return isBare ? -1 : 1;
+
   const ComparedViews views(*this, other);
   return CompareTexts(views.left, views.right);
 }

@@ -40,12 +40,14 @@ public:
   std::uint64_t FindCodePoint(char32_t value, std::uint64_t from = 0) const;
   // Up to count characters from a position on, in the same encoding.
   CText Part(std::uint64_t position, std::uint64_t count) const;
+  // Character by character, in the same encoding; in UTF-8 where that has not the other case.
   CText ToUpper() const;
   CText ToLower() const;
 
   // ---- comparison. Code point by code point; where one side is RAW, byte by byte.
 
-  int Compare(const CText& other) const;  // -1, 0 or 1; case counts
+  // -1, 0 or 1; case counts. A text without a byte comes before all others.
+  int Compare(const CText& other) const;
   bool Equals(const CText& other) const { return Compare(other) == 0; }
   // By full case folding; nothing is allocated for texts that IsReadInPlace.
   bool EqualsIgnoringCase(const CText& other) const;
@@ -65,7 +67,9 @@ public:
 
 private:
   CStringImpl& Own();  // the object, made if there is none, copied if it is shared
-  CText FromWide(std::u32string_view wide) const;  // in this text's encoding
+  bool HasByteCharacters() const { return fImpl && fImpl->HasByteCharacters(); }
+  CText FromWide(std::u32string_view wide) const;
+  CText MapCharacters(char32_t (*map)(char32_t)) const;
 
   CUsePtr<CStringImpl> fImpl;
 };

@@ -6,6 +6,7 @@
 #include <bit>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include "Common/EncodingRegistry.h"
 #include "Common/TextDetection.h"
@@ -59,7 +60,6 @@ OrderedText ResolveTarget(std::uint32_t encoding) {
 // Bytes that a character takes at least, to size the first output by.
 std::size_t InputBytesPerCharacter(std::uint32_t id) {
   switch (id) {
-    case Charset::Utf32LE:
     case Charset::Utf32BE:
       return 4;
     case Charset::Utf16LE:
@@ -70,12 +70,40 @@ std::size_t InputBytesPerCharacter(std::uint32_t id) {
   }
 }
 
+// Takes bytes into a string of units of any size, and grows it as they come.
+template <class String>
+class ByteSink {
+public:
+  explicit ByteSink(std::size_t expectedSize) { Resize(expectedSize + kRoom); }
+
+  char* At() { return reinterpret_cast<char*>(fUnits.data()) + fUsed; }
+  std::size_t Room() const { return fUnits.size() * kUnit - fUsed; }
+  void Take(std::size_t size) { fUsed += size; }
+  void Grow(std::size_t size) { Resize(fUnits.size() * kUnit * 3 / 2 + size + kRoom); }
+  // What came, without a unit that is not whole.
+  String Finish() && {
+    fUnits.resize(fUsed / kUnit);
+    return std::move(fUnits);
+  }
+
+private:
+  static constexpr std::size_t kUnit = sizeof(typename String::value_type);
+  static constexpr std::size_t kRoom = 32;  // more than any one character with its shifts takes
+
+  void Resize(std::size_t size) { fUnits.resize(size / kUnit + 1); }
+
+  String fUnits;
+  std::size_t fUsed = 0;  // bytes
+};
+
 // One converter, for one call.
 class Converter {
 public:
-  Converter(std::uint32_t from, std::uint32_t to, ConversionMode mode) : fMode(mode) {
+  // The options stand behind the target's name, as the converter has them.
+  Converter(std::uint32_t from, std::uint32_t to, const char* options, ConversionMode mode)
+      : fMode(mode) {
     const std::string target =
-        EncodingName(to) + std::string(mode == ConversionMode::Lenient ? "//TRANSLIT//IGNORE" : "");
+        std::string(EncodingName(to)) + (mode == ConversionMode::Lenient ? options : "");
     fHandle = iconv_open(target.c_str(), EncodingName(from));
   }
   ~Converter() {
@@ -84,79 +112,92 @@ public:
   Converter(const Converter&) = delete;
   Converter& operator=(const Converter&) = delete;
 
-  bool IsOpen() const { return fHandle != reinterpret_cast<iconv_t>(-1); }
+  // The converted text. Nothing when there is no such converter, or, in exact mode, when something
+  // cannot be converted.
+  template <class String>
+  std::optional<String> Run(std::string_view bytes, std::size_t expectedSize) {
+    if (!IsOpen()) return std::nullopt;
 
-  // Appends the converted text. False when something cannot be converted, in exact mode alone.
-  bool Run(std::string_view bytes, std::size_t expectedSize, std::string& out) {
+    ByteSink<String> sink(expectedSize);
     // The older declarations of iconv take the input without const; it is only read.
-    fIn = const_cast<char*>(bytes.data());
-    fInLeft = bytes.size();
-    fOut = &out;
-    fUsed = out.size();
-    out.resize(fUsed + expectedSize + kRoom);
-
-    while (fInLeft != 0) {
-      const std::size_t before = fInLeft;
-      const int error = Step(&fIn, &fInLeft);
+    char* in = const_cast<char*>(bytes.data());
+    std::size_t left = bytes.size();
+    while (left != 0) {
+      const std::size_t before = left;
+      const int error = Step(&in, &left, sink);
       if (error == 0) break;
       if (error == E2BIG) {
-        Grow();
+        sink.Grow(left);
       } else if (fMode == ConversionMode::Exact) {
-        return false;
+        return std::nullopt;
       } else if (error == EINVAL) {
         break;  // a sequence that the end cut off: dropped
-      } else if (fInLeft == before) {
-        ++fIn;  // a converter that does not skip on its own what it cannot read
-        --fInLeft;
+      } else if (left == before) {
+        ++in;  // a converter that does not skip on its own what it cannot read
+        --left;
       }
     }
     // Encodings with shift states end in the first one.
-    while (Step(nullptr, nullptr) == E2BIG) Grow();
-    out.resize(fUsed);
-    return true;
+    while (Step(nullptr, nullptr, sink) == E2BIG) sink.Grow(0);
+    return std::move(sink).Finish();
   }
 
 private:
-  static constexpr std::size_t kRoom = 32;  // more than any one character with its shifts takes
+  bool IsOpen() const { return fHandle != reinterpret_cast<iconv_t>(-1); }
 
   // 0 or the error. A positive answer of iconv counts what was written as something like it.
-  int Step(char** in, std::size_t* inLeft) {
-    char* at = fOut->data() + fUsed;
-    std::size_t left = fOut->size() - fUsed;
+  template <class String>
+  int Step(char** in, std::size_t* inLeft, ByteSink<String>& sink) {
+    char* at = sink.At();
+    const std::size_t room = sink.Room();
+    std::size_t left = room;
     const std::size_t answer = iconv(fHandle, in, inLeft, &at, &left);
     const int error = answer == static_cast<std::size_t>(-1) ? errno : 0;
-    fUsed = fOut->size() - left;
+    sink.Take(room - left);
     return error;
   }
 
-  void Grow() { fOut->resize(fOut->size() + fInLeft + fOut->size() / 2 + kRoom); }
-
   const ConversionMode fMode;
   iconv_t fHandle;
-  char* fIn = nullptr;      // what is still to be read
-  std::size_t fInLeft = 0;  // bytes of it
-  std::string* fOut = nullptr;
-  std::size_t fUsed = 0;  // bytes written to fOut
 };
 
-// The two pairs that everything else here stands on; no converter is asked. Nothing for other
-// pairs.
-std::optional<std::string> ConvertDirectly(std::string_view bytes, std::uint32_t from,
-                                           std::uint32_t to) {
-  if (from == Charset::Utf8 && to == Charset::Utf32LE) {
-    const std::u32string wide = WideFromUtf8(bytes);
-    return std::string(reinterpret_cast<const char*>(wide.data()), wide.size() * sizeof(char32_t));
-  }
-  if (from == Charset::Utf32LE && to == Charset::Utf8) {
-    std::u32string wide(bytes.size() / sizeof(char32_t), U'\0');
-    std::memcpy(wide.data(), bytes.data(), wide.size() * sizeof(char32_t));
-    return Utf8FromWide(wide);
-  }
-  return std::nullopt;
+bool IsScalarText(std::u32string_view wide) {
+  return std::all_of(wide.begin(), wide.end(), IsScalarValue);
 }
 
-bool IsSevenBit(std::string_view bytes) {
-  return FindNonAscii(bytes.data(), bytes.size()) == bytes.size();
+// Reads a text whose encoding says nothing about the order of bytes any more. What is ill-formed is
+// ignored, and nothing else: a converter that writes something like it would take a value beyond
+// the last code point for a character.
+std::optional<std::u32string> Read(OrderedText text, ConversionMode mode) {
+  if (text.encoding == Charset::Utf8 || IsPlainAscii(text.bytes, text.encoding)) {
+    if (mode == ConversionMode::Exact && !IsWellFormedUtf8(text.bytes)) return std::nullopt;
+    return WideFromUtf8(text.bytes);
+  }
+  if (text.encoding == Charset::Utf32LE) {
+    if (mode == ConversionMode::Exact && text.bytes.size() % sizeof(char32_t) != 0) {
+      return std::nullopt;
+    }
+    std::u32string wide(text.bytes.size() / sizeof(char32_t), U'\0');
+    if (!wide.empty()) std::memcpy(wide.data(), text.bytes.data(), wide.size() * sizeof(char32_t));
+    return wide;
+  }
+  Converter converter(text.encoding, Charset::Utf32LE, "//IGNORE", mode);
+  const std::size_t characters = text.bytes.size() / InputBytesPerCharacter(text.encoding);
+  return converter.Run<std::u32string>(text.bytes, characters * sizeof(char32_t));
+}
+
+// Writes scalar values behind what the text begins with.
+std::optional<std::string> Write(std::u32string_view wide, OrderedText target,
+                                 ConversionMode mode) {
+  if (target.encoding == Charset::Utf8) return Utf8FromWide(wide);
+  if (target.encoding == Charset::Utf32LE) return std::string(BytesOfWide(wide));
+
+  const ClassicLocaleScope classic;  // what is written for what the target lacks follows the locale
+  Converter converter(Charset::Utf32LE, target.encoding, "//TRANSLIT//IGNORE", mode);
+  auto written = converter.Run<std::string>(BytesOfWide(wide),
+                                            wide.size() * OutputBytesPerCharacter(target.encoding));
+  if (written && !written->empty()) written->insert(0, target.bytes);
+  return written;
 }
 
 }  // namespace
@@ -166,37 +207,53 @@ bool IsAsciiCompatible(std::uint32_t id) {
          id == Charset::Gb18030;
 }
 
+bool IsPlainAscii(std::string_view bytes, std::uint32_t id) {
+  return IsAsciiCompatible(id) && FindNonAscii(bytes.data(), bytes.size()) == bytes.size();
+}
+
+bool WritesByteOrderMark(std::uint32_t id) {
+  if (id < Charset::FirstRegistered) return id == Charset::Utf16 || id == Charset::Utf32;
+
+  const auto one = NarrowText(U"a", id);
+  const auto two = NarrowText(U"aa", id);
+  return one && two && *two != *one + *one;
+}
+
+std::string_view BytesOfWide(std::u32string_view wide) {
+  return {reinterpret_cast<const char*>(wide.data()), wide.size() * sizeof(char32_t)};
+}
+
+std::optional<std::u32string> WideText(std::string_view bytes, std::uint32_t from,
+                                       ConversionMode mode) {
+  if (!IsKnownEncoding(from)) return std::nullopt;
+
+  auto wide = Read(ResolveByteOrder(bytes, from), mode);
+  if (!wide || IsScalarText(*wide)) return wide;
+  if (mode == ConversionMode::Exact) return std::nullopt;
+  std::erase_if(*wide, [](char32_t value) { return !IsScalarValue(value); });
+  return wide;
+}
+
+std::optional<std::string> NarrowText(std::u32string_view wide, std::uint32_t to,
+                                      ConversionMode mode) {
+  if (!IsKnownEncoding(to)) return std::nullopt;
+  if (!IsScalarText(wide)) {
+    if (mode == ConversionMode::Exact) return std::nullopt;
+    return NarrowText(*WideText(BytesOfWide(wide), Charset::Utf32LE), to, mode);
+  }
+
+  auto narrow = Write(wide, ResolveTarget(to), mode);
+  // Converters drop some code points without a word (language tags), and write others as what reads
+  // as something else.
+  if (narrow && mode == ConversionMode::Exact && WideText(*narrow, to) != wide) return std::nullopt;
+  return narrow;
+}
+
 std::optional<std::string> ConvertText(std::string_view bytes, std::uint32_t from, std::uint32_t to,
                                        ConversionMode mode) {
   if (!IsKnownEncoding(from) || !IsKnownEncoding(to)) return std::nullopt;
-  if (IsAsciiCompatible(from) && IsAsciiCompatible(to) && IsSevenBit(bytes)) {
-    return std::string(bytes);
-  }
+  if (IsAsciiCompatible(to) && IsPlainAscii(bytes, from)) return std::string(bytes);
 
-  const OrderedText source = ResolveByteOrder(bytes, from);
-  const OrderedText target = ResolveTarget(to);
-  if (mode == ConversionMode::Lenient) {
-    if (auto direct = ConvertDirectly(source.bytes, source.encoding, target.encoding)) {
-      return direct;
-    }
-  }
-
-  const ClassicLocaleScope classic;  // what is written for what the target lacks follows the locale
-  Converter converter(source.encoding, target.encoding, mode);
-  if (!converter.IsOpen()) return std::nullopt;
-  std::string out(target.bytes);
-  const std::size_t characters = source.bytes.size() / InputBytesPerCharacter(source.encoding);
-  if (!converter.Run(source.bytes, characters * OutputBytesPerCharacter(target.encoding), out)) {
-    return std::nullopt;
-  }
-  return out;
-}
-
-std::optional<std::u32string> WideText(std::string_view bytes, std::uint32_t from) {
-  if (from == Charset::Utf8) return WideFromUtf8(bytes);
-  const auto converted = ConvertText(bytes, from, Charset::Utf32LE);
-  if (!converted) return std::nullopt;
-  std::u32string wide(converted->size() / sizeof(char32_t), U'\0');
-  std::memcpy(wide.data(), converted->data(), wide.size() * sizeof(char32_t));
-  return wide;
+  const auto wide = WideText(bytes, from, mode);
+  return wide ? NarrowText(*wide, to, mode) : std::nullopt;
 }

@@ -90,6 +90,16 @@ std::string Utf8FromWide(std::u32string_view wide) {
   return bytes;
 }
 
+bool IsWellFormedUtf8(std::string_view bytes) {
+  const char* at = bytes.data();
+  const char* const end = at + bytes.size();
+  while (true) {
+    at += FindNonAscii(at, static_cast<std::size_t>(end - at));
+    if (at == end) return true;
+    if (DecodeMultiByte(at, end) == kIllFormed) return false;
+  }
+}
+
 std::size_t CountUtf8(std::string_view bytes) {
   std::size_t count = 0;
   const char* at = bytes.data();

@@ -41,5 +41,8 @@ void AppendUtf8(char32_t value, std::string& out);
 std::u32string WideFromUtf8(std::string_view bytes);
 std::string Utf8FromWide(std::u32string_view wide);
 
+// Whether nothing is.
+bool IsWellFormedUtf8(std::string_view bytes);
+
 // Code points of a text as WideFromUtf8 would give them.
 std::size_t CountUtf8(std::string_view bytes);

@@ -64,6 +64,36 @@ TEST(CRegexWide, CreatesFromEitherForm) {
   EXPECT_EQ(CRegex::CreateFromValue(static_cast<const CUnicodeString*>(nullptr))->Pattern(), "^$");
 }
 
+// The question about the form passes over bytes that are no characters, and so does what takes the
+// expression out of it; those inside stay.
+TEST(CRegexWide, TakesTheExpressionOutOfAFormWithUnreadableBytes) {
+  struct Row {
+    std::string_view value;
+    std::uint32_t encoding;
+    std::string_view pattern;
+  };
+  constexpr Row kRows[] = {
+      {"\xFFregex(a)", Charset::Utf8, "a"},
+      {"regex(a)\xFF", Charset::Utf8, "a"},
+      {"re\xFFgex(a)", Charset::Utf8, "a"},
+      {"\xFF\xFFRegex\xE2\x82(a(b)c)\xC3", Charset::Utf8, "a(b)c"},
+      {"regex(\xFF"
+       "a\xFF)",
+       Charset::Utf8,
+       "\xFF"
+       "a\xFF"},
+      {"\x80regex(a)", Charset::Ascii, "a"},
+  };
+  for (const Row& row : kRows) {
+    const CUnicodeString value(row.value, row.encoding);
+    EXPECT_TRUE(CRegex::IsRegexForm(value));
+    const CRegexPtr regex = CRegex::CreateFromValue(&value);
+    ASSERT_TRUE(regex) << testing::PrintToString(row.value);
+    EXPECT_EQ(regex->Pattern(), row.pattern);
+    EXPECT_FALSE(regex->IsWildcard());
+  }
+}
+
 // The literal twice: as a text where the fast path has one, and never in a clone.
 TEST(CRegexWide, MatchesOnTheFastPath) {
   struct Row {
@@ -109,6 +139,29 @@ TEST(CRegexWide, ComparesALiteralThatIsNoTextAsBytes) {
     EXPECT_TRUE(regex->Matches(&same));
     EXPECT_FALSE(regex->Matches(static_cast<const CUnicodeString*>(nullptr)));
   }
+}
+
+// Forms that look like UTF-8 and are no characters are no text either: a literal of them would have
+// nothing to compare, and every text would match.
+TEST(CRegexWide, ComparesFormsThatAreNoCharactersAsBytes) {
+  for (const std::string_view form :
+       {"\xC0\x80"sv, "\xED\xA0\x80"sv, "\xF4\x90\x80\x80"sv, "\xF8\x88\x80\x80\x80"sv}) {
+    for (const bool before : {false, true}) {
+      for (const bool behind : {false, true}) {
+        const std::string stars[] = {before ? "*" : "", behind ? "*" : ""};
+        const CRegexPtr regex = CRegex::Create(stars[0] + std::string(form) + stars[1], true);
+        EXPECT_FALSE(MatchesWide(regex, "hello"));
+        EXPECT_FALSE(MatchesWide(regex, ""));
+        EXPECT_TRUE(MatchesWide(regex, form));
+      }
+    }
+  }
+}
+
+TEST(CRegexWide, FoldsALiteralWithAZeroByte) {
+  const CRegexPtr regex = CRegex::Create("\xC3\xA9\0*"sv, true);
+  EXPECT_TRUE(MatchesWide(regex, "\xC3\x89\0z"sv));
+  EXPECT_FALSE(MatchesWide(regex, "\xC3\x89z"));
 }
 
 TEST(CRegexWide, FoldsWhatBytesDoNot) {

@@ -48,6 +48,42 @@ TEST(CStringImpl, TakesItsOwnBytes) {
   EXPECT_EQ(text.Bytes(), "\xC3\xA9");
 }
 
+TEST(CStringImpl, ReusesTheBlockOfItsUnits) {
+  CStringImpl text;
+  const std::u32string large(100, U'x');
+  text.Assign(large.data(), 400, Charset::Utf32LE);
+  const char* const block = text.Bytes().data();
+  text.Assign(kMixedWide.data(), kMixedWide.size() * 4, Charset::Utf32LE);
+  EXPECT_EQ(text.Bytes().data(), block);
+  EXPECT_EQ(text.Wide(), kMixedWide);
+  EXPECT_EQ(text.Wide().data()[4], U'\0');
+  const std::u32string larger(250, U'y');
+  text.Assign(larger.data(), 1000, Charset::Utf32LE);
+  const char* const grown = text.Bytes().data();
+  text.Append(larger.data(), 1000, Charset::Utf32LE);
+  EXPECT_EQ(text.Bytes().data(), grown) << "a new block is twice as large as it must be";
+  EXPECT_EQ(text.Length(), 500U);
+}
+
+// What the object holds in one form is assigned in another, which replaces it.
+TEST(CStringImpl, TakesTheBytesOfItsOwnForms) {
+  CStringImpl text(kMixed, Charset::Utf8);
+  std::u32string_view wide = text.Wide();
+  text.Assign(wide.data() + 1, 12, Charset::Utf32LE);
+  EXPECT_EQ(text.Wide(), kMixedWide.substr(1));
+  wide = text.Wide();
+  text.Append(wide.data(), wide.size() * 4, Charset::Utf32LE);
+  EXPECT_EQ(text.Wide(),
+            std::u32string(kMixedWide.substr(1)) + std::u32string(kMixedWide.substr(1)));
+  const std::string_view utf8 = text.Utf8();
+  text.Assign(utf8.data(), 2, Charset::Utf32LE);  // no whole unit
+  EXPECT_TRUE(text.IsEmpty());
+  text.Assign("abcd", 4, Charset::Utf8);
+  text.Assign(text.Bytes().data(), 4, Charset::Utf32LE);
+  EXPECT_EQ(text.Length(), 1U);
+  EXPECT_EQ(text.Bytes(), "abcd");
+}
+
 TEST(CStringImpl, CountsBytesOrCharacters) {
   struct Row {
     std::string_view bytes;
@@ -146,6 +182,33 @@ TEST(CStringImpl, AppendsInItsOwnEncodingOrBecomesUtf8) {
       {"NotRepresentable", "\xE9", 2, "\xE2\x82\xAC", 1, "\xC3\xA9\xE2\x82\xAC", 1},
       {"NothingTransliterated", "a", 0, "\xC3\xA9", 1, "a\xC3\xA9", 1},
       {"BrokenAddition", "a", 1, "b\0\xFF"sv, 6, "ab", 1},
+      {"BrokenAdditionAlone", "\xE9", 2, "\xFF", 1, "\xE9", 2},
+      {"BrokenInFrontOfRepresentable", "\xE9", 2, "\xFF\xC3\xA8", 1, "\xE9\xE8", 2},
+      {"BrokenAscii", "a", 2, "\x80z", 0, "az", 2},
+      {"TagIsNotLost", "a", 2, "\xF3\xA0\x81\x81", 1, "a\xF3\xA0\x81\x81", 1},
+      {"BeyondTheLast", "a\0"sv, 6, "\xF4\x90\x80\x80", 1, "a\0"sv, 6},
+      {"RegisteredMarkWrittenOnce",
+       "\xFF\xFE"
+       "a\0"sv,
+       EncodingId("UNICODE"), "b", 1,
+       "\xFF\xFE"
+       "a\0b\0"sv,
+       EncodingId("UNICODE")},
+      {"RegisteredMarkOfTheSame",
+       "\xFF\xFE"
+       "a\0"sv,
+       EncodingId("UNICODE"),
+       "\xFF\xFE"
+       "b\0"sv,
+       EncodingId("UNICODE"),
+       "\xFF\xFE"
+       "a\0b\0"sv,
+       EncodingId("UNICODE")},
+      {"RegisteredMarkLacksTheCharacter",
+       "\xFF\xFE"
+       "a\0"sv,
+       EncodingId("UNICODE"), "\xF0\x90\x90\x80", 1, "a\xF0\x90\x90\x80", 1},
+      {"MarkOfNothingAdded", "", 8, "\xFF", 1, "", 8},
       {"ToWide", "a\0\0\0"sv, 3, "b", 0, "a\0\0\0b\0\0\0"sv, 3},
       {"MarkWrittenOnce",
        "\xFF\xFE"
@@ -156,6 +219,8 @@ TEST(CStringImpl, AppendsInItsOwnEncodingOrBecomesUtf8) {
       {"RawAddition", "a", 1, "\xFF", 10, "a\xFF", 1},
       {"RawText", "\xFF", 10, "\xE9", 2, "\xFF\xE9", 10},
       {"UnknownAddition", "a", 1, "\xFF", unknown, "a\xFF", 1},
+      {"UnknownText", "\xFF", unknown, "\xC3\xA9", 1, "\xFF\xC3\xA9", unknown},
+      {"RawToWide", "a\0\0\0"sv, 3, "b\0\0\0c"sv, 10, "a\0\0\0b\0\0\0"sv, 3},
       {"NothingAdded", "a", 1, "", 6, "a", 1},
   };
   for (const AppendRow& row : kRows) {
@@ -323,6 +388,47 @@ TEST(CText, MapsCaseCharacterByCharacter) {
             "E \xC3\x89");
   EXPECT_EQ(CText("\xC3\x89\xC4\xB0").ToLower().Utf8(), "\xC3\xA9i");
   EXPECT_EQ(CText("\xE9", Charset::Latin1).ToUpper().Bytes(), "\xC9");
+  EXPECT_EQ(CText("a\0"sv, Charset::Utf16LE).ToUpper().Bytes(), "A\0"sv);
+}
+
+TEST(CText, BecomesUtf8WhereItsEncodingLacksTheOtherCase) {
+  const CText text("a\xFF", Charset::Latin1);
+  EXPECT_EQ(text.ToUpper().Bytes(), "A\xC5\xB8");
+  EXPECT_EQ(text.ToUpper().Encoding(), Charset::Utf8);
+  EXPECT_EQ(text.ToLower().Bytes(), "a\xFF");
+  EXPECT_EQ(text.ToLower().Encoding(), Charset::Latin1);
+}
+
+// Bytes that nobody can read are characters of their own: counted, found and kept.
+TEST(CText, TakesBytesForCharactersWhereThereAreNoOthers) {
+  for (const std::uint32_t id : {Charset::Ascii, Charset::Raw, EncodingId("no such encoding")}) {
+    SCOPED_TRACE(id);
+    const CText text("a\xE9z", id);
+    EXPECT_EQ(text.Length(), 3U);
+    EXPECT_EQ(text.At(1), 0xE9U);
+    EXPECT_EQ(text.At(2), U'z');
+    EXPECT_EQ(text.At(3), U'\0');
+    EXPECT_EQ(text.FindCodePoint(U'z'), 2U);
+    EXPECT_EQ(text.FindCodePoint(0xE9), 1U);
+    EXPECT_EQ(text.FindCodePoint(0xE9, 2), CText::kNotFound);
+    EXPECT_EQ(text.FindCodePoint(0x1E9), CText::kNotFound);
+    EXPECT_EQ(text.Part(1, 2).Bytes(), "\xE9z");
+    EXPECT_EQ(text.ToUpper().Bytes(), "A\xE9Z");
+    EXPECT_EQ(text.ToUpper().Encoding(), id);
+    CText erased = text;
+    erased.Erase(0, 1);
+    EXPECT_EQ(erased.Bytes(), "\xE9z");
+  }
+}
+
+TEST(CText, PutsATextWithoutAByteInFrontOfOneWithoutACharacter) {
+  const CText none;
+  for (const CText& unreadable :
+       {CText("\xFF"), CText("\x80", Charset::Ascii), CText("\xFE\xFF", Charset::Utf16)}) {
+    EXPECT_EQ(none.Compare(unreadable), -1);
+    EXPECT_EQ(unreadable.Compare(none), 1);
+    EXPECT_TRUE(none.EqualsIgnoringCase(unreadable)) << "no character on either side";
+  }
 }
 
 TEST(CText, ComparesAcrossEncodings) {

@@ -93,6 +93,8 @@ TEST(CUnicodeString, ComparesWithBytesTextsAndOtherObjects) {
   EXPECT_EQ(empty->Compare("a", "ASCII"), -1);
   EXPECT_EQ(empty->Compare(text.Get()), -1);
   EXPECT_EQ(empty->Compare("", 0, "UTF-16LE"), 0);
+  EXPECT_EQ(empty->Compare("\xFF", 1, "UTF-8"), -1);
+  EXPECT_FALSE(empty->Equals("\xFF", 1, "UTF-8"));
 }
 
 TEST(CUnicodeString, ReadsIntoABufferInAnEncoding) {
@@ -104,6 +106,17 @@ TEST(CUnicodeString, ReadsIntoABufferInAnEncoding) {
   EXPECT_EQ(std::string_view(buffer, 4), "\0a\x20\x20"sv) << "the fourth byte is the one before";
   EXPECT_EQ(text->Read(buffer, sizeof buffer, "RAW"), 4U);
   EXPECT_EQ(text->Read(buffer, 0, "UTF-8"), 0U);
+}
+
+TEST(CUnicodeString, ReadsNothingOfAnEmptyText) {
+  const CUsePtr<CUnicodeString> rows[] = {MakeUseCounted<CUnicodeString>(), Make(""),
+                                          Make("", Charset::Utf16), Make("\xFF")};
+  char buffer[8];
+  for (const auto& text : rows) {
+    for (const char* encoding : {"UTF-16", "UTF-32", "UTF-16LE", "GB18030"}) {
+      EXPECT_EQ(text->Read(buffer, sizeof buffer, encoding), 0U) << encoding;
+    }
+  }
 }
 
 TEST(CUnicodeString, HandsOutTheSameHandle) {

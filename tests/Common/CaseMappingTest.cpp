@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "tests/support/SharedData.h"
+#include "tests/support/TsvRows.h"
 
 namespace {
 
@@ -78,7 +79,34 @@ TEST(CaseMapping, FoldsEveryCodePointAsTheUnicodeDataDoes) {
   }
 }
 
-// What the two tests above found equal to the data: a change of a table shows here on any machine.
+// The same data as a table, for machines without the package. Mappings of another kind (Turkish and
+// simple folding) are not to be in use.
+TEST(CaseMapping, AgreesWithThePublicCases) {
+  const auto full = SharedPath("testdata/unicode/casefold_full.tsv");
+  const auto other = SharedPath("testdata/unicode/casefold_other.tsv");
+  const auto simple = SharedPath("testdata/unicode/simple_case.tsv");
+  if (!full || !other || !simple) GTEST_SKIP() << "the public tables are not here";
+  for (const TsvRow& row : ReadTsv(*full)) {
+    std::u32string folded;
+    std::istringstream codes(row["folded"]);
+    for (std::string code; codes >> code;) folded += CodePoint(code);
+    EXPECT_EQ(Folded(CodePoint(row["code"])), folded) << row["code"];
+  }
+  for (const TsvRow& row : ReadTsv(*other)) {
+    EXPECT_NE(Folded(CodePoint(row["code"])), std::u32string(1, CodePoint(row["folded"])))
+        << row["code"];
+  }
+  for (const TsvRow& row : ReadTsv(*simple)) {
+    const char32_t value = CodePoint(row["code"]);
+    const auto mapped = [&](const char* column) {
+      return row[column].empty() ? value : CodePoint(row[column]);
+    };
+    EXPECT_EQ(UpperCase(value), mapped("upper")) << row["code"];
+    EXPECT_EQ(LowerCase(value), mapped("lower")) << row["code"];
+  }
+}
+
+// What the tests above found equal to the data: a change of a table shows here on any machine.
 TEST(CaseMapping, KeepsItsTables) {
   std::uint64_t hash = 14695981039346656037U;
   const auto add = [&hash](char32_t value) { hash = (hash ^ value) * 1099511628211U; };

@@ -97,8 +97,38 @@ const Row kRows[] = {
      "a\xFF"
      "b",
      9, 1, "ab"},
+    {"BeyondTheLastToUtf16",
+     "a\xF4\x90\x80\x80"
+     "b",
+     1, 6, "a\0b\0"sv},
+    {"FiveBytesToLatin1",
+     "a\xF8\x88\x80\x80\x80"
+     "b",
+     1, 2, "ab"},
+    {"SixBytesToGb18030",
+     "a\xFC\x84\x80\x80\x80\x80"
+     "b",
+     1, 9, "ab"},
+    {"OverlongToAscii",
+     "a\xC0\x80"
+     "b",
+     1, 0, "ab"},
+    {"SurrogateToUtf16",
+     "a\xED\xA0\x80"
+     "b",
+     1, 6, "a\0b\0"sv},
+    {"BeyondTheLastFromBigUnits", "\0\x11\0\0\0\0\0a"sv, 4, 2, "a"},
+    {"Utf8OutOfItself",
+     "a\xF4\x90\x80\x80"
+     "b\xFF",
+     1, 1, "ab"},
     {"Zero", "a\0b"sv, 1, 6, "a\0\0\0b\0"sv},
     {"Empty", "", 1, 6, ""},
+
+    // No character, no mark.
+    {"EmptyHasNoMark", "", 1, 8, ""},
+    {"NothingReadHasNoMark", "\xFF", 1, 5, ""},
+    {"MarkAloneHasNone", "\xFE\xFF", 8, 5, ""},
 };
 
 TEST(ConvertText, GivesTheBytesOfTheRow) {
@@ -130,6 +160,25 @@ TEST(ConvertText, ConvertsRegisteredNames) {
             "\x1B$BCf\x1B(B");
 }
 
+// Values that are no characters, out of an encoding whose converter lets them through.
+TEST(ConvertText, DropsWhatIsNoCharacterFromRegisteredNames) {
+  const std::uint32_t ucs4 = EncodingId("UCS-4");
+  constexpr std::string_view kUnits = "\0\0\0a\0\x11\0\0\0\0\xD8\0\x7F\xFF\xFF\xFF\0\0\0b"sv;
+  EXPECT_EQ(ConvertText(kUnits, ucs4, Charset::Utf8), "ab");
+  EXPECT_EQ(ConvertText(kUnits, ucs4, Charset::Latin1), "ab");
+  EXPECT_EQ(ConvertText(kUnits, ucs4, Charset::Utf8, ConversionMode::Exact), std::nullopt);
+}
+
+TEST(ConvertText, TellsWhichEncodingsWriteAMark) {
+  for (std::uint32_t id = 0; id < 11; ++id) {
+    EXPECT_EQ(WritesByteOrderMark(id), id == Charset::Utf16 || id == Charset::Utf32) << id;
+  }
+  EXPECT_TRUE(WritesByteOrderMark(EncodingId("UNICODE")));
+  for (const char* name : {"windows-1252", "ISO-2022-JP", "UTF-16le", "no such encoding"}) {
+    EXPECT_FALSE(WritesByteOrderMark(EncodingId(name))) << name;
+  }
+}
+
 TEST(ConvertText, RefusesWhatIsNoEncoding) {
   const std::uint32_t unknown = EncodingId("no such encoding");
   for (const std::uint32_t id : {Charset::Raw, unknown, std::uint32_t{99999}}) {
@@ -150,6 +199,30 @@ TEST(ConvertText, LosesNothingInExactMode) {
   EXPECT_EQ(exact("a\xE2\x82", 1, 6), std::nullopt);
   EXPECT_EQ(exact("\x80", 0, 1), std::nullopt);
   EXPECT_EQ(exact("plain", 0, 2), "plain");
+  // Forms of UTF-8 that are no characters, though converters take them for such.
+  EXPECT_EQ(exact("a\xF4\x90\x80\x80", 1, 1), std::nullopt);
+  EXPECT_EQ(exact("a\xF8\x88\x80\x80\x80", 1, 3), std::nullopt);
+  EXPECT_EQ(exact("\0\0\x11\0"sv, 3, 1), std::nullopt);
+  EXPECT_EQ(exact("a\0\0\0b"sv, 3, 1), std::nullopt);
+  // Converters drop a language tag without a word, and write a yen sign as a backslash.
+  EXPECT_EQ(exact("a\xF3\xA0\x81\x81", 1, 0), std::nullopt);
+  EXPECT_EQ(exact("a\xF3\xA0\x81\x81", 1, 2), std::nullopt);
+  EXPECT_EQ(exact("\xF3\xA0\x81\x81", 1, 9), "\xD3\x36\x9C\x33");
+  EXPECT_EQ(exact("\xC2\xA5", 1, EncodingId("EUC-JP")), std::nullopt);
+}
+
+// Every code point is refused by an encoding, or comes back from it.
+TEST(ConvertText, BringsBackWhatItWroteExactly) {
+  for (const std::uint32_t id :
+       {Charset::Ascii, Charset::Latin1, Charset::Gb18030, EncodingId("windows-1252")}) {
+    std::u32string lost;
+    for (char32_t value = 0; value <= kLastCodePoint; value += value < 0x500 ? 1 : 509) {
+      if (const auto narrow = NarrowText({&value, 1}, id, ConversionMode::Exact)) {
+        if (WideText(*narrow, id) != std::u32string(1, value)) lost += value;
+      }
+    }
+    EXPECT_TRUE(lost.empty()) << id;
+  }
 }
 
 // Most of the locales that would change an answer are not on a build machine; the setting is made

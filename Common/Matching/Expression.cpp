@@ -118,6 +118,7 @@ public:
     if (MayUseAutomata()) {
       return Automaton(WholeForward).Run({text, 0, false}, 0) != kNowhere;
     }
+    if (MayAskSuffixes()) return IsMatchBySuffixes(text);
     Captures captures;
     return MatchCaptures(text, captures);
   }
@@ -127,6 +128,7 @@ public:
     if (MayUseAutomata()) {
       return Automaton(AnyForward).Run({text, 0, false}, 0) != kNowhere;
     }
+    if (MaySearchSuffixes()) return SearchBySuffixes(text);
     Captures captures;
     return SearchCaptures(text, 0, {}, captures);
   }
@@ -134,6 +136,7 @@ public:
   bool MatchCaptures(std::string_view text, Captures& captures) const {
     if (!MayMatchWhole(text)) return false;
     const Subject subject{text, 0, false};
+    if (MayAskSuffixes() && !IsMatchBySuffixes(text)) return false;
     if (!fUnrolled) return RunExact(subject, 0, 0, true, false, captures);
     if (MayUseAutomata() && Automaton(WholeForward).Run(subject, 0) == kNowhere) return false;
     CaptureQuery query{
@@ -144,6 +147,8 @@ public:
   bool SearchCaptures(std::string_view text, std::size_t from, const SearchFlags& flags,
                       Captures& captures) const {
     if (!fLiterals.MayMatch(text, from)) return false;
+    const bool isWholeText = from == 0 && !flags.hasPrevious;
+    if (isWholeText && MaySearchSuffixes() && !SearchBySuffixes(text)) return false;
     const Subject subject{text, from, flags.hasPrevious};
     const bool isAnchored = flags.onlyNonEmptyHere || fStartsAtBegin;
     const std::size_t lastStart = isAnchored ? from : text.size();
@@ -177,6 +182,8 @@ private:
     FirstForward,          // the preferred match from any place on
     FirstForwardAnchored,  // the same, from the first place
     LongestBackward,
+    WholeBySuffixes,  // with look-aheads
+    AnyBySuffixes,
     AutomatonCount
   };
 
@@ -188,6 +195,20 @@ private:
 
   [[nodiscard]] bool MayUseAutomata() const {
     return fOptions.useAutomata && fLookAheads.IsEmpty() && !fTree.Has(NodeKind::BackReference);
+  }
+
+  [[nodiscard]] bool MayAskSuffixes() const {
+    return fOptions.useAutomata && !fLookAheads.IsEmpty() && !fTree.Has(NodeKind::BackReference);
+  }
+  // A look-ahead's own beginning is one thing to a match at the first place, and another to others.
+  [[nodiscard]] bool MaySearchSuffixes() const {
+    return MayAskSuffixes() && !fLookAheads.AskForBegin();
+  }
+  [[nodiscard]] bool IsMatchBySuffixes(std::string_view text) const {
+    return Automaton(WholeBySuffixes).Run({text, 0, false}, text.size()) != kNowhere;
+  }
+  [[nodiscard]] bool SearchBySuffixes(std::string_view text) const {
+    return Automaton(AnyBySuffixes).Run({text, 0, false}, text.size()) != kNowhere;
   }
 
   // The automaton of that kind, built at first use: whoever comes second deletes his own.
@@ -205,8 +226,10 @@ private:
   }
 
   [[nodiscard]] LazyDfa::Setup SetupOf(AutomatonKind kind) const {
-    static constexpr Goal kGoals[] = {Goal::Whole, Goal::Any, Goal::First, Goal::First,
-                                      Goal::Longest};
+    static constexpr Goal kGoals[] = {Goal::Whole,   Goal::Any,   Goal::First, Goal::First,
+                                      Goal::Longest, Goal::Whole, Goal::Any};
+    const bool asksSuffixes = kind == WholeBySuffixes || kind == AnyBySuffixes;
+    const bool isBackward = kind == LongestBackward || asksSuffixes;
     const bool isFirst = kGoals[kind] == Goal::First;
     return {.program = kind == LongestBackward ? BackwardProgram()
                        : isFirst               ? *fUnrolled
@@ -215,7 +238,8 @@ private:
             .classes = fClasses,
             .goal = kGoals[kind],
             .isAnchored = kind != AnyForward && kind != FirstForward,
-            .direction = kind == LongestBackward ? Direction::Backward : Direction::Forward,
+            .direction = isBackward ? Direction::Backward : Direction::Forward,
+            .asksSuffixes = asksSuffixes,
             .budget = fOptions.automatonBudget};
   }
 

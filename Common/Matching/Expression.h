@@ -36,7 +36,7 @@ struct SearchFlags {
 // Which engine answers; what a test or a diagnosis asks for.
 enum class Road : std::uint8_t {
   Automaton,  // lazily built, and threads where positions are wanted
-  Threads,    // look-aheads: their places first, then all ways at once
+  Threads,    // look-aheads: an automaton for yes and no, else their places and then all ways
   Exact,      // back-references, and what only the library's own order of trying can tell
 };
 

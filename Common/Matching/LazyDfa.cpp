@@ -4,6 +4,8 @@
 #include <new>
 #include <utility>
 
+#include "Common/Matching/SuffixTruth.h"
+
 namespace Matching {
 
 // Header of one allocation: behind it stand the ways out, one a class, then the kernel's states.
@@ -38,10 +40,16 @@ struct LazyDfa::DfaState {
 
 // What one run works in when it leaves the states that exist.
 struct LazyDfa::Workspace {
-  explicit Workspace(const Setup& setup)
-      : simulation(setup.program, setup.tree, setup.goal, setup.isAnchored) {}
+  explicit Workspace(const Setup& setup) {
+    if (setup.asksSuffixes) {
+      stepper = std::make_unique<SuffixTruth>(setup.program, setup.tree, setup.goal);
+    } else {
+      stepper =
+          std::make_unique<Simulation>(setup.program, setup.tree, setup.goal, setup.isAnchored);
+    }
+  }
 
-  Simulation simulation;
+  std::unique_ptr<AStepper> stepper;
   Kernel from;
   Kernel to;
 };
@@ -169,14 +177,14 @@ void LazyDfa::RunBackward(const Subject& subject, std::size_t start, OnMatch onM
     if (next == nullptr) {
       next = Grow(*state, byte, lease.Get());
       if (next == nullptr) {
-        if (lease.Get().from.matched) onMatch(pos);
+        if (lease.Get().from.matched && onMatch(pos)) return;
         if (pos == stop) return;
         return Simulate(lease.Get(), subject, pos - 1, stop, onMatch);
       }
     }
     state = next;
     if (!state->isSpecial) continue;
-    if (state->matched) onMatch(pos);
+    if (state->matched && onMatch(pos)) return;
     if (state->isDead) return;
   }
   if (peek == 0 && AcceptsAtEdge(*state, lease)) onMatch(stop);
@@ -188,13 +196,13 @@ void LazyDfa::Simulate(Workspace& workspace, const Subject& subject, std::size_t
   const bool isForward = fSetup.direction == Direction::Forward;
   while (pos != last && !workspace.from.states.empty()) {
     const unsigned char byte = subject.At(isForward ? pos : pos - 1);
-    workspace.simulation.Step(workspace.from, subject.BoundaryAt(pos), byte, workspace.to);
+    workspace.stepper->Step(workspace.from, subject.BoundaryAt(pos), byte, workspace.to);
     workspace.to.afterWord = fSetup.program.hasWordBoundaries && IsWordByte(byte);
     std::swap(workspace.from, workspace.to);
     if (workspace.from.matched && onMatch(pos)) return;
     pos = isForward ? pos + 1 : pos - 1;
   }
-  if (workspace.simulation.Accepts(workspace.from, subject.BoundaryAt(pos))) onMatch(pos);
+  if (workspace.stepper->Accepts(workspace.from, subject.BoundaryAt(pos))) onMatch(pos);
 }
 
 const LazyDfa::DfaState* LazyDfa::StartState(const Boundary& at, bool isFresh, Lease& lease) const {
@@ -209,7 +217,7 @@ const LazyDfa::DfaState* LazyDfa::StartState(const Boundary& at, bool isFresh, L
   kernel.afterWord = fSetup.program.hasWordBoundaries && afterWord;
   kernel.isFresh = isFresh;
   kernel.matched = false;
-  lease.Get().simulation.Begin(kernel);
+  lease.Get().stepper->Begin(kernel);
   const DfaState* const state = Intern(kernel);
   if (state != nullptr) known.store(state, std::memory_order_release);
   return state;
@@ -231,7 +239,7 @@ const LazyDfa::DfaState* LazyDfa::Grow(const DfaState& from, unsigned char byte,
 
 void LazyDfa::StepKernel(const Kernel& from, unsigned char byte, Kernel& to,
                          Workspace& workspace) const {
-  workspace.simulation.Step(from, Around(from, IsWordByte(byte)), byte, to);
+  workspace.stepper->Step(from, Around(from, IsWordByte(byte)), byte, to);
   to.afterWord = fSetup.program.hasWordBoundaries && !to.states.empty() && IsWordByte(byte);
 }
 
@@ -262,7 +270,7 @@ bool LazyDfa::AcceptsAtEdge(const DfaState& state, Lease& lease) const {
   kernel.afterWord = state.afterWord;
   Boundary at = Around(kernel, false);
   (fSetup.direction == Direction::Forward ? at.isEnd : at.isBegin) = true;
-  const bool accepts = workspace.simulation.Accepts(kernel, at);
+  const bool accepts = workspace.stepper->Accepts(kernel, at);
   state.acceptsAtEdge.store(accepts ? DfaState::Accepts : DfaState::Refuses,
                             std::memory_order_relaxed);  // stands alone, orders nothing
   return accepts;

@@ -42,8 +42,9 @@ private:
 // which goes once from null to its target; both are published by compare-and-swap or a store with
 // release, and read with acquire. States live as long as the automaton.
 //
-// The program, the tree and the classes must outlive it. Programs with look-aheads are not for it:
-// what they answer at a byte depends on more than the states.
+// The program, the tree and the classes must outlive it. A program with look-aheads is run from its
+// end (asksSuffixes), and only for Whole and Any: what it answers at a byte depends on what
+// follows.
 class LazyDfa {
 public:
   struct Setup {
@@ -52,8 +53,9 @@ public:
     const ByteClasses& classes;
     Goal goal = Goal::Whole;
     bool isAnchored = true;
-    Direction direction = Direction::Forward;
-    std::size_t budget = 0;  // bytes
+    Direction direction = Direction::Forward;  // of the run, and of the program
+    bool asksSuffixes = false;                 // runs backward over a forward program (SuffixTruth)
+    std::size_t budget = 0;                    // bytes
   };
 
   explicit LazyDfa(const Setup& setup);

@@ -48,17 +48,32 @@ public:
     fMarks[id] = fMark;
     return true;
   }
+  [[nodiscard]] bool Contains(StateId id) const { return fMarks[id] == fMark; }
 
 private:
   std::vector<std::uint32_t> fMarks;
   std::uint32_t fMark = 1;
 };
 
-// One step of a program at a time, all its ways at once: what the automaton caches, and what runs
-// where there is nothing cached.
-//
-// Belongs to one thread; keeps the memory that it works in.
-class Simulation {
+// One step of a program at a time: what the automaton caches, and what runs where there is nothing
+// cached. Belongs to one thread; keeps the memory that it works in.
+class AStepper {
+public:
+  AStepper() = default;
+  AStepper(const AStepper&) = delete;
+  AStepper& operator=(const AStepper&) = delete;
+  virtual ~AStepper() = default;
+
+  // What holds in front of the first byte. The flags of the kernel stay.
+  virtual void Begin(Kernel& kernel) = 0;
+  // Consumes the byte; `at` is the boundary in front of it.
+  virtual void Step(const Kernel& from, const Boundary& at, unsigned char byte, Kernel& to) = 0;
+  // Whether a match ends here, nothing more being consumed.
+  virtual bool Accepts(const Kernel& from, const Boundary& at) = 0;
+};
+
+// Follows all ways of a program at once.
+class Simulation : public AStepper {
 public:
   Simulation(const Program& program, const SyntaxTree& tree, Goal goal, bool isAnchored)
       : fProgram(program),
@@ -68,16 +83,19 @@ public:
         fResolved(program.states.size()),
         fTaken(program.states.size()) {}
 
-  // The states in front of the first byte. The flags of the kernel stay.
-  void Begin(Kernel& kernel);
+  void Begin(Kernel& kernel) override;
+  void Step(const Kernel& from, const Boundary& at, unsigned char byte, Kernel& to) override {
+    Step(from, at, byte, to, nullptr, 0);
+  }
+  bool Accepts(const Kernel& from, const Boundary& at) override {
+    return Accepts(from, at, nullptr, 0);
+  }
 
-  // Consumes the byte; `at` is the boundary in front of it, pos the place for the table.
+  // The same for programs with look-ahead, which ask the table what holds at place pos.
   void Step(const Kernel& from, const Boundary& at, unsigned char byte, Kernel& to,
-            const LookAheadTable* table = nullptr, std::size_t pos = 0);
-
-  // Whether a match ends here, nothing more being consumed.
-  bool Accepts(const Kernel& from, const Boundary& at, const LookAheadTable* table = nullptr,
-               std::size_t pos = 0);
+            const LookAheadTable* table, std::size_t pos);
+  bool Accepts(const Kernel& from, const Boundary& at, const LookAheadTable* table,
+               std::size_t pos);
 
 private:
   const std::vector<StateId>& Resolve(const Kernel& from, const Boundary& at,

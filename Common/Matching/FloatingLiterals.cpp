@@ -1,8 +1,7 @@
 #include "Common/Matching/FloatingLiterals.h"
 
-#include <algorithm>
-#include <bit>
 #include <limits>
+#include <utility>
 
 namespace Matching {
 
@@ -21,93 +20,180 @@ constexpr std::array<std::uint8_t, 256> kCommonness = [] {
   return table;
 }();
 
+std::uint64_t CommonnessOf(std::string_view bytes) {
+  std::uint64_t sum = 0;
+  for (const char byte : bytes) sum += kCommonness[static_cast<unsigned char>(byte)];
+  return sum;
+}
+
+// How often a run was taken before, by its hash.
+std::uint32_t& LoadOf(std::vector<std::uint32_t>& load, std::uint64_t hash) {
+  return load[hash >> 40 & (load.size() - 1)];
+}
+
 }  // namespace
 
 bool FloatingLiterals::Add(std::string_view folded, std::uint32_t id) {
   constexpr std::size_t kRoom = std::numeric_limits<std::uint32_t>::max();
   if (folded.empty() || folded.size() > kRoom - fArena.size()) return false;
-  fLiterals.push_back({static_cast<std::uint32_t>(fArena.size()),
-                       static_cast<std::uint32_t>(folded.size()), 0, id});
+  fLiterals.push_back(
+      {static_cast<std::uint32_t>(fArena.size()), static_cast<std::uint32_t>(folded.size()), id});
   fArena.append(folded);
   return true;
 }
 
-// Takes the run that the fewest literals before took, and of those the one with the rarest bytes.
-// "load" counts, by hash, how often a run was taken.
-void FloatingLiterals::ChooseRun(Literal& literal, std::vector<std::uint32_t>& load) {
-  const std::size_t run = RunSize(literal.size);
-  const std::size_t mask = load.size() - 1;
-  std::uint64_t best = std::numeric_limits<std::uint64_t>::max();
-  std::size_t bestHash = 0;
-  // A run far inside a very long literal is no better than one near its start.
-  const std::size_t last = std::min<std::size_t>(literal.size - run, 255);
-  for (std::size_t at = 0; at <= last; ++at) {
-    const char* bytes = fArena.data() + literal.offset + at;
-    std::uint64_t commonness = 0;
-    for (std::size_t i = 0; i < run; ++i) {
-      commonness += kCommonness[static_cast<unsigned char>(bytes[i])];
-    }
-    const std::size_t hash = HashOf(RunAt(bytes, run)) >> 40 & mask;
-    const std::uint64_t cost = std::uint64_t{load[hash]} * 16 + commonness;
-    if (cost >= best) continue;
-    best = cost;
-    bestHash = hash;
-    literal.runAt = static_cast<std::uint32_t>(at);
+std::uint64_t FloatingLiterals::WindowOf(const Literal& literal, std::size_t at,
+                                         std::size_t size) const {
+  std::uint64_t window = 0;
+  std::memcpy(&window, fArena.data() + literal.offset + at, size);
+  return window | kLoose;
+}
+
+std::uint64_t FloatingLiterals::RunOf(const Literal& literal, std::size_t at,
+                                      std::size_t size) const {
+  const std::uint64_t window = WindowOf(literal, at, size);
+  switch (size) {
+    case 1:
+      return Part<1>(window);
+    case 2:
+      return Part<2>(window);
+    case 3:
+      return Part<3>(window);
+    case 4:
+      return Part<4>(window);
+    default:
+      return Part<Long::kRun>(window);
   }
-  ++load[bestHash];
+}
+
+// Takes the runs that the fewest literals before took, and of those the ones with the rarest bytes.
+template <class Kind>
+void FloatingLiterals::AddRuns(std::uint32_t literal, std::vector<std::uint32_t>& load,
+                               std::vector<Run>& runs) const {
+  const Literal& whole = fLiterals[literal];
+  const std::string_view bytes = std::string_view(fArena).substr(whole.offset, whole.size);
+  // Runs far inside a very long literal are no better than some near its start.
+  const std::size_t choices = std::min<std::size_t>(whole.size - kShortest<Kind> + 1, 256);
+  std::array<std::uint64_t, Kind::kStride> costs{};  // of one choice's runs, by place
+  std::uint64_t sum = 0;
+  std::uint64_t best = std::numeric_limits<std::uint64_t>::max();
+  std::size_t chosen = 0;
+  for (std::size_t at = 0; at < choices + Kind::kStride - 1; ++at) {
+    std::uint64_t& cost = costs[at % Kind::kStride];
+    sum -= cost;
+    cost = LoadOf(load, HashOf(RunOf(whole, at, Kind::kRun))) * std::uint64_t{16} +
+           CommonnessOf(bytes.substr(at, Kind::kRun));
+    sum += cost;
+    if (at + 1 < Kind::kStride || sum >= best) continue;
+    best = sum;
+    chosen = at + 1 - Kind::kStride;
+  }
+  for (std::size_t at = chosen; at < chosen + Kind::kStride; ++at) {
+    const std::uint64_t hash = HashOf(RunOf(whole, at, Kind::kRun));
+    ++LoadOf(load, hash);
+    runs.push_back({hash, {literal, static_cast<std::uint32_t>(at) & 0x7FFFFFFFU, 0}});
+  }
+}
+
+void FloatingLiterals::AddShort(std::uint32_t literal, std::vector<Run>& runs) {
+  const Literal& whole = fLiterals[literal];
+  runs.push_back({HashOf(RunOf(whole, 0, whole.size)), {literal, 0, 0}});
+  if (whole.size == 1) {
+    fIsSingle[static_cast<unsigned char>(fArena[whole.offset])] = true;
+    return;
+  }
+  fPairs.resize(kPairCount);
+  fPairs[PairIndex(WindowOf(whole, 0, 2), 0)] |= static_cast<std::uint8_t>(1U << whole.size);
 }
 
 void FloatingLiterals::Freeze() {
   if (fLiterals.empty()) return;
-  std::vector<std::uint32_t> load(
-      std::clamp<std::size_t>(std::bit_ceil(fLiterals.size() * 4), 1024, std::size_t{1} << 22));
-  for (Literal& literal : fLiterals) ChooseRun(literal, load);
-
-  const auto key = [this](const Literal& literal) {
-    const std::size_t run = RunSize(literal.size);
-    return std::pair(run, RunAt(fArena.data() + literal.offset + literal.runAt, run));
-  };
-  std::stable_sort(fLiterals.begin(), fLiterals.end(),
-                   [&](const Literal& a, const Literal& b) { return key(a) < key(b); });
-  for (std::size_t run = 1; run <= kRun; ++run) Fill(run);
+  std::vector<std::uint32_t> load(std::clamp<std::size_t>(
+      std::bit_ceil(fLiterals.size() * 4 * Long::kStride), 1024, std::size_t{1} << 22));
+  std::vector<Run> longRuns;
+  std::vector<Run> mediumRuns;
+  std::array<std::vector<Run>, kShortRun + 1> shortRuns;  // by length
+  for (std::uint32_t i = 0; i < fLiterals.size(); ++i) {
+    const Literal& literal = fLiterals[i];
+    if (literal.size >= kShortest<Long>) {
+      AddRuns<Long>(i, load, longRuns);
+    } else if (literal.size >= kShortest<Medium>) {
+      AddRuns<Medium>(i, load, mediumRuns);
+    } else {
+      AddShort(i, shortRuns[literal.size]);
+    }
+  }
+  Fill(fLong, longRuns);
+  Fill(fMedium, mediumRuns);
+  Fill(fSingles, shortRuns[1]);
+  for (std::size_t run = 2; run <= kShortRun; ++run) Fill(fShort[run - 2], shortRuns[run]);
   fLiterals.shrink_to_fit();
   fArena.shrink_to_fit();
 }
 
-// Builds the table of the runs of one length from the sorted literals.
-void FloatingLiterals::Fill(std::size_t run) {
-  std::vector<Slot> runs;
-  for (std::uint32_t i = 0; i < fLiterals.size(); ++i) {
-    const Literal& literal = fLiterals[i];
-    if (RunSize(literal.size) != run) continue;
-    const std::uint64_t bytes = RunAt(fArena.data() + literal.offset + literal.runAt, run);
-    if (runs.empty() || runs.back().run != bytes) runs.push_back({bytes, i, 0});
-    ++runs.back().count;
+template <class Kind>
+std::size_t FloatingLiterals::NextRun(const Table& table, const Windows& windows,
+                                      std::size_t from) {
+  const std::size_t size = windows.text.size();
+  for (; from + Kind::kRun <= size; from += Kind::kStride) {
+    if (table.Passes(HashOf(Part<Kind::kRun>(windows.At(from))))) return from;
   }
-  if (runs.empty()) return;
+  return kNone;
+}
+template std::size_t FloatingLiterals::NextRun<FloatingLiterals::Long>(const Table&, const Windows&,
+                                                                       std::size_t);
+template std::size_t FloatingLiterals::NextRun<FloatingLiterals::Medium>(const Table&,
+                                                                         const Windows&,
+                                                                         std::size_t);
 
-  Table& table = fTables[run - 1];
-  const std::size_t slots = std::bit_ceil(runs.size() * 2);
-  const std::size_t filterBits = std::clamp<std::size_t>(slots * 32, 64, std::size_t{1} << 31);
-  table.slots.assign(slots, Slot{0, 0, 0});
+std::size_t FloatingLiterals::NextPairs(const Windows& windows, std::size_t from) const {
+  static_assert(kStep == 4);
+  const std::size_t size = windows.text.size();
+  const std::uint8_t* const pairs = fPairs.data();
+  for (; from + 1 < size; from += kStep) {
+    const std::uint64_t window = windows.At(from);
+    const unsigned kinds = pairs[PairIndex(window, 0)] | pairs[PairIndex(window, 1)] |
+                           pairs[PairIndex(window, 2)] | pairs[PairIndex(window, 3)];
+    if (kinds != 0) return from;
+  }
+  return kNone;
+}
+
+void FloatingLiterals::Fill(Table& table, std::vector<Run>& runs) {
+  if (runs.empty()) return;
+  std::stable_sort(runs.begin(), runs.end(),
+                   [](const Run& a, const Run& b) { return a.hash < b.hash; });
+  const std::size_t slots = std::bit_ceil(runs.size() * 4 / 3 + 1);
+  const std::size_t filterBits = std::clamp<std::size_t>(slots * 16, 64, std::size_t{1} << 31);
+  table.slots.assign(slots, Slot{0, 0});
   table.filter.assign(filterBits / 64, 0);
   table.slotShift = 64 - static_cast<unsigned>(std::countr_zero(slots));
   table.filterShift = 64 - static_cast<unsigned>(std::countr_zero(filterBits));
-  for (const Slot& slot : runs) {
-    const std::uint64_t hash = HashOf(slot.run);
+  table.entries.reserve(runs.size());
+  for (std::size_t i = 0; i < runs.size(); ++i) {
+    const std::uint64_t hash = runs[i].hash;
+    table.entries.push_back(runs[i].entry);
+    table.entries.back().isLast = i + 1 == runs.size() || runs[i + 1].hash != hash;
+    if (i > 0 && runs[i - 1].hash == hash) continue;
     const std::uint64_t bit = hash >> table.filterShift;
     table.filter[bit >> 6] |= std::uint64_t{1} << (bit & 63);
     std::size_t s = hash >> table.slotShift;
-    while (table.slots[s].count != 0) s = (s + 1) & (slots - 1);
-    table.slots[s] = slot;
+    while (table.slots[s].first != 0) s = (s + 1) & (slots - 1);
+    table.slots[s] = {TagOf(hash), static_cast<std::uint32_t>(table.entries.size())};
   }
 }
 
 std::size_t FloatingLiterals::MemorySize() const {
-  std::size_t size = sizeof *this + fArena.capacity() + fLiterals.capacity() * sizeof(Literal);
-  for (const Table& table : fTables) {
-    size += table.filter.capacity() * sizeof(std::uint64_t) + table.slots.capacity() * sizeof(Slot);
-  }
+  std::size_t size =
+      sizeof *this + fArena.capacity() + fLiterals.capacity() * sizeof(Literal) + fPairs.capacity();
+  const auto add = [&size](const Table& table) {
+    size += table.filter.capacity() * sizeof(std::uint64_t) +
+            table.slots.capacity() * sizeof(Slot) + table.entries.capacity() * sizeof(Entry);
+  };
+  add(fLong);
+  add(fMedium);
+  add(fSingles);
+  for (const Table& table : fShort) add(table);
   return size;
 }
 

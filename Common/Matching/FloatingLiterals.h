@@ -14,11 +14,15 @@
 
 namespace Matching {
 
-// Which of very many literals stand somewhere in a text? Each literal is found by the rarest of its
-// runs of up to six bytes: one pass looks each run of the text up in a bit filter, and only where
-// the filter has it in a table of the literals to compare. So the cost is a few instructions a
-// byte, whatever the number of literals, and a comparison for each run that the text and a literal
-// share.
+// Which of very many literals stand somewhere in a text? The cost is a few instructions a byte,
+// whatever the number of literals, and a comparison for each run of bytes that the text and a
+// literal share.
+//
+// A long literal is entered with as many runs as its stride, which begin at neighbouring places of
+// it, the rarest that it has: then it is enough to look at every fourth or second place of the
+// text, for at just one of them one of those runs begins. A short one is found by a pair of its
+// bytes, looked for at every place, and one of a single byte by that. Each of these passes is made
+// only when there is such a literal.
 //
 // Letters of either case are equal. Filled by Add, closed by Freeze, and from then on read by any
 // thread.
@@ -33,130 +37,208 @@ public:
   std::size_t MemorySize() const;
 
   // Calls onHit(id, position) for each place where a literal stands, until one call gives true;
-  // gives whether one did. The order follows the text, but for where in a literal its run lies.
+  // gives whether one did. Long literals come first, each kind in the order of the text.
   template <class OnHit>
   bool Visit(std::string_view text, OnHit onHit) const {
     if (fLiterals.empty()) return false;
-    char folded[kChunk + kRun - 1 + sizeof(std::uint64_t)];
-    for (std::size_t start = 0; start < text.size(); start += kChunk) {
-      const std::size_t fill = std::min(text.size() - start, kChunk + kRun - 1);
-      FoldBytes(text.data() + start, fill, folded);
-      std::memset(folded + fill, 0, sizeof(std::uint64_t));  // a window reads past its run
-      const std::size_t places = std::min(fill, kChunk);
-      for (std::size_t run = kRun; run >= 1; --run) {
-        if (fTables[run - 1].slots.empty()) continue;
-        if (VisitRuns(run, folded, fill, places, text, start, onHit)) return true;
-      }
-    }
-    return false;
+    // Windows of eight bytes are read in place as far as the text has them, and then from here.
+    char tail[2 * kWindow] = {};
+    const std::size_t tailBegin =
+        text.size() < kWindow ? 0 : (text.size() - kWindow + 1) & ~(kStep - 1);
+    text.copy(tail, sizeof tail, tailBegin);
+    const Windows windows{text, tail, tailBegin};
+    return (!fLong.IsEmpty() && VisitStrides<Long>(fLong, windows, onHit)) ||
+           (!fMedium.IsEmpty() && VisitStrides<Medium>(fMedium, windows, onHit)) ||
+           (!fPairs.empty() && VisitShort(windows, onHit)) ||
+           (!fSingles.IsEmpty() && VisitSingles(text, onHit));
   }
 
 private:
-  static constexpr std::size_t kRun = 6;  // longest run that is looked up
-  // Of a literal of that size. There is none of five bytes: a pass for each length that occurs.
-  static constexpr std::size_t RunSize(std::size_t size) {
-    return size >= kRun ? kRun : std::min<std::size_t>(size, 4);
-  }
+  // How the longer literals are looked up: runs of so many bytes at every stride-th place.
+  struct Long {
+    static constexpr std::size_t kRun = 5;
+    static constexpr std::size_t kStride = 4;
+  };
+  struct Medium {
+    static constexpr std::size_t kRun = 4;
+    static constexpr std::size_t kStride = 2;
+  };
+  template <class Kind>
+  static constexpr std::size_t kShortest = Kind::kRun + Kind::kStride - 1;  // literal of the kind
+  static constexpr std::size_t kShortRun = 4;  // bytes of a short literal that are looked up
+  static_assert(kShortest<Medium> == kShortRun + 1);
 
-  static constexpr std::size_t kChunk = 2048;  // places of a text handled at a time
+  static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
+  static constexpr std::size_t kWindow = sizeof(std::uint64_t);
+  static constexpr std::size_t kStep = 4;  // places looked at together in one window
 
   struct Literal {
     std::uint32_t offset;  // in fArena
     std::uint32_t size;
-    std::uint32_t runAt;  // where in the literal its run lies
     std::uint32_t id;
   };
+  // One run of a literal.
+  struct Entry {
+    std::uint32_t literal;
+    std::uint32_t at : 31;     // where in the literal the run begins
+    std::uint32_t isLast : 1;  // of those with the same run
+  };
   struct Slot {
-    std::uint64_t run;
-    std::uint32_t first;  // of its literals
-    std::uint32_t count;  // 0 is a free slot
+    std::uint32_t tag;
+    std::uint32_t first;  // of its entries + 1; 0 is a free slot
   };
   // The runs of one length.
   struct Table {
     std::vector<std::uint64_t> filter;
-    std::vector<Slot> slots;  // open addressing, at most half full
+    std::vector<Slot> slots;  // open addressing, at most three quarters full
+    std::vector<Entry> entries;
     unsigned filterShift = 63;
     unsigned slotShift = 63;
+
+    bool IsEmpty() const { return entries.empty(); }
+    bool Passes(std::uint64_t hash) const {
+      const std::uint64_t bit = hash >> filterShift;
+      return (filter[bit >> 6] >> (bit & 63) & 1) != 0;
+    }
+  };
+  struct Run {
+    std::uint64_t hash;
+    Entry entry;
   };
 
-  static std::uint64_t RunAt(const char* bytes, std::size_t size) {
-    std::uint64_t run = 0;
-    std::memcpy(&run, bytes, size);
-    return run;
-  }
-  // The same out of the middle of a buffer with eight bytes to read.
+  // Letters of both cases become one, and some other bytes too: good enough to look up by.
+  static constexpr std::uint64_t kLoose = 0x2020202020202020ULL;
+
+  // The eight bytes from a place on, zero behind the end of the text.
+  struct Windows {
+    std::string_view text;
+    const char* tail;
+    std::size_t tailBegin;  // a multiple of kStep
+
+    std::uint64_t At(std::size_t place) const {
+      std::uint64_t window;
+      std::memcpy(&window, place < tailBegin ? text.data() + place : tail + (place - tailBegin),
+                  sizeof window);
+      return window | kLoose;
+    }
+  };
+  // What stands in the window from its byte `at` on, so many bytes.
   template <std::size_t kSize>
-  static std::uint64_t WindowAt(const char* bytes) {
-    std::uint64_t window;
-    std::memcpy(&window, bytes, sizeof window);
+  static constexpr std::uint64_t Part(std::uint64_t window, std::size_t at = 0) {
+    constexpr unsigned kRest = 64 - 8 * kSize;
     return std::endian::native == std::endian::little
-               ? window & (~std::uint64_t{0} >> (64 - 8 * kSize))
-               : RunAt(bytes, kSize);
+               ? (window >> (8 * at)) & (~std::uint64_t{0} >> kRest)
+               : (window << (8 * at)) >> kRest;
   }
-  static std::uint64_t HashOf(std::uint64_t run) { return run * 0x9E3779B97F4A7C15ULL; }
+  // Different runs have different ones.
+  static constexpr std::uint64_t HashOf(std::uint64_t run) { return run * 0x9E3779B97F4A7C15ULL; }
+  static constexpr std::uint32_t TagOf(std::uint64_t hash) {
+    return static_cast<std::uint32_t>(hash >> 16);
+  }
+  // A window over a literal, and the run of a literal as Part would give it.
+  std::uint64_t WindowOf(const Literal& literal, std::size_t at, std::size_t size) const;
+  std::uint64_t RunOf(const Literal& literal, std::size_t at, std::size_t size) const;
 
-  void ChooseRun(Literal& literal, std::vector<std::uint32_t>& load);
-  void Fill(std::size_t run);
+  template <class Kind>
+  void AddRuns(std::uint32_t literal, std::vector<std::uint32_t>& load,
+               std::vector<Run>& runs) const;
+  void AddShort(std::uint32_t literal, std::vector<Run>& runs);
+  static void Fill(Table& table, std::vector<Run>& runs);
 
-  template <class OnHit>
-  bool VisitRuns(std::size_t run, const char* folded, std::size_t fill, std::size_t places,
-                 std::string_view text, std::size_t start, OnHit& onHit) const {
-    switch (run) {
-      case kRun:
-        return VisitRunsOf<kRun>(folded, fill, places, text, start, onHit);
-      case 4:
-        return VisitRunsOf<4>(folded, fill, places, text, start, onHit);
-      case 3:
-        return VisitRunsOf<3>(folded, fill, places, text, start, onHit);
-      case 2:
-        return VisitRunsOf<2>(folded, fill, places, text, start, onHit);
-      default:
-        return VisitRunsOf<1>(folded, fill, places, text, start, onHit);
+  // Perf: all of the first byte of the pair at that byte of a window, and the bits of the second
+  // that tell letters apart; one shift finds them. See list_bench, user_agents.
+  static constexpr std::size_t kPairCount = std::size_t{1} << 13;
+  static constexpr std::size_t PairIndex(std::uint64_t window, std::size_t at) {
+    if constexpr (std::endian::native == std::endian::little) {
+      return window >> (8 * at) & (kPairCount - 1);
+    } else {
+      const std::uint64_t pair = Part<2>(window, at);
+      return pair >> 8 | (pair & 0x1F) << 8;
     }
   }
 
-  template <std::size_t kSize, class OnHit>
-  bool VisitRunsOf(const char* folded, std::size_t fill, std::size_t places, std::string_view text,
-                   std::size_t start, OnHit& onHit) const {
-    if (fill < kSize) return false;
-    const Table& table = fTables[kSize - 1];
-    const std::uint64_t* filter = table.filter.data();
-    const std::size_t end = std::min(fill - kSize + 1, places);
-    for (std::size_t i = 0; i < end; ++i) {
-      const std::uint64_t run = WindowAt<kSize>(folded + i);
-      const std::uint64_t hash = HashOf(run);
-      const std::uint64_t bit = hash >> table.filterShift;
-      if ((filter[bit >> 6] >> (bit & 63) & 1) == 0) continue;
-      if (Compare(table, run, hash, text, start + i, onHit)) return true;
+  // The next place from there on, in strides, at which a run of a literal of that kind may begin,
+  // or kNone.
+  template <class Kind>
+  static std::size_t NextRun(const Table& table, const Windows& windows, std::size_t from);
+  // The same in steps, for the pairs of short literals, of which one may begin at any of kStep
+  // places.
+  std::size_t NextPairs(const Windows& windows, std::size_t from) const;
+
+  template <class Kind, class OnHit>
+  bool VisitStrides(const Table& table, const Windows& windows, OnHit& onHit) const {
+    for (std::size_t i = 0; (i = NextRun<Kind>(table, windows, i)) != kNone; i += Kind::kStride) {
+      const std::uint64_t hash = HashOf(Part<Kind::kRun>(windows.At(i)));
+      if (Compare(table, hash, windows.text, i, onHit)) return true;
     }
     return false;
   }
 
   template <class OnHit>
-  bool Compare(const Table& table, std::uint64_t run, std::uint64_t hash, std::string_view text,
-               std::size_t at, OnHit& onHit) const {
-    const std::size_t mask = table.slots.size() - 1;
-    for (std::size_t s = hash >> table.slotShift; table.slots[s].count != 0; s = (s + 1) & mask) {
-      const Slot& slot = table.slots[s];
-      if (slot.run != run) continue;
-      for (std::uint32_t i = slot.first; i < slot.first + slot.count; ++i) {
-        const Literal& literal = fLiterals[i];
-        if (at < literal.runAt) continue;
-        const std::size_t position = at - literal.runAt;
-        if (text.size() - position < literal.size) continue;
-        if (!EqualsFolded(text.data() + position, fArena.data() + literal.offset, literal.size)) {
-          continue;
-        }
-        if (onHit(literal.id, position)) return true;
+  bool VisitShort(const Windows& windows, OnHit& onHit) const {
+    for (std::size_t i = 0; (i = NextPairs(windows, i)) != kNone; i += kStep) {
+      const std::uint64_t window = windows.At(i);
+      for (std::size_t k = 0; k < kStep; ++k) {
+        const std::uint8_t kinds = fPairs[PairIndex(window, k)];
+        if (kinds != 0 && VisitPair(kinds, window, k, windows.text, i, onHit)) return true;
       }
-      return false;
     }
     return false;
+  }
+
+  // kinds says which lengths of runs begin with the pair that stands at byte k of the window.
+  template <class OnHit>
+  bool VisitPair(std::uint8_t kinds, std::uint64_t window, std::size_t k, std::string_view text,
+                 std::size_t i, OnHit& onHit) const {
+    const auto look = [&](std::size_t run, std::uint64_t bytes) {
+      if ((kinds >> run & 1) == 0) return false;
+      const Table& table = fShort[run - 2];
+      const std::uint64_t hash = HashOf(bytes);
+      return table.Passes(hash) && Compare(table, hash, text, i + k, onHit);
+    };
+    return look(4, Part<4>(window, k)) || look(3, Part<3>(window, k)) ||
+           look(2, Part<2>(window, k));
+  }
+
+  template <class OnHit>
+  bool VisitSingles(std::string_view text, OnHit& onHit) const {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+      const unsigned char byte = FoldByte(text[i]);
+      if (fIsSingle[byte] && Compare(fSingles, HashOf(byte | 0x20U), text, i, onHit)) return true;
+    }
+    return false;
+  }
+
+  template <class OnHit>
+  bool Compare(const Table& table, std::uint64_t hash, std::string_view text, std::size_t at,
+               OnHit& onHit) const {
+    const std::size_t mask = table.slots.size() - 1;
+    for (std::size_t s = hash >> table.slotShift; table.slots[s].first != 0; s = (s + 1) & mask) {
+      if (table.slots[s].tag != TagOf(hash)) continue;
+      for (const Entry* entry = &table.entries[table.slots[s].first - 1];; ++entry) {
+        const Literal& literal = fLiterals[entry->literal];
+        if (IsAt(literal, text, at, entry->at) && onHit(literal.id, at - entry->at)) return true;
+        if (entry->isLast) break;
+      }
+    }
+    return false;
+  }
+
+  bool IsAt(const Literal& literal, std::string_view text, std::size_t at,
+            std::size_t before) const {
+    return at >= before && text.size() - (at - before) >= literal.size &&
+           EqualsFolded(text.data() + (at - before), fArena.data() + literal.offset, literal.size);
   }
 
   std::string fArena;
-  std::vector<Literal> fLiterals;  // once frozen: those of one run stand together
-  std::array<Table, kRun> fTables;
+  std::vector<Literal> fLiterals;
+  Table fLong;
+  Table fMedium;
+  std::array<Table, kShortRun - 1> fShort;  // runs of two bytes and more
+  Table fSingles;
+  std::vector<std::uint8_t> fPairs;  // by PairIndex, a bit for each length of runs; or empty
+  std::array<bool, 256> fIsSingle{};
 };
 
 }  // namespace Matching

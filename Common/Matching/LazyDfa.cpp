@@ -213,7 +213,7 @@ const LazyDfa::DfaState* LazyDfa::StartState(const Boundary& at, bool isFresh, L
   if (const DfaState* const state = known.load(std::memory_order_acquire)) return state;
 
   Kernel& kernel = lease.Get().from;
-  kernel.atEdge = fSetup.program.hasAssertions && atEdge;
+  kernel.atEdge = (fSetup.program.hasAssertions || fSetup.asksSuffixes) && atEdge;
   kernel.afterWord = fSetup.program.hasWordBoundaries && afterWord;
   kernel.isFresh = isFresh;
   kernel.matched = false;

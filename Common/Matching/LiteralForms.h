@@ -29,7 +29,7 @@ public:
   static constexpr std::size_t kMaxForms = 32;     // of one expression
   static constexpr std::size_t kMaxSize = 4096;    // bytes in front of what makes several forms
   static constexpr std::size_t kMaxDepth = 64;     // of nodes that are looked into
-  static constexpr std::size_t kMaxRequired = 64;  // literals of which one is required
+  static constexpr std::size_t kMaxRequired = 256;  // literals of which one is required
 
   explicit LiteralForms(const SyntaxTree& tree);
 

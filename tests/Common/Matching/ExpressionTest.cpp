@@ -176,6 +176,12 @@ TEST(Expression, AnswersAsTheLibraryDoes) {
       {"(?=a*)", {"aab"}},
       {"(?!(a))b|(?=(b))", {"b", "ab"}},
       {"^(?=.*\\d)(?=.*([a-z])).{4,8}$", {"abc1", "1abc", "abcd", "12345"}},
+      // Look-aheads that are inside each other, repeated, or on no way at all.
+      {"(?:(?!\\s|b)a){0}", {"", "a"}},
+      {"(?:a(?!b)|b(?=a|$)){2,}", {"aab", "aba", "baa", "ab"}},
+      {"(?!(?!a)|(?=ab)).+", {"a", "ab", "b", "ac"}},
+      {"(?:(?!(?=a\\b)).)*(?!$)a", {"ba", "aab", "a"}},
+      {"(?=$)|a(?!$)b?", {"", "ab", "aab", "a"}},
       // Back-references.
       {"(a)\\1", {"aA", "ab", "aa"}},
       {"(a)?\\1", {"", "aa", "a"}},

@@ -6,6 +6,7 @@
 #include "json/JsonArray.h"
 #include "json/JsonCompiledObject.h"
 #include "json/JsonParser.h"
+#include "json/JsonTextScan.h"
 
 // What a wrapper reads from its items and members, and what it changes.
 
@@ -38,10 +39,6 @@ std::string TextOf(const JsonValue& value) {
   std::string text;
   value.AsString(text);
   return text;
-}
-
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
 }
 
 // The whole number that a text begins with, behind blanks and a sign; false when there is none, or

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -14,6 +15,10 @@ namespace Tovrin::JSON {
 
 // An ordered list of values. An item may be null after building from a vector that held one:
 // writers skip it, MsgPack writes nil for it, and two null items are equal.
+//
+// What a real is to its text an array of numbers is to its own: as a parser leaves it, it has no
+// items but the text of them, and is written as that. The first question for an item makes all of
+// them. Several threads may ask it at once: one of them makes the items that stay.
 class JsonArray final : public JsonValue, public JsonChildReads<JsonArray> {
 public:
   using Visit = std::function<void(std::size_t index, JsonValue* child)>;
@@ -24,10 +29,20 @@ public:
   // Takes one more reference on each item that is not null.
   explicit JsonArray(const std::vector<JsonValue*>& items);
 
-  std::size_t Size() const { return fSize; }
-  std::span<JsonValue* const> Items() const { return {fItems, fSize}; }
+  std::size_t Size() const;
+  std::span<JsonValue* const> Items() const {
+    const Block* block = UsableBlock();
+    if (!block) return {};
+    return {block->Items(), block->size};
+  }
+  // The numbers, parted by commas, of an array that nobody has asked for an item yet; otherwise
+  // empty.
+  std::string_view PackedText() const;
   // The item, borrowed; null for a null item and for an index past the end.
-  JsonValue* ChildAt(std::size_t index) const { return index < fSize ? fItems[index] : nullptr; }
+  JsonValue* ChildAt(std::size_t index) const {
+    const auto items = Items();
+    return index < items.size() ? items[index] : nullptr;
+  }
   // The item at the decimal index that the key spells. Null for a key that does not begin with a
   // digit; throws std::out_of_range for one beyond 32 bits.
   JsonValue* FindChild(const std::string& key) const override;
@@ -71,19 +86,50 @@ private:
   friend class JsonNodeArena;
   friend class JsonTreeReleaser;
   friend struct JsonTestPeer;
-  struct InTail {};  // the items go right behind the node, where the maker left room for them
+  // The items, behind their count.
+  struct Block {
+    std::size_t size;
+    union {
+      std::size_t capacity;
+      JsonValue* nextDead;  // of an array that is being destroyed
+    };
+
+    JsonValue** Items() const {
+      return reinterpret_cast<JsonValue**>(const_cast<Block*>(this) + 1);
+    }
+    static Block* Make(std::size_t capacity);
+  };
+  // What stands ahead of the text of an array without items.
+  struct PackedHead {
+    std::uint32_t count;  // of numbers
+    std::uint32_t size;   // of their text in bytes
+  };
+
+  struct InTail {};  // the block goes right behind the node, where the maker left room for it
   JsonArray(InTail, JsonValue* const* items, std::size_t count);  // takes the references over
+  struct Packed {};  // the text goes there; white space in it is left out
+  JsonArray(Packed, std::string_view text, PackedHead head);
+  static JsonArray* NewPacked(std::string_view text, PackedHead head);
   ~JsonArray() override;
 
+  char* Tail() const { return reinterpret_cast<char*>(const_cast<JsonArray*>(this) + 1); }
+  const PackedHead& Head() const { return *reinterpret_cast<const PackedHead*>(Tail()); }
+  bool OwnsBlock(const Block* block) const {
+    return reinterpret_cast<const char*>(block) != Tail();
+  }
+  Block* UsableBlock() const {
+    Block* block = fBlock.load(std::memory_order_acquire);
+    return block || !HasTail() ? block : Unpack();
+  }
+  bool IsPacked() const { return !fBlock.load(std::memory_order_acquire) && HasTail(); }
+  Block* Unpack() const;
   void Reserve(std::size_t capacity);
-  void MakeRoom();  // for one more item
+  Block& RoomForOne();
 
-  JsonValue** fItems = nullptr;  // each owns one reference; owned, unless it is the node's tail
-  std::size_t fSize = 0;
-  union {
-    std::size_t fCapacity = 0;
-    JsonValue* fNextDead;  // of an array that is being destroyed
-  };
+  // Each item owns one reference. Null for an array that is empty, and for one that is packed: that
+  // has a tail. Whoever unpacks an array stores by compare-and-swap, whose release pairs with the
+  // acquires above; the loser releases its own items. The block is owned unless it is the tail.
+  mutable std::atomic<Block*> fBlock{nullptr};
 };
 
 }  // namespace Tovrin::JSON

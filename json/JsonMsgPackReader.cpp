@@ -222,7 +222,7 @@ private:
     std::string_view text;
     if (!TakeText(size, text)) return nullptr;
     if (!fContext.AssumeValidUtf8 && !IsValidUtf8(text)) text = {};
-    return fBuilder.Arena().NewString(text);
+    return fBuilder.Arena().NewString(text, false);
   }
 
   // --- Containers ---
@@ -321,7 +321,7 @@ private:
   // Contract: the key is checked whatever AssumeValidUtf8 says.
   bool StoreMember(const Frame& frame, JsonValue* value) {
     if (IsValidUtf8(frame.key)) {
-      fBuilder.AddMember(frame.key, value);
+      fBuilder.AddMember(frame.key, value, false);
       return true;
     }
     value->Release();

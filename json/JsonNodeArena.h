@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -39,8 +40,14 @@ private:
 // Makes the nodes of one parse, several to a slab, each with its text, items or entries right
 // behind it. One thread's; the nodes are as free as others, and live on when the arena is gone.
 class JsonNodeArena {
+  static constexpr std::size_t kHeadSize = 16;
+  static constexpr std::size_t kFirstSlabSize = 512;
+  static constexpr std::size_t kLastSlabSize = 64 * 1024;
+
 public:
-  JsonNodeArena() = default;
+  // Who knows about how many bytes the nodes will take asks for a slab of that size at once.
+  explicit JsonNodeArena(std::size_t firstSlabSize = kFirstSlabSize)
+      : fNextSlabSize(std::min(firstSlabSize + kHeadSize, kLastSlabSize)) {}
   ~JsonNodeArena() { Close(); }
   JsonNodeArena(const JsonNodeArena&) = delete;
   JsonNodeArena& operator=(const JsonNodeArena&) = delete;
@@ -49,14 +56,21 @@ public:
   Leaf* New(Arguments... arguments) {
     return Make<Leaf>(0, arguments...);
   }
-  JsonString* NewString(std::string_view text) {  // not checked
-    return WithTail(Make<JsonString>(text.size(), JsonString::InTail{}, text));
+  // The text is not checked; a plain one has no byte that needs an escape.
+  JsonString* NewString(std::string_view text, bool isPlain) {
+    return WithTail(Make<JsonString>(text.size(), JsonString::InTail{}, text, isPlain));
   }
   JsonReal* NewReal(std::string_view text, std::int32_t precision);
   // Both take over the references in their arguments.
   JsonArray* NewArray(std::span<JsonValue* const> items) {
-    return WithTail(
-        Make<JsonArray>(items.size_bytes(), JsonArray::InTail{}, items.data(), items.size()));
+    if (items.empty()) return New<JsonArray>();
+    return Make<JsonArray>(sizeof(JsonArray::Block) + items.size_bytes(), JsonArray::InTail{},
+                           items.data(), items.size());
+  }
+  // An array that stays text, of that many bytes without the white space in it.
+  JsonArray* NewPackedArray(std::string_view text, std::uint32_t count, std::uint32_t size) {
+    return Make<JsonArray>(sizeof(JsonArray::PackedHead) + size, JsonArray::Packed{}, text,
+                           JsonArray::PackedHead{count, size});
   }
   JsonObject* NewObject(std::span<const JsonObject::Member> members, bool keepKeyOrder) {
     return WithTail(Make<JsonObject>(JsonObject::TailSize(members), JsonObject::InTail{}, members,
@@ -64,10 +78,6 @@ public:
   }
 
 private:
-  static constexpr std::size_t kHeadSize = 16;
-  static constexpr std::size_t kFirstSlabSize = 512;
-  static constexpr std::size_t kLastSlabSize = 64 * 1024;
-
   template <class Node, class... Arguments>
   Node* Make(std::size_t tailSize, Arguments... arguments) {
     const std::size_t size = (sizeof(Node) + tailSize + 7) / 8 * 8;
@@ -106,7 +116,7 @@ private:
   char* fEnd = nullptr;
   std::uint32_t fMade = 0;  // nodes in it
 
-  std::size_t fNextSlabSize = kFirstSlabSize;
+  std::size_t fNextSlabSize;
 };
 
 }  // namespace Tovrin::JSON

@@ -16,16 +16,6 @@ namespace Tovrin::JSON {
 
 namespace {
 
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-
-// Whether all eight bytes are digits: the high half of each is 3, and still is with 6 added.
-constexpr bool AreDigits(std::uint64_t word) {
-  return (word & Repeated(0xF0)) == Repeated(0x30) &&
-         ((word + Repeated(0x06)) & Repeated(0xF0)) == Repeated(0x30);
-}
-
 // Takes a number apart without making anything of it.
 class NumberScanner {
 public:
@@ -70,8 +60,7 @@ private:
 
   std::uint64_t ScanDigits() {
     const char* begin = fAt;
-    while (fEnd - fAt >= 8 && AreDigits(LoadWord(fAt))) fAt += 8;
-    while (AtDigit()) ++fAt;
+    fAt = SkipDigits(fAt, fEnd);
     return static_cast<std::uint64_t>(fAt - begin);
   }
   // A leading zero stands alone. A digit that would take the magnitude past 64 bits is read over,
@@ -100,14 +89,15 @@ private:
 };
 
 // Texts of this kind are converted at once, since they may lie out of range or print better so.
-bool IsUnusual(const NumberScanner& number) {
-  return number.exponentDigits >= 2 || number.fractionDigits > 17;
+constexpr bool IsUnusual(std::uint64_t fractionDigits, std::uint64_t exponentDigits) {
+  return exponentDigits >= 2 || fractionDigits > 17;
 }
 
-double ConvertedByTheLibrary(const std::string& text) {
+double ConvertedByTheLibrary(std::string_view text) {
+  const std::string terminated(text);
   const ClassicLocaleScope classic;
   errno = 0;
-  const double value = std::strtod(text.c_str(), nullptr);
+  const double value = std::strtod(terminated.c_str(), nullptr);
   const int error = errno;
   if (error == ERANGE && (value == 0.0 || std::isinf(value))) {
     return std::numeric_limits<double>::infinity();
@@ -115,9 +105,42 @@ double ConvertedByTheLibrary(const std::string& text) {
   return value;
 }
 
+// Steps over the digits, and tells how many there were.
+std::uint64_t StepOverDigits(const char*& at, const char* end) {
+  const char* begin = at;
+  at = SkipDigits(at, end);
+  return static_cast<std::uint64_t>(at - begin);
+}
+
 }  // namespace
 
-double ParseReal(const std::string& text) {
+const char* FindPlainNumberEnd(const char* at, const char* end) {
+  constexpr std::uint64_t kMaxWholeDigits = 14;
+  const char* const begin = at;
+  if (at != end && *at == '-') ++at;
+  const char* const whole = at;
+  const std::uint64_t wholeDigits = StepOverDigits(at, end);
+  if (wholeDigits == 0 || (wholeDigits > 1 && *whole == '0')) return nullptr;
+
+  bool isReal = false;
+  std::uint64_t fractionDigits = 0, exponentDigits = 0;
+  if (at != end && *at == '.') {
+    isReal = true;
+    fractionDigits = StepOverDigits(++at, end);
+    if (fractionDigits == 0) return nullptr;
+  }
+  if (at != end && (*at == 'e' || *at == 'E')) {
+    isReal = true;
+    if (++at != end && (*at == '+' || *at == '-')) ++at;
+    exponentDigits = StepOverDigits(at, end);
+    if (exponentDigits == 0) return nullptr;
+  }
+  if (isReal) return IsUnusual(fractionDigits, exponentDigits) ? nullptr : at;
+  const bool isMinusZero = begin != whole && *whole == '0';
+  return isMinusZero || wholeDigits > kMaxWholeDigits ? nullptr : at;
+}
+
+double ParseReal(std::string_view text) {
   // Perf: from_chars reads decimal numbers several times as fast (bench/json, MsgPack writing).
   // Where it gives an ordinary number for the whole text, both round to the same one; all else
   // (nothing read, blanks, hexadecimal, words, out of range) is strtod's to say.
@@ -146,8 +169,10 @@ JsonValue* ReadNumber(std::string_view text, JsonNodeArena& arena, std::size_t& 
 
   const auto precision = static_cast<std::int32_t>(
       std::min<std::uint64_t>(number.digits, std::numeric_limits<std::int32_t>::max()));
-  if (!IsUnusual(number)) return arena.NewReal(number.Text(), precision);
-  const double value = ParseReal(std::string(number.Text()));
+  if (!IsUnusual(number.fractionDigits, number.exponentDigits)) {
+    return arena.NewReal(number.Text(), precision);
+  }
+  const double value = ParseReal(number.Text());
   if (value == std::numeric_limits<double>::infinity()) {
     error = "real number out of double range";
     return nullptr;

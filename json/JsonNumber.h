@@ -12,4 +12,9 @@ namespace Tovrin::JSON {
 JsonValue* ReadNumber(std::string_view text, JsonNodeArena& arena, std::size_t& size,
                       const char*& error);
 
+// The end of the number at a place, if it is one that prints as it is written: a real that stays
+// text, or an integer of so few digits that the serialiser is sure of their count. Null for others,
+// and where there is none.
+const char* FindPlainNumberEnd(const char* at, const char* end);
+
 }  // namespace Tovrin::JSON

@@ -62,7 +62,7 @@ JsonObject::JsonObject(InTail, std::span<const Member> members, bool keepKeyOrde
       }
     }
     if (!member.key.empty()) std::memcpy(keys, member.key.data(), member.key.size());
-    Append(keys, member.key.size(), false, member.value);
+    Append(keys, member.key.size(), false, member.value).fKeyIsPlain = member.keyIsPlain;
     keys += member.key.size();
   }
 }
@@ -125,15 +125,16 @@ JsonObject::Entry& JsonObject::Append(std::string_view key) {
   if (fUsed == fCapacity) Reserve(std::max<std::size_t>(4, 2 * fCapacity));
   char* copy = new char[key.size()];
   if (!key.empty()) std::memcpy(copy, key.data(), key.size());
-  Append(copy, key.size(), true, nullptr);
-  return fEntries[fUsed - 1];
+  return Append(copy, key.size(), true, nullptr);
 }
 
-void JsonObject::Append(const char* key, std::size_t size, bool ownsKey, JsonValue* value) {
+JsonObject::Entry& JsonObject::Append(const char* key, std::size_t size, bool ownsKey,
+                                      JsonValue* value) {
   Entry& entry = fEntries[fUsed++];
   entry.fKey = key;
   entry.fKeySize = size;
   entry.fOwnsKey = ownsKey;
+  entry.fKeyIsPlain = false;
   entry.fSequence = fNextSequence++;
   entry.fValue = value;
   ++fCount;
@@ -142,6 +143,7 @@ void JsonObject::Append(const char* key, std::size_t size, bool ownsKey, JsonVal
   } else if (fUsed > kLinearLimit) {
     BuildIndex();
   }
+  return entry;
 }
 
 void JsonObject::Reserve(std::size_t capacity) {

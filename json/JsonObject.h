@@ -33,6 +33,7 @@ public:
     std::string_view Key() const { return {fKey, fKeySize}; }
     std::uint64_t Sequence() const { return fSequence; }
     JsonValue* Value() const { return fValue; }
+    bool KeyIsPlain() const { return fKeyIsPlain; }  // as far as is known, see JsonValue::IsPlain
 
   private:
     friend class JsonCopier;
@@ -41,7 +42,8 @@ public:
     friend struct JsonTestPeer;
 
     const char* fKey;  // null for a removed entry
-    std::uint64_t fKeySize : 63;
+    std::uint64_t fKeySize : 62;
+    std::uint64_t fKeyIsPlain : 1;
     std::uint64_t fOwnsKey : 1;  // otherwise the key stands in the object's tail
     std::uint64_t fSequence;
     JsonValue* fValue;  // owns one reference
@@ -51,6 +53,7 @@ public:
   struct Member {
     std::string_view key;
     JsonValue* value;
+    bool keyIsPlain;
   };
 
   static constexpr std::size_t kLinearLimit = 64;
@@ -97,7 +100,7 @@ private:
 
   Entry* Find(std::string_view key) const;
   Entry& Append(std::string_view key);  // a new entry without a value
-  void Append(const char* key, std::size_t size, bool ownsKey, JsonValue* value);
+  Entry& Append(const char* key, std::size_t size, bool ownsKey, JsonValue* value);
   void Reserve(std::size_t capacity);
   void CloseUp();
   void BuildIndex();

@@ -1,6 +1,7 @@
 #include "json/JsonParser.h"
 
 #include <algorithm>
+#include <limits>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -59,6 +60,7 @@ private:
     JsonCompiledObject* compiled = nullptr;  // CompiledObject: owned
     std::size_t place = 0;                   // CompiledObject: of the value being read, or none
     std::string_view key = {};               // Object: of the value being read
+    bool keyIsPlain = false;                 // without an escape
   };
   // The compiled objects of frames that are left are released.
   struct Frames : std::vector<Frame> {
@@ -117,11 +119,12 @@ private:
       case '"': {
         std::string_view text;
         if (!ReadString(text)) return nullptr;
-        return fBuilder.Arena().NewString(text);
+        return fBuilder.Arena().NewString(text, !fStrings.Holds(text));
       }
       case '{':
         return schema ? OpenCompiledObject(schema) : OpenObject();
       case '[':
+        if (JsonValue* packed = schema ? nullptr : ReadPackedArray()) return packed;
         return OpenArray(schema);
       case 't':
         return ReadWord<JsonTrue>("true");
@@ -162,6 +165,35 @@ private:
     if (!value) return Fail(error);
     fCursor.at += size;
     return value;
+  }
+
+  // An array of plain numbers alone, which stays text. Null where there is none, and nothing is
+  // read then: what is wrong with the text is for the usual way to tell.
+  //
+  // Perf: such arrays are most of a document of coordinates (bench/json, parsing canada).
+  JsonValue* ReadPackedArray() {
+    JsonTextCursor cursor = fCursor;
+    std::uint64_t count = 0, size = 0;
+    const char* const begin = cursor.at + 1;
+    do {
+      ++cursor.at;
+      cursor.SkipWhiteSpace();
+      const char* end = FindPlainNumberEnd(cursor.at, cursor.end);
+      if (!end) return nullptr;
+      ++count;
+      size += static_cast<std::uint64_t>(end - cursor.at) + 1;
+      cursor.at = end;
+      cursor.SkipWhiteSpace();
+    } while (!cursor.AtEnd() && *cursor.at == ',');
+    if (cursor.AtEnd() || *cursor.at != ']') return nullptr;
+    if (size > std::numeric_limits<std::uint32_t>::max()) return nullptr;
+
+    const std::string_view text(begin, cursor.at);
+    ++cursor.at;
+    cursor.SkipWhiteSpace();
+    fCursor = cursor;
+    return fBuilder.Arena().NewPackedArray(text, static_cast<std::uint32_t>(count),
+                                           static_cast<std::uint32_t>(size - 1));
   }
 
   // The text stands until the next string is read, or in the input.
@@ -293,7 +325,8 @@ private:
       PopFrame();
       return nullptr;
     }
-    if (fStrings.Holds(frame.key)) frame.key = fBuilder.KeepKey(frame.key);
+    frame.keyIsPlain = !fStrings.Holds(frame.key);
+    if (!frame.keyIsPlain) frame.key = fBuilder.KeepKey(frame.key);
     fCursor.SkipWhiteSpace();
     if (!StepOver(':')) return FailInFrame("colon expected");
     fCursor.SkipWhiteSpace();
@@ -335,7 +368,7 @@ private:
       case Kind::Object:
         // The reader has refused such a key already; a store checks for itself all the same.
         if (!fStringsAreValid && !IsValidUtf8(frame.key)) return Drop(value);
-        fBuilder.AddMember(frame.key, value);
+        fBuilder.AddMember(frame.key, value, frame.keyIsPlain);
         return true;
       case Kind::CompiledObject:
         break;

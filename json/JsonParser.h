@@ -63,7 +63,7 @@ JsonValue* ReadNumber(const std::string& text, JsonParseContext& context);
 // The double that a text begins with, as strtod reads it in the classic locale; 0.0 when there is
 // none. Contract: what lies out of range, too small included, is plus infinity whatever its sign; a
 // denormal number is no such case.
-double ParseReal(const std::string& text);
+double ParseReal(std::string_view text);
 
 // Whether lead bytes and continuation bytes fit together, and no more: overlong forms, surrogates
 // and values beyond U+10FFFF pass. badOffset receives the offset of the sequence that does not, or

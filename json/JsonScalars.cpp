@@ -29,7 +29,7 @@ JsonReal::JsonReal(std::string_view text, std::int32_t precision)
     : JsonValue(TypeReal), fPrecision(precision), fValue(0.0) {
   // A text whose length does not fit is no number that anyone prints as it is.
   if (text.size() > std::numeric_limits<std::uint32_t>::max()) {
-    fValue = ParseReal(std::string(text));
+    fValue = ParseReal(text);
   } else if (!text.empty()) {
     fText = CopyOf(text);
     fTextSize = static_cast<std::uint32_t>(text.size());
@@ -50,7 +50,7 @@ JsonReal::~JsonReal() {
 }
 
 double JsonReal::Value() const {
-  if (fTextSize != 0) Keep(ParseReal(std::string(Text())));
+  if (fTextSize != 0) Keep(ParseReal(Text()));
   return fValue;
 }
 
@@ -70,8 +70,10 @@ JsonString::JsonString(std::string_view text, bool isKnownValid, bool* valid)
   fSize = text.size();
 }
 
-JsonString::JsonString(InTail, std::string_view text)
-    : JsonValue(TypeString), fText(CopyIntoTail(this, text)), fSize(text.size()) {}
+JsonString::JsonString(InTail, std::string_view text, bool isPlain)
+    : JsonValue(TypeString), fText(CopyIntoTail(this, text)), fSize(text.size()) {
+  SetPlain(isPlain);
+}
 
 JsonString::~JsonString() {
   if (!HasTail()) delete[] fText;

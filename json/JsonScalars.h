@@ -121,6 +121,7 @@ public:
   explicit JsonString(std::string_view text, bool isKnownValid = false, bool* valid = nullptr);
 
   std::string_view Text() const { return {fText, fSize}; }
+  using JsonValue::IsPlain;
 
   void ToCompactText(std::string& out) const override;
   void ToMsgPack(JsonMsgPackWriter& writer) const override;
@@ -129,7 +130,7 @@ private:
   friend class JsonNodeArena;
   friend class JsonTreeReleaser;
   struct InTail {};  // as in JsonReal; the text is not checked
-  JsonString(InTail, std::string_view text);
+  JsonString(InTail, std::string_view text, bool isPlain);
   ~JsonString() override;
 
   const char* fText = nullptr;  // owned, unless it is the node's tail

@@ -25,6 +25,27 @@ constexpr bool IsSpecial(char c) {
   return c == '"' || c == '\\' || static_cast<unsigned char>(c) < 0x20;
 }
 
+constexpr bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+// The first byte that is no digit, or end.
+//
+// Perf: eight bytes at a time (bench/json, parsing canada). A digit is below 10 once '0' is taken
+// out of it, and 0x76 more sets the top bit of all others; what that carries goes upwards, so that
+// the lowest hit is right.
+inline const char* SkipDigits(const char* at, const char* end) {
+  if constexpr (std::endian::native == std::endian::little) {
+    for (; end - at >= 8; at += 8) {
+      const std::uint64_t word = LoadWord(at) ^ Repeated('0');
+      const std::uint64_t others = (word | (word + Repeated(0x76))) & Repeated(0x80);
+      if (others != 0) return at + std::countr_zero(others) / 8;
+    }
+  }
+  while (at != end && IsDigit(*at)) ++at;
+  return at;
+}
+
 // The first special byte, or end.
 //
 // Perf: eight bytes at a time (bench/json, parsing and writing). In each of the three tests a byte

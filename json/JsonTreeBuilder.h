@@ -30,7 +30,9 @@ public:
   std::size_t MemberCount() const { return fMembers.size(); }
   void AddItem(JsonValue* owned) { fItems.push_back(owned); }
   // The key has to stand until the object is closed.
-  void AddMember(std::string_view key, JsonValue* owned) { fMembers.push_back({key, owned}); }
+  void AddMember(std::string_view key, JsonValue* owned, bool keyIsPlain) {
+    fMembers.push_back({key, owned, keyIsPlain});
+  }
   // A key that does not stand in the input.
   std::string_view KeepKey(std::string_view key) { return fKeys.emplace_back(key); }
 

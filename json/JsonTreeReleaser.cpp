@@ -37,8 +37,8 @@ void JsonTreeReleaser::Free(JsonValue* dead) {
 }
 
 void JsonTreeReleaser::Bury(JsonValue* dead) {
-  const auto link = [&](auto* container) {
-    container->fNextDead = fPending;
+  const auto link = [&](JsonValue* container, JsonValue*& nextDead) {
+    nextDead = fPending;
     fPending = container;
   };
   switch (dead->GetType()) {
@@ -49,11 +49,14 @@ void JsonTreeReleaser::Bury(JsonValue* dead) {
     case JsonValue::TypeReal:
       return Free<JsonReal>(dead);
     case JsonValue::TypeObject:
-      return link(static_cast<JsonObject*>(dead));
+      return link(dead, static_cast<JsonObject*>(dead)->fNextDead);
     case JsonValue::TypeCompiledObject:
-      return link(static_cast<JsonCompiledObject*>(dead));
+      return link(dead, static_cast<JsonCompiledObject*>(dead)->fNextDead);
     case JsonValue::TypeArray:
-      return link(static_cast<JsonArray*>(dead));
+      if (auto* block = static_cast<JsonArray*>(dead)->fBlock.load(std::memory_order_acquire)) {
+        return link(dead, block->nextDead);
+      }
+      return Free<JsonArray>(dead);  // empty, or without items as yet
     case JsonValue::TypeTrue:
       return Free<JsonTrue>(dead);
     case JsonValue::TypeFalse:
@@ -65,7 +68,7 @@ void JsonTreeReleaser::Bury(JsonValue* dead) {
 
 void JsonTreeReleaser::DropChildren(JsonValue* container) {
   if (auto* array = ToArray(container)) {
-    fPending = array->fNextDead;
+    fPending = array->fBlock.load(std::memory_order_relaxed)->nextDead;
     for (JsonValue* item : array->Items()) Drop(item);
     Free<JsonArray>(array);
   } else if (auto* object = ToObject(container)) {

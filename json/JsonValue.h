@@ -119,15 +119,21 @@ protected:
   bool HasTail() const { return fHasTail; }
   void SetHasTail(bool has) const { fHasTail = has; }
 
+  // Of a text: no byte of it needs an escape, so that it is written without a look at it. Known of
+  // what a parser read without one.
+  bool IsPlain() const { return fIsPlain; }
+  void SetPlain(bool is) { fIsPlain = is; }
+
 private:
   friend class JsonNodeArena;
   friend class JsonTreeReleaser;
 
   std::uint32_t fType : 5;
   mutable std::uint32_t fHasTail : 1 = 0;
+  std::uint32_t fIsPlain : 1 = 0;
   // Distance to the head of the slab that the node stands in, in units of 8 bytes; 0 for a node
   // with an allocation of its own.
-  std::uint32_t fSlabDistance : 26 = 0;
+  std::uint32_t fSlabDistance : 25 = 0;
 };
 
 static_assert(sizeof(JsonValue) == 16);

@@ -47,7 +47,7 @@ private:
       case JsonValue::TypeNull:
         return new JsonNull;
       case JsonValue::TypeArray:
-        return Opened(source, new JsonArray);
+        return CopyArray(static_cast<const JsonArray*>(source));
       case JsonValue::TypeObject:
         return Opened(source,
                       new JsonObject(static_cast<const JsonObject*>(source)->KeepKeyOrder()));
@@ -58,6 +58,11 @@ private:
     return nullptr;
   }
 
+  JsonValue* CopyArray(const JsonArray* source) {
+    const std::string_view text = source->PackedText();
+    if (text.empty()) return Opened(source, new JsonArray);
+    return JsonArray::NewPacked(text, source->Head());
+  }
   JsonValue* Opened(const JsonValue* source, JsonValue* copy) {
     fShells.push_back({source, copy});
     return copy;
@@ -85,8 +90,9 @@ private:
     }
   }
   void Fill(const JsonArray& source, JsonArray& copy) {
-    copy.Reserve(source.fSize);
-    for (const JsonValue* item : source.Items()) copy.fItems[copy.fSize++] = CopyNode(item);
+    copy.Reserve(source.Size());
+    JsonArray::Block* block = copy.UsableBlock();
+    for (const JsonValue* item : source.Items()) block->Items()[block->size++] = CopyNode(item);
   }
   void Fill(const JsonObject& source, JsonObject& copy) {
     copy.Reserve(source.fCount);
@@ -94,6 +100,7 @@ private:
       if (!entry.IsLive()) continue;
       JsonObject::Entry& added = copy.Append(entry.Key());
       added.fSequence = entry.fSequence;
+      added.fKeyIsPlain = entry.fKeyIsPlain;
       added.fValue = CopyNode(entry.fValue);
     }
     copy.fNextSequence = source.fNextSequence;

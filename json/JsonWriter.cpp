@@ -48,40 +48,33 @@ void WriteSpecial(char c, JsonTextSink& out) {
   }
 }
 
-// Copies text up to its first special byte, and tells where that is.
-//
-// Perf: most texts are short, and copying while searching spares a second pass and a call
-// (bench/json, writing). A copied word may reach behind the special byte; what follows is written
-// over it.
-const char* CopyPlain(const char* at, const char* end, JsonTextSink& out) {
-  const char* const begin = at;
-  char* to = out.Room(static_cast<std::size_t>(end - at));
-  for (; end - at >= 8; at += 8, to += 8) {
-    std::memcpy(to, at, 8);
-    if (const char* special = FindSpecial(at, at + 8); special != at + 8) {
-      out.Advance(static_cast<std::size_t>(special - begin));
-      return special;
-    }
-  }
-  while (at != end && !IsSpecial(*at)) *to++ = *at++;
-  out.Advance(static_cast<std::size_t>(at - begin));
-  return at;
-}
-
 void WriteEscapedText(std::string_view text, JsonTextSink& out) {
   const char* at = text.data();
   const char* const end = at + text.size();
   while (true) {
-    at = CopyPlain(at, end, out);
-    if (at == end) return;
-    WriteSpecial(*at++, out);
+    const char* special = FindSpecial(at, end);
+    out.Write(std::string_view(at, special));
+    if (special == end) return;
+    WriteSpecial(*special, out);
+    at = special + 1;
   }
 }
 
-void WriteQuoted(std::string_view text, JsonTextSink& out) {
-  out.Write('"');
-  WriteEscapedText(text, out);
-  out.Write('"');
+// The text in quotes, with one more text right behind it.
+void WriteQuoted(std::string_view text, bool isPlain, std::string_view behind, JsonTextSink& out) {
+  if (!isPlain) {
+    out.Write('"');
+    WriteEscapedText(text, out);
+    out.Write('"');
+    return out.Write(behind);
+  }
+  const std::size_t size = text.size() + 2;
+  char* to = out.Room(size + behind.size());
+  to[0] = '"';
+  CopyBytes(text, to + 1);
+  to[size - 1] = '"';
+  CopyBytes(behind, to + size);
+  out.Advance(size + behind.size());
 }
 
 // --- Numbers ---
@@ -100,9 +93,19 @@ int DigitCount(std::uint64_t value) {
     for (std::size_t i = 1; i < powers.size(); ++i) powers[i] = powers[i - 1] * 10;
     return powers;
   }();
-  const int least = std::bit_width(value) * 1233 >> 12;  // 1233/4096 is a little above log10(2)
+  const int least = std::bit_width(value) * 1233 >> 12;  // 1233/4096 is a little below log10(2)
   return least + (value >= kPowers[static_cast<std::size_t>(least)] ? 1 : 0);
 }
+
+// "00" to "99".
+constexpr auto kDigitPairs = [] {
+  std::array<char, 200> pairs{};
+  for (std::size_t i = 0; i < 100; ++i) {
+    pairs[2 * i] = static_cast<char>('0' + i / 10);
+    pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
+  }
+  return pairs;
+}();
 
 void WriteInteger(const JsonInteger& integer, JsonTextSink& out) {
   auto value = static_cast<std::uint64_t>(integer.Value());
@@ -113,7 +116,12 @@ void WriteInteger(const JsonInteger& integer, JsonTextSink& out) {
   }
   const int count = DigitCount(value);
   char* digits = out.Room(static_cast<std::size_t>(count));
-  for (int i = count - 1; i >= 0; --i, value /= 10) digits[i] = static_cast<char>('0' + value % 10);
+  int place = count;
+  for (; place >= 2; value /= 100) {
+    place -= 2;
+    std::memcpy(digits + place, kDigitPairs.data() + value % 100 * 2, 2);
+  }
+  if (place == 1) digits[0] = static_cast<char>('0' + value % 10);
   out.Advance(static_cast<std::size_t>(count));
 }
 
@@ -188,7 +196,7 @@ public:
   TreeWriter(const Layout& layout, JsonTextSink& out) : fLayout(layout), fOut(out) {}
 
   void Write(const JsonValue& root) {
-    Begin(root);
+    if (!WriteWhole(root)) BeginContainer(root);
     while (!fOpen.empty()) Continue();
   }
 
@@ -199,93 +207,122 @@ private:
     bool hasChildren = false;  // some were written
   };
 
-  // Writes a value without children, or the head of a container.
-  void Begin(const JsonValue& value) {
+  // Writes a value that needs no place in the list; false for a container with children, of which
+  // nothing is written.
+  bool WriteWhole(const JsonValue& value) {
     switch (value.GetType()) {
-      case JsonValue::TypeString:
-        return WriteQuoted(static_cast<const JsonString&>(value).Text(), fOut);
+      case JsonValue::TypeString: {
+        const auto& string = static_cast<const JsonString&>(value);
+        WriteQuoted(string.Text(), string.IsPlain(), {}, fOut);
+        return true;
+      }
       case JsonValue::TypeInteger:
-        return WriteInteger(static_cast<const JsonInteger&>(value), fOut);
+        WriteInteger(static_cast<const JsonInteger&>(value), fOut);
+        return true;
       case JsonValue::TypeReal:
-        return WriteReal(static_cast<const JsonReal&>(value), fOut);
+        WriteReal(static_cast<const JsonReal&>(value), fOut);
+        return true;
       case JsonValue::TypeTrue:
-        return fOut.Write("true");
+        fOut.Write("true");
+        return true;
       case JsonValue::TypeFalse:
-        return fOut.Write("false");
+        fOut.Write("false");
+        return true;
       case JsonValue::TypeNull:
-        return fOut.Write("null");
+        fOut.Write("null");
+        return true;
       case JsonValue::TypeArray:
-        return BeginContainer(value, '[', static_cast<const JsonArray&>(value).Size() == 0);
+        return WriteWholeArray(static_cast<const JsonArray&>(value));
       case JsonValue::TypeObject:
-        return BeginContainer(value, '{', static_cast<const JsonObject&>(value).Size() == 0);
+        return WriteEmpty("{}", static_cast<const JsonObject&>(value).Size());
       case JsonValue::TypeCompiledObject:
-        return BeginContainer(value, '{',
-                              static_cast<const JsonCompiledObject&>(value).Count() == 0);
+        return WriteEmpty("{}", static_cast<const JsonCompiledObject&>(value).Count());
+    }
+    return true;
+  }
+  bool WriteEmpty(std::string_view text, std::uint64_t count) {
+    if (count != 0) return false;
+    fOut.Write(text);
+    return true;
+  }
+  bool WriteWholeArray(const JsonArray& array) {
+    const std::string_view numbers = array.PackedText();
+    if (numbers.empty()) return WriteEmpty("[]", array.Size());
+    fOut.Write('[');
+    WriteNumbers(numbers);
+    fLayout.NewLine(fOpen.size(), fOut);
+    fOut.Write(']');
+    return true;
+  }
+  void WriteNumbers(std::string_view numbers) {
+    if constexpr (Layout::kIsCompact) return fOut.Write(numbers);
+    for (std::size_t begin = 0; begin < numbers.size();) {
+      const std::size_t end = std::min(numbers.find(',', begin), numbers.size() - 1) + 1;
+      fLayout.NewLine(fOpen.size() + 1, fOut);
+      fOut.Write(numbers.substr(begin, end - begin));  // the comma, too
+      begin = end;
     }
   }
-  void BeginContainer(const JsonValue& container, char opening, bool isEmpty) {
-    fOut.Write(opening);
-    if (isEmpty) {
-      fOut.Write(opening == '[' ? ']' : '}');
-    } else {
-      fOpen.push_back({&container});
-    }
+
+  void BeginContainer(const JsonValue& container) {
+    fOut.Write(container.GetType() == JsonValue::TypeArray ? '[' : '{');
+    fOpen.push_back({&container});
   }
 
   // Writes children of the innermost container until it ends, or one of them is a container.
   void Continue() {
-    const std::size_t depth = fOpen.size();
-    const JsonValue& container = *fOpen.back().container;
-    switch (container.GetType()) {
+    Open open = fOpen.back();
+    switch (open.container->GetType()) {
       case JsonValue::TypeArray:
-        return ContinueArray(static_cast<const JsonArray&>(container), depth);
+        return ContinueArray(open, static_cast<const JsonArray&>(*open.container));
       case JsonValue::TypeObject:
-        return ContinueObject(static_cast<const JsonObject&>(container), depth);
+        return ContinueObject(open, static_cast<const JsonObject&>(*open.container));
       default:
-        return ContinueCompiledObject(static_cast<const JsonCompiledObject&>(container), depth);
+        return ContinueCompiledObject(open,
+                                      static_cast<const JsonCompiledObject&>(*open.container));
     }
   }
-  void ContinueArray(const JsonArray& array, std::size_t depth) {
-    for (const auto items = array.Items(); fOpen.back().next < items.size();) {
-      const JsonValue* item = items[fOpen.back().next++];
+  void ContinueArray(Open& open, const JsonArray& array) {
+    for (const auto items = array.Items(); open.next < items.size();) {
+      const JsonValue* item = items[open.next++];
       if (!item) continue;
-      NextChild();
-      Begin(*item);
-      if (fOpen.size() != depth) return;
+      NextChild(open);
+      if (!WriteWhole(*item)) return Leave(open, *item);
     }
     End(']');
   }
-  void ContinueObject(const JsonObject& object, std::size_t depth) {
-    for (const auto entries = object.Entries(); fOpen.back().next < entries.size();) {
-      const JsonObject::Entry& entry = entries[fOpen.back().next++];
+  void ContinueObject(Open& open, const JsonObject& object) {
+    for (const auto entries = object.Entries(); open.next < entries.size();) {
+      const JsonObject::Entry& entry = entries[open.next++];
       if (!entry.Value()) continue;
-      NextChild();
-      WriteQuoted(entry.Key(), fOut);
-      fOut.Write(Layout::kIsCompact ? ":" : ": ");
-      Begin(*entry.Value());
-      if (fOpen.size() != depth) return;
+      NextChild(open);
+      WriteQuoted(entry.Key(), entry.KeyIsPlain(), Layout::kIsCompact ? ":" : ": ", fOut);
+      if (!WriteWhole(*entry.Value())) return Leave(open, *entry.Value());
     }
     End('}');
   }
   // Contract: no blank behind the colon, in either form.
-  void ContinueCompiledObject(const JsonCompiledObject& object, std::size_t depth) {
+  void ContinueCompiledObject(Open& open, const JsonCompiledObject& object) {
     const auto values = object.Values();
-    while (object.Schema() && fOpen.back().next < values.size()) {
-      const std::size_t place = fOpen.back().next++;
+    while (object.Schema() && open.next < values.size()) {
+      const std::size_t place = open.next++;
       if (!values[place]) continue;
-      NextChild();
-      WriteQuoted(object.Schema()->Keys[place], fOut);
-      fOut.Write(':');
-      Begin(*values[place]);
-      if (fOpen.size() != depth) return;
+      NextChild(open);
+      WriteQuoted(object.Schema()->Keys[place], false, ":", fOut);
+      if (!WriteWhole(*values[place])) return Leave(open, *values[place]);
     }
     End('}');
   }
 
-  void NextChild() {
-    if (fOpen.back().hasChildren) fOut.Write(',');
-    fOpen.back().hasChildren = true;
+  void NextChild(Open& open) {
+    if (open.hasChildren) fOut.Write(',');
+    open.hasChildren = true;
     fLayout.NewLine(fOpen.size(), fOut);
+  }
+  // Leaves the innermost container for a child, to come back to it.
+  void Leave(const Open& open, const JsonValue& child) {
+    fOpen.back() = open;
+    BeginContainer(child);
   }
   void End(char closing) {
     fOpen.pop_back();

@@ -111,6 +111,130 @@ TEST(JsonArray, AParsedArrayGrowsAndShrinksLikeAnother) {
   EXPECT_EQ(Compact(*array), "[1,2,[3]]");
 }
 
+// --- Arrays of numbers, which stay text ---
+
+TEST(JsonArray, OfPlainNumbersIsTextUntilAnItemIsAskedFor) {
+  const struct {
+    const char* text;
+    const char* packed;  // empty when the items are there at once
+  } rows[] = {
+      {"[1]", "1"},
+      {"[0,-1,20]", "0,-1,20"},
+      {" [ 1 ,\n\t-2.50e1\r\n, 3E+5 ] ", "1,-2.50e1,3E+5"},
+      {"[1.5,-0.0,0.12345678901234567]", "1.5,-0.0,0.12345678901234567"},
+      {"[99999999999999]", "99999999999999"},
+      {"[123456789012345678901234.5]", "123456789012345678901234.5"},
+      // These print otherwise than they are written.
+      {"[-0]", ""},
+      {"[1,999999999999999]", ""},
+      {"[1e10]", ""},
+      {"[1,1e05]", ""},
+      {"[0.123456789012345678]", ""},
+      {"[]", ""},
+      {"[1,\"a\"]", ""},
+      {"[1,[2]]", ""},
+      {"[1,null]", ""},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.text);
+    const Node root(Parse(row.text));
+    const JsonArray* array = ToArray(root.Get());
+    ASSERT_TRUE(array);
+    EXPECT_EQ(array->PackedText(), row.packed);
+    const std::string compact = Compact(*root);
+    std::string pretty;
+    WriteText(*root, pretty, " ");
+    const std::size_t size = array->Size();
+    EXPECT_EQ(array->PackedText(), row.packed);
+
+    EXPECT_EQ(array->Items().size(), size);
+    EXPECT_EQ(array->PackedText(), "");
+    EXPECT_EQ(Compact(*root), compact);
+    std::string again;
+    WriteText(*root, again, " ");
+    EXPECT_EQ(again, pretty);
+  }
+}
+
+TEST(JsonArray, ItemsOfATextAreWhatTheNumbersAreAlone) {
+  const char* const numbers[] = {"1", "-20", "1.50", "-0.0", "1e5", "123456789012345678901234.5"};
+  std::string text;
+  for (const char* number : numbers) text += (text.empty() ? "[" : ", ") + std::string(number);
+  const Node root(Parse(text + "]"));
+  const auto items = ToArray(root.Get())->Items();
+  ASSERT_EQ(items.size(), std::size(numbers));
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    const Node alone(Parse(numbers[i]));
+    EXPECT_EQ(items[i]->GetType(), alone->GetType());
+    EXPECT_EQ(Compact(*items[i]), numbers[i]);
+    EXPECT_EQ(items[i]->UseCount(), 1);
+    if (items[i]->GetType() != JsonValue::TypeReal) continue;
+    EXPECT_EQ(static_cast<JsonReal*>(items[i])->Precision(),
+              static_cast<JsonReal&>(*alone).Precision());
+  }
+  EXPECT_TRUE(*root == *Node(Parse(text + "]")));
+  EXPECT_EQ(Compact(*items[2]), "1.5");  // the comparison has asked for it
+}
+
+// The twin of each has been asked for its items before.
+TEST(JsonArray, OfNumbersTakesEveryChangeAsItsTwinDoes) {
+  using Change = void (*)(JsonArray&);
+  const Change changes[] = {
+      [](JsonArray& array) { array.AppendBool(true); },
+      [](JsonArray& array) { array.Insert(1, new JsonNull); },
+      [](JsonArray& array) { array.Insert(3, new JsonNull); },
+      [](JsonArray& array) { array.Remove(0); },
+      [](JsonArray& array) { array.Remove(1, 5); },
+      [](JsonArray& array) { array.Remove(0, 3); },
+      [](JsonArray& array) { array.Remove(3, 1); },
+      [](JsonArray& array) { array.Replace(0, nullptr); },
+      [](JsonArray& array) { array.Replace(2, nullptr); },
+      [](JsonArray& array) { array.Replace(1, new JsonTrue); },
+      [](JsonArray& array) { array.Replace(9, new JsonTrue); },
+      [](JsonArray& array) { array.AppendCopy(&array); },
+  };
+  for (const Change change : changes) {
+    const Node root(Parse("[1,2.50,3]")), twin(Parse("[1,2.50,3]")), cloned(root->Clone());
+    EXPECT_EQ(ToArray(cloned.Get())->PackedText(), "1,2.50,3");
+    ToArray(twin.Get())->Items();
+    for (const Node* node : {&root, &twin, &cloned}) change(*ToArray(node->Get()));
+    EXPECT_EQ(Compact(*root), Compact(*twin));
+    EXPECT_EQ(Compact(*cloned), Compact(*twin));
+    EXPECT_EQ(ToArray(root.Get())->Size(), ToArray(twin.Get())->Size());
+  }
+}
+
+TEST(JsonArray, OfNumbersIsReadByIndexPathAndWalk) {
+  const Node root(Parse("[1,2.50,3]"));
+  EXPECT_EQ(ToArray(Node(root->Clone()).Get())->ChildAsInteger(2), 3);
+  EXPECT_EQ(CompactOrNone(Node(Node(root->Clone())->FindPath("1")).Get()), "2.50");
+  EXPECT_EQ(Node(root->Clone())->FindPath("3"), nullptr);
+  std::string seen;
+  ToArray(root.Get())->ForEach([&](std::size_t index, JsonValue* child) {
+    seen += std::to_string(index) + "=" + Compact(*child) + ";";
+  });
+  EXPECT_EQ(seen, "0=1;1=2.50;2=3;");
+}
+
+TEST(JsonArray, OfManyNumbersStaysTextToo) {
+  std::string text = "[0";
+  for (int i = 1; i < 50000; ++i) text += "," + std::to_string(i) + ".25";
+  const Node root(Parse(text + "]"));
+  EXPECT_EQ(Compact(*root), text + "]");
+  EXPECT_EQ(ToArray(root.Get())->Size(), 50000U);
+  EXPECT_EQ(ToArray(root.Get())->ChildAsReal(49999), 49999.25);
+  EXPECT_EQ(Compact(*root).size(), text.size() + 1);
+}
+
+// An item outlives its array, and the text that it came from.
+TEST(JsonArray, AnItemOfATextMayOutliveIt) {
+  Node root(Parse("[[1.25,2.5],[3]]"));
+  const Node item(root->FindPath("0/1"));
+  root.Reset();
+  EXPECT_EQ(item->UseCount(), 1);
+  EXPECT_EQ(Compact(*item), "2.5");
+}
+
 TEST(JsonArray, TheCheckedWalkGathersErrors) {
   const auto array = Numbers(25);
   std::string errors;

@@ -74,6 +74,15 @@ TEST(JsonParser, TellsWhatIsWrongWithAnArray) {
       {"[[x]]", "not a JSON value", 2},
       {"[1}", "comma separator expected between values", 2},
       {"]", "not a JSON value", 0},
+      // Arrays of numbers are read in one go, and what is wrong with them all the same.
+      {"[1,2,01]", "comma separator expected between values", 6},
+      {"[1,2,-]", "not a number", 5},
+      {"[1.5,2.,3]", "minimum one digit after decimal dot required", 5},
+      {"[1.5,2e]", "minimum one digit after exponent required", 5},
+      {"[1.5,1e400]", "real number out of double range", 5},
+      {"[1,\n2\n,\n]", "array must not end with comma", 8, 3, 8},
+      {"[1,\n2\n ] x", "illegal trailing characters after value", 9, 2, 6},
+      {"[[1,\n2]\n\n 3]", "comma separator expected between values", 10, 3, 9},
   });
 }
 

@@ -127,6 +127,20 @@ TEST(JsonTrees, TwoThreadsShareNodes) {
   EXPECT_EQ(shared->FindChild("list")->UseCount(), 1);
 }
 
+TEST(JsonTrees, TwoThreadsAskATextForItsItems) {
+  for (int i = 0; i < 300; ++i) {
+    const Node root(Parse("[1,2.50,-3]"));
+    const JsonArray* array = ToArray(root.Get());
+    const JsonValue* seen[2] = {};
+    std::thread other([&] { seen[0] = array->ChildAt(1); });
+    seen[1] = array->ChildAt(1);
+    other.join();
+    EXPECT_EQ(seen[0], seen[1]);
+    EXPECT_EQ(array->Size(), 3U);
+    EXPECT_EQ(Compact(*root), "[1,2.50,-3]");
+  }
+}
+
 // The last reference of one parse's nodes goes on two threads at once.
 TEST(JsonTrees, TwoThreadsFreeTheHalvesOfOneParse) {
   for (int i = 0; i < 200; ++i) {

@@ -200,7 +200,7 @@ TEST(IContext, ReadsMissingElementsAsNeutralValues) {
 // ------------------------------------------------------------------------------------ log
 
 // Writes down each call with what it brought.
-class NotingLogger final : public InterfaceImpl<ILogger> {
+class NotingLogger final : public NeutralLogger {
 public:
   std::vector<std::string> calls;
   std::int32_t contextCount = 0;  // of the context that the last call brought
@@ -233,18 +233,6 @@ private:
                           IContext* context) override {
     Note(std::string("error text ") + module + text, transactionId, context);
   }
-  void Interface_SetDebugActivated(bool) override {}
-  void Interface_SetDebugLogLevel(std::uint32_t) override {}
-  void Interface_SetDebugLogLevelDefinition(const char*) override {}
-  void Interface_SetErrorActivated(bool) override {}
-  bool Interface_CreateUserDefinedLog(const char*, const char*) override { return false; }
-  bool Interface_HasUserDefinedLog(const char*) const override { return false; }
-  bool Interface_IsUserDefinedLogEnabled(const char*) const override { return false; }
-  void Interface_DeleteUserDefinedLog(const char*) override {}
-  void Interface_UserDefinedLog(const char*, std::uint32_t, IJSON*, std::uint32_t,
-                                IContext*) override {}
-  void Interface_UserDefinedLog(const char*, std::uint32_t, const char*, std::uint32_t,
-                                IContext*) override {}
 };
 
 TEST(IContext, LogsThroughTheLoggerWithItself) {

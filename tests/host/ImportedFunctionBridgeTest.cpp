@@ -100,7 +100,7 @@ private:
   ILogger* Interface_GetLogger() const override { return Share(logger.get()).release(); }
 };
 
-class LoggerOfLines final : public InterfaceImpl<ILogger> {
+class LoggerOfLines final : public NeutralLogger {
 public:
   std::vector<std::string> lines;
 
@@ -109,22 +109,6 @@ private:
                           IContext*) override {
     lines.push_back(std::string(module) + "|" + std::to_string(level) + "|" + text);
   }
-  void Interface_DebugLog(const char*, std::uint32_t, IJSON*, std::uint32_t, IContext*) override {}
-  bool Interface_IsDebugLogEnabled(const char*, std::uint32_t) const override { return true; }
-  void Interface_ErrorLog(const char*, IJSON*, std::uint32_t, IContext*) override {}
-  void Interface_ErrorLog(const char*, const char*, std::uint32_t, IContext*) override {}
-  void Interface_SetDebugActivated(bool) override {}
-  void Interface_SetDebugLogLevel(std::uint32_t) override {}
-  void Interface_SetDebugLogLevelDefinition(const char*) override {}
-  void Interface_SetErrorActivated(bool) override {}
-  bool Interface_CreateUserDefinedLog(const char*, const char*) override { return false; }
-  bool Interface_HasUserDefinedLog(const char*) const override { return false; }
-  bool Interface_IsUserDefinedLogEnabled(const char*) const override { return false; }
-  void Interface_DeleteUserDefinedLog(const char*) override {}
-  void Interface_UserDefinedLog(const char*, std::uint32_t, IJSON*, std::uint32_t,
-                                IContext*) override {}
-  void Interface_UserDefinedLog(const char*, std::uint32_t, const char*, std::uint32_t,
-                                IContext*) override {}
 };
 
 class CustomerPolicy : public testing::Test {

@@ -11,8 +11,8 @@
 #include "host/IPolicy.h"
 #include "host/InterfaceImpl.h"
 
-// The host's side of a call for tests: contexts, a policy and a module info. Each answers what the
-// test set, and neutral values to all the rest. One thread at a time may use one of them.
+// The host's side of a call for tests: contexts, a logger, a policy and a module info. Each answers
+// what the test set, and neutral values to all the rest. One thread at a time may use one of them.
 
 // Answers every operation with nothing; tests override what they need.
 class NeutralContext : public Tovrin::InterfaceImpl<Tovrin::IContext> {
@@ -119,6 +119,30 @@ public:
 protected:
   Tovrin::IVariant* Interface_CreateInstance(TypeId type) override;
   TypeId Interface_FindType(const char* name) const override;
+};
+
+// Takes every line and keeps none; tests override what they need.
+class NeutralLogger : public Tovrin::InterfaceImpl<Tovrin::ILogger> {
+protected:
+  bool Interface_IsDebugLogEnabled(const char*, std::uint32_t) const override { return {}; }
+  void Interface_DebugLog(const char*, std::uint32_t, Tovrin::IJSON*, std::uint32_t,
+                          Tovrin::IContext*) override {}
+  void Interface_DebugLog(const char*, std::uint32_t, const char*, std::uint32_t,
+                          Tovrin::IContext*) override {}
+  void Interface_SetDebugActivated(bool) override {}
+  void Interface_SetDebugLogLevel(std::uint32_t) override {}
+  void Interface_SetDebugLogLevelDefinition(const char*) override {}
+  void Interface_SetErrorActivated(bool) override {}
+  void Interface_ErrorLog(const char*, Tovrin::IJSON*, std::uint32_t, Tovrin::IContext*) override {}
+  void Interface_ErrorLog(const char*, const char*, std::uint32_t, Tovrin::IContext*) override {}
+  bool Interface_CreateUserDefinedLog(const char*, const char*) override { return {}; }
+  bool Interface_HasUserDefinedLog(const char*) const override { return {}; }
+  bool Interface_IsUserDefinedLogEnabled(const char*) const override { return {}; }
+  void Interface_DeleteUserDefinedLog(const char*) override {}
+  void Interface_UserDefinedLog(const char*, std::uint32_t, Tovrin::IJSON*, std::uint32_t,
+                                Tovrin::IContext*) override {}
+  void Interface_UserDefinedLog(const char*, std::uint32_t, const char*, std::uint32_t,
+                                Tovrin::IContext*) override {}
 };
 
 // Hands out one context, and counts what must not happen to it.

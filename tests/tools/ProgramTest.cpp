@@ -83,6 +83,38 @@ TEST(Program, SaysInOneLineWhatIsWrongWithAModule) {
   }
 }
 
+// What the caller closed stays closed: no file that is opened later takes its number.
+TEST(Program, LeavesClosedStreamsClosed) {
+  const CTemporaryFolder folder;
+  const std::string rules = folder.Write("test.rules", "otherwise \"v\";");
+  const std::string log = folder.Write("log", "");
+  const struct {
+    std::string arguments;
+    int status;
+    const char* errors;
+  } rows[] = {
+      {"call 1 >&-", 1, "cannot write 'standard output': Bad file descriptor\n"},
+      {"describe >&-", 1, "cannot write 'standard output': Bad file descriptor\n"},
+      {"--log 3 --log-file " + log + " call 1 >&-", 1,
+       "cannot write 'standard output': Bad file descriptor\n"},
+      {"run " + rules + " <&-", 1, "cannot read '-': Bad file descriptor\n"},
+      {"run " + rules + " --threads 2 <&-", 1, "cannot read '-': Bad file descriptor\n"},
+      {"call 1 2>&- >/dev/null", 0, ""},
+      {"call 'Tessarin.Search()' 2>&- >/dev/null", 3, ""},
+      {"call 1 >/dev/full", 1, "cannot write 'standard output': No space left on device\n"},
+      {"--version >/dev/full", 1, "cannot write 'standard output': No space left on device\n"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.arguments);
+    ChildCall call;
+    call.command = {"/bin/sh", "-c", "'" + (BinDir() / "tovrin").string() + "' " + row.arguments};
+    const ChildResult result = RunChild(call);
+    EXPECT_EQ(result.status, row.status);
+    EXPECT_EQ(result.errors, row.errors);
+  }
+  EXPECT_EQ(ReadWholeFile(log), "");
+}
+
 TEST(Program, SaysWhenThereIsNoModule) {
   const ChildResult result = Tovrin({"--module", "/nowhere/libnone.so", "call", "1"});
   EXPECT_EQ(result.status, 1);

@@ -74,6 +74,8 @@ TEST_F(CFunctionTableTest, FindsADeclarationExactly) {
 TEST_F(CFunctionTableTest, TitlesAFunctionAsFailuresDo) {
   EXPECT_EQ(fFunctions.FindExact("F", "NUMBER", "")->Title(), "function 'F'");
   EXPECT_EQ(fFunctions.FindExact("P", "", "VECTOR<STRING>")->Title(), "procedure 'P'");
+  EXPECT_EQ(fFunctions.FindExact("P", "", "VECTOR<STRING>")->WordsFor(0x20002),
+            "invalid parameter 2 in procedure 'P'");
 }
 
 TEST_F(CFunctionTableTest, RefusesAnUnknownType) {

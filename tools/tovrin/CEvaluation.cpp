@@ -173,7 +173,7 @@ public:
       return fFunction.address(static_cast<std::uint32_t>(fArguments.size()), fArguments.data(),
                                fResult.get(), fFunction.info, fContext.get());
     });
-    if (status != 0) throw FailureAt(fWhere, StatusWords(status, fTitle));
+    if (status != 0) throw FailureAt(fWhere, fFunction.WordsFor(status));
     return fResult.get();
   }
 

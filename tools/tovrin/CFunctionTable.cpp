@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include "host/ImportedFunctionBridge.h"
+
 namespace RefHost {
 namespace {
 
@@ -15,10 +17,18 @@ std::size_t FittingArguments(const BoundFunction& function,
   return static_cast<std::size_t>(wanted - function.arguments.begin());
 }
 
+std::string_view KindOf(const BoundFunction& function) {
+  return function.IsProcedure() ? "procedure" : "function";
+}
+
 }  // namespace
 
 std::string BoundFunction::Title() const {
-  return fmt::format("{} '{}'", IsProcedure() ? "procedure" : "function", declaration.name);
+  return fmt::format("{} '{}'", KindOf(*this), declaration.name);
+}
+
+std::string BoundFunction::WordsFor(Tovrin::FunctionStatus status) const {
+  return Tovrin::StatusMessage(status, KindOf(*this), declaration.name);
 }
 
 BoundFunction Bind(const CTypeTable& types, DefinitionEntry declaration) {

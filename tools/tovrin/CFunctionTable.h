@@ -26,6 +26,8 @@ struct BoundFunction {
   bool IsProcedure() const { return declaration.kind == EntryKind::Procedure; }
   // "function 'Size'" or "procedure 'Tessarin.Add'", as failures call it.
   std::string Title() const;
+  // "invalid parameter 2 in function 'Size'", for a status that is not 0.
+  std::string WordsFor(Tovrin::FunctionStatus status) const;
 };
 
 // A declaration with its types looked up; where the function is, the caller fills in. Throws

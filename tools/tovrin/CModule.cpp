@@ -193,7 +193,7 @@ void CModule::HandOverHost() {
                                    transaction.context.get());
         },
         [&](const std::string& words) { return ExceptionFrom(entry.name, words); });
-    if (status != 0) Fail(StatusWords(status, function->Title()));
+    if (status != 0) Fail(function->WordsFor(status));
     if (!result->GetBoolean()) Fail(fmt::format("{} refuses the host", entry.name));
   }
 }

@@ -70,8 +70,9 @@ private:
   std::vector<Tovrin::AutoRefPtr<Tovrin::IModuleInfo>> fInfos;
 };
 
-// Where the module stands that comes with this program: beside it, or where an installation puts it,
-// as seen from the program's folder. Throws CModuleError that names the places when it is in none.
+// Where the module stands that comes with this program: beside it, or where an installation puts
+// it, as seen from the program's folder. Throws CModuleError that names the places when it is in
+// none.
 std::filesystem::path FindOwnModule();
 
 }  // namespace RefHost

@@ -3,7 +3,6 @@
 #include <stdexcept>
 #include <string>
 
-#include "host/ModuleFunction.h"
 #include "tools/tovrin/SourceText.h"
 
 namespace RefHost {
@@ -30,10 +29,6 @@ public:
 private:
   ExitStatus fStatus;
 };
-
-// The words for a status word that is not 0: "invalid parameter 2 in function 'Size'".
-// title is as BoundFunction::Title gives it.
-std::string StatusWords(Tovrin::FunctionStatus status, const std::string& title);
 
 // What becomes of an exception that came out of a module: "runtime error from function 'Size': no".
 CCallFailure ExceptionFailure(const std::string& title, const std::string& words);

@@ -19,10 +19,6 @@ Interface* Lend(const AutoRefPtr<Interface>& held) {
   return AutoRefPtr<Interface>(held).release();
 }
 
-std::string Copy(const char* text) {
-  return text != nullptr ? text : "";
-}
-
 }  // namespace
 
 CHostContext::CHostContext(HostTables tables, AutoRefPtr<Tovrin::IPolicy> policy,
@@ -83,7 +79,7 @@ void CHostContext::Interface_SetUserDataAsNumber(std::uint64_t id, double value)
 }
 
 void CHostContext::Interface_SetUserDataAsString(std::uint64_t id, const char* text) {
-  NewUserData(id, Tovrin::kTypeString)->AssignString(Copy(text));
+  NewUserData(id, Tovrin::kTypeString)->AssignString(Tovrin::TextOrEmpty(text));
 }
 
 void CHostContext::Interface_SetUserDataAsData(std::uint64_t id, Tovrin::IDataRef* data) {
@@ -130,7 +126,7 @@ IVariant* CHostContext::Interface_CreateInstance(TypeId typeId) {
 }
 
 TypeId CHostContext::Interface_FindType(const char* name) const {
-  return fTables.types->Find(Copy(name));
+  return fTables.types->Find(Tovrin::TextOrEmpty(name));
 }
 
 const char* CHostContext::Interface_GetTypeName(TypeId typeId) const {
@@ -140,7 +136,8 @@ const char* CHostContext::Interface_GetTypeName(TypeId typeId) const {
 Tovrin::ModuleFunction CHostContext::Link(const char* name, const std::string& result,
                                           const std::string& arguments,
                                           Tovrin::IModuleInfo** info) const {
-  const BoundFunction* function = fTables.functions->FindExact(Copy(name), result, arguments);
+  const BoundFunction* function =
+      fTables.functions->FindExact(Tovrin::TextOrEmpty(name), result, arguments);
   if (function == nullptr) return nullptr;
   if (info != nullptr) {
     if (function->info != nullptr) function->info->AddRef();
@@ -155,7 +152,7 @@ Tovrin::ModuleFunction CHostContext::Interface_GetFunction(const char* name, std
                                                            Tovrin::IModuleInfo** info,
                                                            std::uint32_t /*flag*/) {
   if (count != 2 || types == nullptr) return nullptr;
-  return Link(name, Copy(types[0]), Copy(types[1]), info);
+  return Link(name, Tovrin::TextOrEmpty(types[0]), Tovrin::TextOrEmpty(types[1]), info);
 }
 
 // One text: the argument types. A procedure has no result to ask for.
@@ -164,7 +161,7 @@ Tovrin::ModuleFunction CHostContext::Interface_GetProcedure(const char* name, st
                                                             Tovrin::IModuleInfo** info,
                                                             std::uint32_t /*flag*/) {
   if (count != 1 || types == nullptr) return nullptr;
-  return Link(name, {}, Copy(types[0]), info);
+  return Link(name, {}, Tovrin::TextOrEmpty(types[0]), info);
 }
 
 bool CHostContext::Interface_RegisterModuleCallbackFunction(Tovrin::CallbackType type,
@@ -200,7 +197,8 @@ Tovrin::IConfiguration* CHostContext::Interface_CreateConfiguration() {
 void CHostContext::Interface_TriggerErrorHandler(Tovrin::ErrorSeverity severity,
                                                  const char* moduleNamespace, const char* errorId,
                                                  const char* message) {
-  fErrors.push_back({severity, Copy(moduleNamespace), Copy(errorId), Copy(message)});
+  fErrors.push_back({severity, Tovrin::TextOrEmpty(moduleNamespace), Tovrin::TextOrEmpty(errorId),
+                     Tovrin::TextOrEmpty(message)});
 }
 
 const CHostContext::Error& CHostContext::LastError() const {
@@ -230,19 +228,19 @@ const char* CHostContext::Interface_GetStackedErrors(const char* prefix,
                                                      const char* separator) const {
   fStackedErrors.clear();
   for (const Error& error : fErrors) {
-    if (!fStackedErrors.empty()) fStackedErrors += Copy(separator);
-    fStackedErrors += fmt::format("{}{}: {}", Copy(prefix), error.id, error.message);
+    if (!fStackedErrors.empty()) fStackedErrors += Tovrin::TextOrEmpty(separator);
+    fStackedErrors += fmt::format("{}{}: {}", Tovrin::TextOrEmpty(prefix), error.id, error.message);
   }
   return fStackedErrors.c_str();
 }
 
 void CHostContext::Interface_Cancel(const char* reason) {
   fIsCanceled = true;
-  fCancellation = Copy(reason);
+  fCancellation = Tovrin::TextOrEmpty(reason);
 }
 
 void CHostContext::Interface_SetTracePathPrefix(const char* prefix) {
-  fTracePathPrefix = Copy(prefix);
+  fTracePathPrefix = Tovrin::TextOrEmpty(prefix);
 }
 
 std::uint64_t CHostContext::Interface_MicrosecondsSinceStart() const {

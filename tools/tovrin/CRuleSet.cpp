@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-
 #include "tools/tovrin/Parser.h"
 
 namespace RefHost {
@@ -38,10 +36,9 @@ CRuleSet::CRuleSet(std::string_view source, const CTransaction& transaction) {
 }
 
 std::size_t CRuleSet::VerdictIndex(const std::string& verdict) {
-  const auto found = std::find(fVerdicts.begin(), fVerdicts.end(), verdict);
-  const auto index = static_cast<std::size_t>(found - fVerdicts.begin());
-  if (found == fVerdicts.end()) fVerdicts.push_back(verdict);
-  return index;
+  const auto [entry, isNew] = fVerdictIndexes.emplace(verdict, fVerdicts.size());
+  if (isNew) fVerdicts.push_back(verdict);
+  return entry->second;
 }
 
 CRuleEngine::CRuleEngine(const CRuleSet& rules, const CTransaction& transaction)

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "tools/tovrin/CEvaluation.h"
@@ -39,11 +40,12 @@ public:
   static constexpr std::string_view kLineVariable = "text";
 
 private:
-  std::size_t VerdictIndex(const std::string& verdict);
+  std::size_t VerdictIndex(const std::string& verdict);  // adds what is new
 
   CScope fValues;
   std::vector<Entry> fRules;
   std::vector<std::string> fVerdicts;
+  std::unordered_map<std::string, std::size_t> fVerdictIndexes;
   std::size_t fOwnVerdictCount = 0;
   std::size_t fNoVerdict = 0;
   std::size_t fErrorVerdict = 0;

@@ -84,7 +84,9 @@ bool CVariant::ResizeForNewValue(std::uint64_t size) {
   if (fFrozen) return false;
   DestroyElements();
   DropCaches();
+  const VariantType type = std::exchange(fType, VariantType::Empty);  // and so if memory fails
   fStorage.ResizeForNewValue(size);
+  fType = type;
   return true;
 }
 

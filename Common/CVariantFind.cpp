@@ -217,12 +217,18 @@ std::int64_t CVariant::FindFrom(std::int64_t start, const IVariant* value) const
              NotInitialized("CVariant: find", "right hand side of operator 'find'"));
     return -1;
   }
-  if (TypeFamily::VariantLists.Has(fType)) {
-    return FirstFrom(Elements<VariantElement>(), start,
-                     [&](const CVariant& element) { return element.IsEqual(value); });
-  }
   const CVariantReader reader(*value);
   const VariantType type = reader.Type();
+  if (TypeFamily::VariantLists.Has(fType)) {
+    // What is many values behind an interface is read once, and not by each element.
+    CVariant copy;
+    if (!reader.Peer() && IsKnownType(type) && (TypeInfo(type).fIsList || type == Map)) {
+      copy.Assign(value);
+      value = &copy;
+    }
+    return FirstFrom(Variants(), start,
+                     [&](const CVariant& element) { return element.IsEqual(value); });
+  }
   if (type == Double) return FindFrom(start, value->GetDouble());
   if (type == Boolean) return FindFrom(start, value->GetBool());
   if (TypeFamily::IntegerScalars.Has(type)) return FindFrom(start, value->GetLong());

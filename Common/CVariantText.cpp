@@ -150,6 +150,7 @@ std::uint64_t CVariant::GetHash() const {
     AppendText(", ", text);
   }
   hash = HashOf(text);
-  fHash.store(hash, std::memory_order_relaxed);
+  // Variants inside of this one change without its knowledge, through views and map values.
+  if (!OwnsVariants()) fHash.store(hash, std::memory_order_relaxed);
   return hash;
 }

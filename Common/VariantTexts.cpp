@@ -13,8 +13,9 @@ CStringPtr MakeText(std::string_view utf8) {
 }
 
 CStringPtr TextOf(Selvane::IUnicodeString* text) {
-  if (!text || text->GetByteSize() == 0) return nullptr;
-  return MakeUseCounted<CStringImpl>(std::string_view(text->GetBytes(), text->GetByteSize()),
+  const char* const bytes = text ? text->GetBytes() : nullptr;
+  if (!bytes || text->GetByteSize() == 0) return nullptr;
+  return MakeUseCounted<CStringImpl>(std::string_view(bytes, text->GetByteSize()),
                                      EncodingId(text->GetEncodingName()));
 }
 

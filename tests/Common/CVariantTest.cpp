@@ -255,6 +255,8 @@ TEST(CVariant, CopiesTheIndexAndStartsToCountAnew) {
   const CVariant copy(list);
   EXPECT_TRUE(copy.HasIndex());
   EXPECT_EQ(copy.LookupCount(), 0u);
+  list.Assign(&list);
+  EXPECT_TRUE(list.HasIndex());
   for (int i = 0; i < 100; ++i) {
     EXPECT_EQ(copy.FindFrom(0, MakeText(std::to_string(i)).Get()), 99 - i);
   }

@@ -11,6 +11,7 @@
 #include <thread>
 #include <vector>
 
+#include "Common/CRefVariant.h"
 #include "Common/CVariant.h"
 #include "Common/CVariantTypeTable.h"
 #include "Common/Lookup3.h"
@@ -319,6 +320,21 @@ TEST(CVariantText, KeepsTheHashUntilTheValueChanges) {
     EXPECT_EQ(value.GetHash(), fresh.GetHash());
     EXPECT_NE(value.GetHash(), before);
   }
+}
+
+TEST(CVariantText, HashesWhatItsVariantsAreNow) {
+  CVariant list = Variants({CVariant(std::int64_t{1}), TextValue(String, "x")});
+  const std::uint64_t listBefore = list.GetHash();
+  bool ok = false;
+  const CUsePtr<CRefVariant> view(list.GetMixedListElemRef(0, ok));
+  view->SetLong(2);
+  EXPECT_NE(list.GetHash(), listBefore);
+  EXPECT_EQ(list.GetHash(), TextValue(String, "2, x").GetHash());
+
+  CVariant map = SampleOf(Map);
+  const std::uint64_t mapBefore = map.GetHash();
+  map.FindMapValue(MakeText("a"))->SetLong(9);
+  EXPECT_NE(map.GetHash(), mapBefore);
 }
 
 // The hash, the lookup count and the index are filled by readers at once.

@@ -7,6 +7,7 @@
 namespace {
 
 constinit thread_local long count = 0;
+constinit thread_local long untilFault = 0;  // requests; 0 or less for none to come
 
 }  // namespace
 
@@ -14,9 +15,20 @@ long AllocationCount() {
   return count;
 }
 
+AllocationFault::AllocationFault(long which) {
+  untilFault = which;
+}
+AllocationFault::~AllocationFault() {
+  untilFault = 0;
+}
+bool AllocationFault::HasFailed() const {
+  return untilFault <= 0;
+}
+
 // The forms for arrays and without exceptions come through these.
 void* operator new(std::size_t size) {
   ++count;
+  if (untilFault > 0 && --untilFault == 0) throw std::bad_alloc();
   if (void* const block = std::malloc(size == 0 ? 1 : size)) return block;
   throw std::bad_alloc();
 }

@@ -5,3 +5,14 @@
 // Linked on its own (tessarin::allocation_count), since it replaces the operators of the whole
 // program.
 long AllocationCount();
+
+// While it stands, one request of the thread that made it fails: the first, the second and so on.
+class AllocationFault {
+public:
+  explicit AllocationFault(long which);
+  ~AllocationFault();
+  AllocationFault(const AllocationFault&) = delete;
+  AllocationFault& operator=(const AllocationFault&) = delete;
+
+  bool HasFailed() const;
+};

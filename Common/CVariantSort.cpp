@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <limits>
 #include <numeric>
+#include <optional>
 #include <span>
 #include <utility>
 #include <vector>
@@ -95,48 +96,23 @@ void SortByRanks(std::span<typename E::Stored> elements) {
   Permute<E>(elements, order);
 }
 
-// Sorts in place, as the contract says. Elements in a total order never take n * n steps, nor a
-// deep stack: when the steps that a well-behaved row needs are used up, what is left is sorted to
-// the same result by its ranks.
+// Elements in a total order never take n * n steps: when those that a well-behaved row needs are
+// used up, what is left is sorted to the same result by its ranks.
 template <class E>
-class CQuickSort {
-public:
-  CQuickSort(std::span<typename E::Stored> elements, bool hasTotalOrder)
-      : fElements(elements),
-        fIsBounded(hasTotalOrder && elements.size() <= std::numeric_limits<std::uint32_t>::max()),
-        fSteps(kStepsPerLevel * static_cast<std::int64_t>(elements.size()) *
-               std::bit_width(elements.size())) {}
-
-  void Sort() { Sort(0, static_cast<std::int64_t>(fElements.size()) - 1); }
-
-private:
-  static constexpr std::int64_t kStepsPerLevel = 4;  // an element; random rows need about 1.4
-
-  // Recurses into the shorter side and loops on the longer, which changes nothing in the result
-  // and keeps the depth below the logarithm of the length.
-  void Sort(std::int64_t low, std::int64_t high) {
-    while (low < high) {
-      fSteps -= high - low;
-      if (fIsBounded && fSteps < 0) {
-        SortByRanks<E>(fElements.subspan(static_cast<std::size_t>(low),
-                                         static_cast<std::size_t>(high - low + 1)));
-        return;
-      }
-      const std::int64_t middle = Partition<E>(fElements.data(), low, high);
-      if (middle - low < high - middle) {
-        Sort(low, middle - 1);
-        low = middle + 1;
-      } else {
-        Sort(middle + 1, high);
-        high = middle - 1;
-      }
-    }
-  }
-
-  std::span<typename E::Stored> fElements;
-  bool fIsBounded;
-  std::int64_t fSteps;  // comparisons that are left
-};
+void QuickSort(std::span<typename E::Stored> elements, bool hasTotalOrder) {
+  constexpr std::int64_t kStepsPerLevel = 4;  // an element; random rows need about 1.4
+  const auto count = static_cast<std::int64_t>(elements.size());
+  const bool isBounded = hasTotalOrder && count <= std::numeric_limits<std::uint32_t>::max();
+  std::int64_t steps = kStepsPerLevel * count * std::bit_width(elements.size());
+  auto partition = [&](std::int64_t low, std::int64_t high) -> std::optional<std::int64_t> {
+    steps -= high - low;
+    if (!isBounded || steps >= 0) return Partition<E>(elements.data(), low, high);
+    SortByRanks<E>(
+        elements.subspan(static_cast<std::size_t>(low), static_cast<std::size_t>(high - low + 1)));
+    return std::nullopt;
+  };
+  SortByParts(0, count - 1, partition);
+}
 
 // Sorts by the library, which puts equal elements anywhere. A list that is kept in order gets one
 // new element at a time, at its end.
@@ -177,7 +153,7 @@ void SortElements(std::span<typename E::Stored> elements, VariantType elementTyp
         if (SortIfUnique<E>(elements)) return;
       }
     }
-    CQuickSort<E>(elements, hasTotalOrder).Sort();
+    QuickSort<E>(elements, hasTotalOrder);
   }
 }
 
@@ -191,13 +167,13 @@ void CVariant::SortList() {
   }
   const std::uint64_t count = SizeOfList();
   if (count <= 1) return;
+  DropCaches();  // first, for sorting may fail half-way
   VisitElements(KindOf(fType), [&](auto kind) {
     using E = decltype(kind);
     if constexpr (IsListElement<E>) {
       SortElements<E>({Elements<E>(), count}, TypeInfo(fType).fBaseType);
     }
   });
-  DropCaches();
 }
 
 void CVariant::SetSorted(bool sorted) {

@@ -47,17 +47,11 @@ public:
     for (std::size_t place = 0; place < fRanks.size(); ++place) Note(place);
   }
 
-  void Sort(std::int64_t low, std::int64_t high) {
-    while (low < high) {
-      const std::int64_t middle = Partition(low, high);
-      if (middle - low < high - middle) {
-        Sort(low, middle - 1);
-        low = middle + 1;
-      } else {
-        Sort(middle + 1, high);
-        high = middle - 1;
-      }
-    }
+  void Sort() {
+    auto partition = [this](std::int64_t low, std::int64_t high) -> std::optional<std::int64_t> {
+      return Partition(low, high);
+    };
+    SortByParts(0, static_cast<std::int64_t>(fRanks.size()) - 1, partition);
   }
 
   std::vector<std::uint32_t>& Order() { return fOrder; }
@@ -108,6 +102,6 @@ private:
 
 std::vector<std::uint32_t> ReplayQuickSort(const std::vector<std::uint32_t>& ranks) {
   CReplay replay(ranks);
-  replay.Sort(0, static_cast<std::int64_t>(ranks.size()) - 1);
+  replay.Sort();
   return std::move(replay.Order());
 }

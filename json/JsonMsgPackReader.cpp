@@ -2,12 +2,11 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "json/JsonByteOrder.h"
 #include "json/JsonMsgPack.h"
 #include "json/JsonTextScan.h"
-#include "json/JsonTreeBuilder.h"
+#include "json/JsonTreeReader.h"
 
 namespace Tovrin::JSON {
 
@@ -38,16 +37,23 @@ constexpr unsigned KeyFlagFor(JsonValue::Type type) {
   return 0;
 }
 
-// Reads one MsgPack value. Containers that are open stand in a list of frames, so depth is bounded
-// by memory alone; no room is made from a count, so a false one costs nothing.
-class BinaryParser {
+struct BinaryFrame : JsonOpenContainer {
+  std::uint64_t missing;             // items or members still to come
+  const char* valueStart = nullptr;  // CompiledObject: of the value being read
+};
+
+// Reads one MsgPack value. No room is made from a count, so a false one costs nothing.
+class BinaryParser : private JsonTreeReader<BinaryParser, BinaryFrame> {
 public:
   BinaryParser(std::string_view bytes, JsonParseContext& context)
-      : fContext(context), fBegin(bytes.data()), fAt(bytes.data()), fEnd(fAt + bytes.size()) {}
+      : JsonTreeReader(context),
+        fBegin(bytes.data()),
+        fAt(bytes.data()),
+        fEnd(fAt + bytes.size()) {}
 
   JsonValue* Parse(const JsonCompiledSchema* schema) {
     JsonTextCursor cursor{fBegin, fEnd, 0, fBegin};
-    JsonValue* root = fAt == fEnd ? Fail("empty input") : ParseValue(schema);
+    JsonValue* root = fAt == fEnd ? Fail("empty input") : ReadTree(schema);
     if (root) {
       cursor.at = fAt;
       cursor.SkipWhiteSpace();
@@ -65,43 +71,8 @@ public:
   }
 
 private:
-  enum class Kind : std::uint8_t { Array, Map, CompiledMap };
-  struct Frame {
-    Kind kind;
-    std::uint64_t missing;  // items or members still to come
-    std::size_t begin = 0;  // Array, Map: of its children in the builder
-    const JsonCompiledSchema* schema =
-        nullptr;                             // Array: of the items, or null; CompiledMap: its own
-    JsonCompiledObject* compiled = nullptr;  // CompiledMap: owned
-    std::size_t place = 0;                   // CompiledMap: of the value being read, or none
-    const char* valueStart = nullptr;        // CompiledMap: of that value
-    std::string_view key = {};               // Map: of the value being read
-  };
-  // The compiled objects of frames that are left are released.
-  struct Frames : std::vector<Frame> {
-    ~Frames() {
-      for (const Frame& frame : *this) {
-        if (frame.compiled) frame.compiled->Release();
-      }
-    }
-  };
+  friend class JsonTreeReader<BinaryParser, BinaryFrame>;
 
-  JsonValue* ParseValue(const JsonCompiledSchema* schema) {
-    JsonValue* value = Begin(schema);
-    while (!fFailed) {
-      if (value && fFrames.empty()) return value;
-      if (!value || Store(value)) value = Continue();
-    }
-    return nullptr;
-  }
-
-  // --- Failing ---
-
-  std::nullptr_t Fail(const char* message) {
-    fFailed = true;
-    fContext.ErrorMessage = message;
-    return nullptr;
-  }
   std::nullptr_t FailAt(const char* position, const char* message) {
     fAt = position;
     return Fail(message);
@@ -229,15 +200,15 @@ private:
 
   std::nullptr_t OpenArray(std::uint64_t count, const JsonCompiledSchema* schema) {
     fFrames.push_back(
-        {.kind = Kind::Array, .missing = count, .begin = fBuilder.ItemCount(), .schema = schema});
+        {{.kind = Kind::Array, .begin = fBuilder.ItemCount(), .schema = schema}, count});
     return nullptr;
   }
   std::nullptr_t OpenMap(std::uint64_t count, const JsonCompiledSchema* schema) {
     if (schema) {
-      fFrames.push_back({.kind = Kind::CompiledMap, .missing = count, .schema = schema});
+      fFrames.push_back({{.kind = Kind::CompiledObject, .schema = schema}, count});
       fFrames.back().compiled = new JsonCompiledObject(schema);
     } else {
-      fFrames.push_back({.kind = Kind::Map, .missing = count, .begin = fBuilder.MemberCount()});
+      fFrames.push_back({{.kind = Kind::Object, .begin = fBuilder.MemberCount()}, count});
     }
     return nullptr;
   }
@@ -253,32 +224,18 @@ private:
   // is opened in it.
   JsonValue* Continue() {
     while (fFrames.back().missing > 0) {
-      Frame& frame = fFrames.back();
+      BinaryFrame& frame = fFrames.back();
       --frame.missing;
       JsonValue* child = BeginChild(frame);
       if (!child || !Store(child)) return nullptr;
     }
-    return Close();
+    return CloseFrame();
   }
 
-  JsonValue* Close() {
-    const Frame frame = fFrames.back();
-    fFrames.pop_back();
-    switch (frame.kind) {
-      case Kind::Array:
-        return fBuilder.CloseArray(frame.begin);
-      case Kind::Map:
-        return fBuilder.CloseObject(frame.begin, fContext.KeepKeyOrder);
-      case Kind::CompiledMap:
-        break;
-    }
-    return frame.compiled;
-  }
-
-  JsonValue* BeginChild(Frame& frame) {
+  JsonValue* BeginChild(BinaryFrame& frame) {
     if (frame.kind == Kind::Array) return Begin(frame.schema);
     if (!ReadKey(frame.key)) return nullptr;
-    if (frame.kind == Kind::Map) return Begin(nullptr);
+    if (frame.kind == Kind::Object) return Begin(nullptr);
 
     // Contract: the child's schema is used whatever the flags say, so a key for a plain object that
     // has one gets a compiled object, and refuses it.
@@ -306,20 +263,20 @@ private:
 
   // Puts a whole value into the innermost container; false when that fails.
   bool Store(JsonValue* value) {
-    Frame& frame = fFrames.back();
+    BinaryFrame& frame = fFrames.back();
     switch (frame.kind) {
       case Kind::Array:
         fBuilder.AddItem(value);
         return true;
-      case Kind::Map:
+      case Kind::Object:
         return StoreMember(frame, value);
-      case Kind::CompiledMap:
+      case Kind::CompiledObject:
         break;
     }
     return StoreCompiledMember(frame, value);
   }
   // Contract: the key is checked whatever AssumeValidUtf8 says.
-  bool StoreMember(const Frame& frame, JsonValue* value) {
+  bool StoreMember(const BinaryFrame& frame, JsonValue* value) {
     if (IsValidUtf8(frame.key)) {
       fBuilder.AddMember(frame.key, value, false);
       return true;
@@ -330,7 +287,7 @@ private:
   }
   // Contract: the flags hold more than types, so a key that is required and nothing else takes no
   // value at all; and an unknown key is never refused.
-  bool StoreCompiledMember(const Frame& frame, JsonValue* value) {
+  bool StoreCompiledMember(const BinaryFrame& frame, JsonValue* value) {
     if (frame.place == JsonCompiledSchema::kNone) {
       value->Release();
       return true;
@@ -346,13 +303,9 @@ private:
     return !fFailed;
   }
 
-  JsonParseContext& fContext;
   const char* const fBegin;
   const char* fAt;
   const char* const fEnd;
-  JsonTreeBuilder fBuilder;
-  Frames fFrames;
-  bool fFailed = false;
 };
 
 }  // namespace

@@ -3,28 +3,32 @@
 #include <algorithm>
 #include <limits>
 #include <string_view>
-#include <utility>
-#include <vector>
 
 #include "json/JsonMsgPack.h"
 #include "json/JsonNumber.h"
 #include "json/JsonStringReader.h"
-#include "json/JsonTreeBuilder.h"
+#include "json/JsonTreeReader.h"
 
 namespace Tovrin::JSON {
 
 namespace {
 
-// Reads one JSON text. Containers that are open stand in a list of frames instead of on the stack,
-// so depth is bounded by memory alone.
+struct TextFrame : JsonOpenContainer {
+  enum class Previous : std::uint8_t { Opening, Comma, Child };
+
+  Previous previous = Previous::Opening;  // what was read last
+  bool keyIsPlain = false;                // without an escape
+};
+
+// Reads one JSON text.
 //
-// A failure sets fError and lets everything return null. What it says grows on its way out: each
+// A failure sets fFailed and lets everything return null. What it says grows on its way out: each
 // open container adds its words for a child that failed. A container that fails by itself is taken
 // off the list first, and adds none.
-class TextParser {
+class TextParser : private JsonTreeReader<TextParser, TextFrame> {
 public:
   TextParser(std::string_view text, JsonParseContext& context)
-      : fContext(context),
+      : JsonTreeReader(context),
         fBegin(text.data()),
         fCursor{text.data(), text.data() + text.size(), 0, text.data()},
         fStringsAreValid(context.AssumeValidUtf8 || context.InputIsValidUtf8) {}
@@ -32,7 +36,7 @@ public:
   JsonValue* Parse(const JsonCompiledSchema* schema) {
     fCursor.SkipByteOrderMark();
     fCursor.SkipWhiteSpace();
-    JsonValue* root = ParseValue(schema);
+    JsonValue* root = ReadTree(schema);
     if (root) {
       fCursor.SkipWhiteSpace();
       if (!fCursor.AtEnd()) {
@@ -49,51 +53,14 @@ public:
   }
 
 private:
-  enum class Kind : std::uint8_t { Array, Object, CompiledObject };
-  enum class Previous : std::uint8_t { Opening, Comma, Child };
-  struct Frame {
-    Kind kind;
-    Previous previous = Previous::Opening;
-    std::size_t begin = 0;  // of its items or members in the builder
-    const JsonCompiledSchema* schema =
-        nullptr;                             // Array: of the items, or null; CompiledObject: its
-    JsonCompiledObject* compiled = nullptr;  // CompiledObject: owned
-    std::size_t place = 0;                   // CompiledObject: of the value being read, or none
-    std::string_view key = {};               // Object: of the value being read
-    bool keyIsPlain = false;                 // without an escape
-  };
-  // The compiled objects of frames that are left are released.
-  struct Frames : std::vector<Frame> {
-    ~Frames() {
-      for (const Frame& frame : *this) {
-        if (frame.compiled) frame.compiled->Release();
-      }
-    }
-  };
-
-  JsonValue* ParseValue(const JsonCompiledSchema* schema) {
-    JsonValue* value = Begin(schema);
-    while (!fFailed) {
-      if (value && fFrames.empty()) return value;
-      if (!value || Store(value)) value = Continue();
-    }
-    return nullptr;
-  }
+  friend class JsonTreeReader<TextParser, TextFrame>;
+  using Previous = TextFrame::Previous;
 
   // --- Failing ---
 
-  std::nullptr_t Fail(std::string_view message) {
-    fFailed = true;
-    fContext.ErrorMessage = message;
-    return nullptr;
-  }
   std::nullptr_t FailInFrame(std::string_view message) {
     PopFrame();
     return Fail(message);
-  }
-  void PopFrame() {
-    if (JsonCompiledObject* compiled = fFrames.back().compiled) compiled->Release();
-    fFrames.pop_back();
   }
   void AddFrameWords() {
     for (auto frame = fFrames.rbegin(); frame != fFrames.rend(); ++frame) {
@@ -225,18 +192,18 @@ private:
 
   std::nullptr_t OpenArray(const JsonCompiledSchema* schema) {
     if (!StepOver('[')) return Fail("illegal array");
-    fFrames.push_back({.kind = Kind::Array, .begin = fBuilder.ItemCount(), .schema = schema});
+    fFrames.push_back({{.kind = Kind::Array, .begin = fBuilder.ItemCount(), .schema = schema}});
     return nullptr;
   }
   std::nullptr_t OpenObject() {
     if (!StepOver('{')) return Fail("illegal object");
-    fFrames.push_back({.kind = Kind::Object, .begin = fBuilder.MemberCount()});
+    fFrames.push_back({{.kind = Kind::Object, .begin = fBuilder.MemberCount()}});
     return nullptr;
   }
   std::nullptr_t OpenCompiledObject(const JsonCompiledSchema* schema) {
     if (!StepOver('{')) return Fail("illegal compiled object");
     fCursor.SkipByteOrderMark();
-    fFrames.push_back({.kind = Kind::CompiledObject, .schema = schema});
+    fFrames.push_back({{.kind = Kind::CompiledObject, .schema = schema}});
     fFrames.back().compiled = new JsonCompiledObject(schema);
     return nullptr;
   }
@@ -249,19 +216,9 @@ private:
   // At the closing bracket: the value of the frame, which is taken off. The white space behind it
   // is the container's, so that a failure to store it stands behind that.
   JsonValue* Close() {
-    const Frame frame = fFrames.back();
-    fFrames.pop_back();
     ++fCursor.at;
     fCursor.SkipWhiteSpace();
-    switch (frame.kind) {
-      case Kind::Array:
-        return fBuilder.CloseArray(frame.begin);
-      case Kind::Object:
-        return fBuilder.CloseObject(frame.begin, fContext.KeepKeyOrder);
-      case Kind::CompiledObject:
-        break;
-    }
-    return frame.compiled;
+    return CloseFrame();
   }
 
   // --- The rounds of a container ---
@@ -288,7 +245,7 @@ private:
   JsonValue* Continue() {
     while (true) {
       fCursor.SkipWhiteSpace();
-      Frame& frame = fFrames.back();
+      TextFrame& frame = fFrames.back();
       const Words& words = WordsOf(frame.kind);
       if (fCursor.AtEnd()) return FailInFrame(words.inputEnded);
       if (*fCursor.at == words.closing) {
@@ -308,7 +265,7 @@ private:
     }
   }
 
-  JsonValue* BeginChild(Frame& frame) {
+  JsonValue* BeginChild(TextFrame& frame) {
     switch (frame.kind) {
       case Kind::Array:
         return frame.schema ? OpenCompiledObject(frame.schema) : Begin(nullptr);
@@ -320,7 +277,7 @@ private:
     return BeginCompiledMember(frame);
   }
 
-  JsonValue* BeginMember(Frame& frame) {
+  JsonValue* BeginMember(TextFrame& frame) {
     if (!ReadKey(frame.key)) {
       PopFrame();
       return nullptr;
@@ -334,7 +291,7 @@ private:
   }
 
   // Whatever fails here, the compiled object adds its words for a failed value.
-  JsonValue* BeginCompiledMember(Frame& frame) {
+  JsonValue* BeginCompiledMember(TextFrame& frame) {
     std::string_view key;
     if (!ReadKey(key)) return nullptr;
     const bool isEmpty = key.empty();
@@ -360,7 +317,7 @@ private:
 
   // Puts a whole value into the innermost container; false when that fails.
   bool Store(JsonValue* value) {
-    Frame& frame = fFrames.back();
+    TextFrame& frame = fFrames.back();
     switch (frame.kind) {
       case Kind::Array:
         fBuilder.AddItem(value);
@@ -383,15 +340,11 @@ private:
     return !fFailed;
   }
 
-  JsonParseContext& fContext;
   const char* const fBegin;
   JsonTextCursor fCursor;
   const bool fStringsAreValid;  // checked already, or not to be checked
   JsonStringReader fStrings;
-  JsonTreeBuilder fBuilder;
-  Frames fFrames;
   std::uint64_t fBeyond = 0;  // what the position at the end lies behind the cursor
-  bool fFailed = false;
 };
 
 // Heads of the shorter and longer maps and arrays.

@@ -221,6 +221,34 @@ TEST(GoodCalls, SucceedWithMoreArgumentsThanTheyNeedAndWithoutAResult) {
   EXPECT_GE(called, 15u);
 }
 
+// Whichever callback of the host throws in the course of a call, the exception comes out as it went
+// in and no reference stays behind.
+TEST(GoodCalls, LetEveryExceptionOfTheHostOutAndDropTheirReferences) {
+  std::size_t thrown = 0;
+  for (const auto& entry : Functions()) {
+    if (!CanBeGood(entry, entry.arguments.size())) continue;
+    bool isThrown = true;
+    for (std::int64_t place = 0; isThrown; ++place) {
+      SCOPED_TRACE(entry.function + ", callback " + std::to_string(place));
+      const Values arguments = GoodUpTo(entry, entry.arguments.size());
+      const References before = Count(arguments);
+      const AutoRefPtr<TestContext> context(new TestContext);
+      isThrown = false;
+      CHostFaults::Arm(place);
+      try {
+        CallIn(context.get(), entry.function, arguments);
+      } catch (const HostFault&) {
+        isThrown = true;
+        ++thrown;
+      }
+      CHostFaults::Disarm();
+      EXPECT_EQ(Count(arguments), before);
+      EXPECT_EQ(context->GetCount(), 1);
+    }
+  }
+  EXPECT_GE(thrown, 100u);
+}
+
 TEST(GoodCalls, TakeAVectorThatHoldsNulls) {
   TestVector::Elements elements(3);
   elements[1] = AutoRefPtr<IVariant>(Text("a").release());

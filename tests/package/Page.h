@@ -11,7 +11,7 @@
 //
 //   $ cat NAME        where there is no such file yet, the lines below are written to it
 //   $ make TARGET     is not run by a test: make is only asked what it would do
-//   ...               stands for any number of lines
+//   ...               stands for any number of lines, and within a line for any text
 //   12.3 s, 45 lines/s   times and rates are not compared
 //
 // A block that opens with ```LANGUAGE FILE shows a part of that file of the project, word for word.

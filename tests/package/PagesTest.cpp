@@ -17,6 +17,8 @@ public:
       const auto name = entry.path().filename();
       if (name != "build") std::filesystem::create_symlink(entry.path(), fFolder.Path() / name);
     }
+    std::filesystem::create_directory(fFolder.Path() / "build");
+    std::filesystem::create_symlink(BinDir().parent_path(), fFolder.Path() / "build" / "release");
   }
 
   void Run(const PageCommand& command) const {
@@ -102,6 +104,10 @@ TEST(Pages, AreComparedLineByLine) {
       {"a\n...\nd\n", "a\nc\n", false},
       {"in 0.003 s, 7 lines/s\n", "in 1.2 s, 99 lines/s\n", true},
       {"3 lines in 0.003 s\n", "4 lines in 0.003 s\n", false},
+      {"a ... c\n", "a b c\n", true},
+      {"a ... c\n", "a b c d\n", false},
+      {"...: c ...\n", "b: c d\n", true},
+      {"b ...\n", "a b c\n", false},
       {"", "", true},
       {"", "a\n", false},
   };

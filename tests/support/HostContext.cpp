@@ -5,6 +5,7 @@
 using namespace Tovrin;
 
 IVariant* TestContext::Interface_CreateInstance(TypeId type) {
+  CHostFaults::Pass();
   if (type == kTypeString && givesTexts) return new TestVariant(type);
   if (type == kTypeString + kVectorOf && givesVectors) {
     return TestVariant::Vector(type, TestVector::Texts({})).release();
@@ -13,6 +14,7 @@ IVariant* TestContext::Interface_CreateInstance(TypeId type) {
 }
 
 TypeId TestContext::Interface_FindType(const char* name) const {
+  CHostFaults::Pass();
   typesAskedFor.emplace_back(name);
   const auto found = types.find(name);
   return found == types.end() ? 0 : found->second;

@@ -45,56 +45,67 @@ AutoRefPtr<TestVariant> TestVariant::Vector(TypeId type,
 }
 
 TypeId TestVariant::Interface_GetType() const {
+  CHostFaults::Pass();
   ++fReads;
   return fType;
 }
 
 bool TestVariant::Interface_GetBoolean() const {
+  CHostFaults::Pass();
   ++fReads;
   return fBoolean;
 }
 
 double TestVariant::Interface_GetNumber() const {
+  CHostFaults::Pass();
   ++fReads;
   return fNumber;
 }
 
 const char* TestVariant::Interface_GetString() const {
+  CHostFaults::Pass();
   ++fReads;
   return fText ? fText->c_str() : nullptr;
 }
 
 std::size_t TestVariant::Interface_GetStringSize() const {
+  CHostFaults::Pass();
   ++fReads;
   return fText ? fText->size() : 0;
 }
 
 IDataRef* TestVariant::Interface_GetData() const {
+  CHostFaults::Pass();
   ++fReads;
   return Share(fData.get()).release();
 }
 
 IUserDefinedType* TestVariant::Interface_GetUserDefined() const {
+  CHostFaults::Pass();
   ++fReads;
   return Share(fObject.get()).release();
 }
 
 std::size_t TestVariant::Interface_GetVectorSize() const {
+  CHostFaults::Pass();
   ++fReads;
   return fVector ? fVector->GetSize() : 0;
 }
 
 const IVectorGeneric* TestVariant::Interface_GetVector() const {
+  CHostFaults::Pass();
   ++fReads;
   return Share(fVector.get()).release();
 }
 
 std::size_t TestVariant::Interface_GetMapSize() const {
+  CHostFaults::Pass();
   ++fReads;
   return fMap ? fMap->GetSize() : 0;
 }
 
 const IMapGeneric* TestVariant::Interface_GetMap() const {
+  CHostFaults::Pass();
   ++fReads;
   return Share(fMap.get()).release();
 }
@@ -104,15 +115,18 @@ std::uint8_t TestVariant::Interface_IsEqual(const IVariant* other) const {
 }
 
 void TestVariant::Interface_Assign(const IVariant*) {
+  CHostFaults::Pass();
   fChanges.emplace_back("Assign");
 }
 
 void TestVariant::Interface_AssignBoolean(bool value) {
+  CHostFaults::Pass();
   fBoolean = value;
   fChanges.emplace_back(value ? "AssignBoolean true" : "AssignBoolean false");
 }
 
 void TestVariant::Interface_AssignNumber(double value) {
+  CHostFaults::Pass();
   fNumber = value;
   std::ostringstream line;
   line << "AssignNumber " << value;
@@ -120,6 +134,7 @@ void TestVariant::Interface_AssignNumber(double value) {
 }
 
 void TestVariant::Interface_AssignString(const char* bytes, std::size_t size) {
+  CHostFaults::Pass();
   if (bytes) {
     fText = std::string(bytes, size);
     fChanges.push_back("AssignString '" + *fText + "'");
@@ -130,25 +145,30 @@ void TestVariant::Interface_AssignString(const char* bytes, std::size_t size) {
 }
 
 void TestVariant::Interface_AssignData(IDataRef* data) {
+  CHostFaults::Pass();
   fData = Share(data);
   fChanges.emplace_back("AssignData");
 }
 
 void TestVariant::Interface_AssignStream(IStream*) {
+  CHostFaults::Pass();
   fChanges.emplace_back("AssignStream");
 }
 
 void TestVariant::Interface_SetUserDefined(IUserDefinedType* object) {
+  CHostFaults::Pass();
   fObject = Share(object);
   fChanges.emplace_back(object ? "SetUserDefined" : "SetUserDefined null");
 }
 
 void TestVariant::Interface_AssignVector(const IVectorGeneric* vector) {
+  CHostFaults::Pass();
   fVector = Share(vector);
   fChanges.emplace_back(vector ? "AssignVector" : "AssignVector null");
 }
 
 void TestVariant::Interface_AssignMap(const IMapGeneric* map) {
+  CHostFaults::Pass();
   fMap = Share(map);
   fChanges.emplace_back(map ? "AssignMap" : "AssignMap null");
 }
@@ -162,10 +182,12 @@ AutoRefPtr<const IVectorGeneric> TestVector::Texts(const std::vector<std::string
 }
 
 IVariant* TestVector::Interface_Get(std::size_t index) const {
+  CHostFaults::Pass();
   return index < fElements.size() ? Share(fElements[index].get()).release() : nullptr;
 }
 
 const IVectorGeneric* TestVector::Interface_Append(IVariant* element) const {
+  CHostFaults::Pass();
   Elements longer = fElements;
   longer.push_back(Share(element));
   return new TestVector(fElementType, std::move(longer));

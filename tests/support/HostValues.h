@@ -2,6 +2,8 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
+#include <exception>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -17,6 +19,23 @@
 #include "host/InterfaceImpl.h"
 
 // The host's values for tests. One thread at a time may use one of them, as in a transaction.
+
+// What a host's callback throws when its turn has come.
+class HostFault : public std::exception {};
+
+// Lets a host fail: once armed, the callbacks of these values and of TestContext are counted, and
+// the one at that place throws a HostFault. References are never refused. For one thread.
+class CHostFaults {
+public:
+  static void Arm(std::int64_t place) { fPlace = place; }  // 0: the very next
+  static void Disarm() { fPlace = -1; }
+  static void Pass() {
+    if (fPlace >= 0 && fPlace-- == 0) throw HostFault();
+  }
+
+private:
+  static inline std::int64_t fPlace = -1;  // callbacks to go; negative when disarmed
+};
 
 // A variant that a test fills, and that tells what the module did with it.
 //

@@ -14,6 +14,7 @@
 //   MODULE_SDK_RANGE      what GetSDKDependency gives
 //   MODULE_NO_GETTER      leaves GetState out
 //   MODULE_STATE          what GetState evaluates
+//   MODULE_REGISTER       what RegisterModule evaluates
 //   MODULE_REGISTRATION   what RegistrationDoneWithReturn evaluates
 //   MODULE_SHUTDOWN       what OnShutdown evaluates
 #ifndef MODULE_SDK_RANGE
@@ -21,6 +22,9 @@
 #endif
 #ifndef MODULE_STATE
 #define MODULE_STATE "stable"
+#endif
+#ifndef MODULE_REGISTER
+#define MODULE_REGISTER 0
 #endif
 #ifndef MODULE_REGISTRATION
 #define MODULE_REGISTRATION 0
@@ -95,7 +99,7 @@ MODULE_EXPORT const char* GetModuleDefinition() {
   return MODULE_DEFINITION;
 }
 MODULE_EXPORT int RegisterModule() {
-  return 0;
+  return MODULE_REGISTER;
 }
 MODULE_EXPORT int RegistrationDoneWithReturn(Tovrin::IModuleInfo*) {
   return MODULE_REGISTRATION;

@@ -1,0 +1,3 @@
+// Throws instead of giving its definition text.
+#define MODULE_DEFINITION Throw<const char*>("no text")
+#include "tests/tools/modules/ModuleFrame.h"

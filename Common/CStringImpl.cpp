@@ -15,6 +15,8 @@ namespace {
 // So many characters fit in no memory, and their bytes can still be counted.
 constexpr std::uint64_t kMostReserved = std::uint64_t{1} << 60;
 
+constexpr std::size_t kUnit = sizeof(char32_t);  // of a wide text
+
 // One unit a byte.
 std::u32string Widened(std::string_view bytes) {
   std::u32string wide(bytes.size(), U'\0');
@@ -25,17 +27,17 @@ std::u32string Widened(std::string_view bytes) {
 
 // Puts whole units in the place of those from a position on. The bytes may be of the text itself.
 void ReplaceUnits(std::u32string& wide, std::size_t position, const void* bytes, std::size_t size) {
-  const std::size_t units = position + size / sizeof(char32_t);
+  const std::size_t units = position + size / kUnit;
   if (units <= wide.capacity()) {
     if (units > wide.size()) wide.resize(units);
-    std::memmove(wide.data() + position, bytes, size / sizeof(char32_t) * sizeof(char32_t));
+    std::memmove(wide.data() + position, bytes, size / kUnit * kUnit);
     wide.resize(units);
     return;
   }
   std::u32string grown;
   grown.reserve(2 * units);
   grown.append(wide, 0, position).resize(units);
-  std::memcpy(grown.data() + position, bytes, size / sizeof(char32_t) * sizeof(char32_t));
+  std::memcpy(grown.data() + position, bytes, size / kUnit * kUnit);
   wide = std::move(grown);
 }
 
@@ -182,8 +184,25 @@ bool CStringImpl::HasByteCharacters() const {
 std::uint64_t CStringImpl::CountLength() const {
   if (HasByteCharacters()) return fNarrow.View().size();
   if (fEncoding == Charset::Utf8) return CountUtf8(fNarrow.View());
-  if (fEncoding == Charset::Utf32LE) return Bytes().size() / sizeof(char32_t);
+  if (fEncoding == Charset::Utf32LE) return Bytes().size() / kUnit;
   return Wide().size();
+}
+
+std::optional<std::string_view> CStringImpl::PartInPlace(std::uint64_t position,
+                                                         std::uint64_t count) const {
+  const std::string_view bytes = Bytes();
+  const std::uint64_t length = Length();
+  if (position >= length) return bytes.substr(bytes.size());
+
+  const bool isToTheEnd = count >= length - position;
+  const auto part = [&](std::size_t from, std::size_t size) {
+    return isToTheEnd ? bytes.substr(from) : bytes.substr(from, size);
+  };
+  if (HasByteCharacters()) return part(position, count);
+  if (fEncoding == Charset::Utf32LE) return part(position * kUnit, count * kUnit);
+  if (fEncoding != Charset::Utf8) return std::nullopt;
+  const std::size_t from = Utf8Prefix(bytes, position);
+  return part(from, isToTheEnd ? 0 : Utf8Prefix(bytes.substr(from), count));
 }
 
 TextView CStringImpl::View() const {
@@ -290,10 +309,10 @@ void CStringImpl::Erase(std::uint64_t position, std::uint64_t count) {
   if (position >= length || count == 0) return;
   count = std::min(count, length - position);
 
-  if (HasByteCharacters()) {
-    fNarrow.Erase(position, count);
-  } else if (fEncoding == Charset::Utf32LE) {
+  if (fEncoding == Charset::Utf32LE) {
     OwnWide().erase(position, count);
+  } else if (const auto part = PartInPlace(position, count)) {
+    fNarrow.Erase(static_cast<std::size_t>(part->data() - Bytes().data()), part->size());
   } else {
     std::u32string wide(Wide());
     wide.erase(position, count);

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -44,6 +45,9 @@ public:
   bool HasByteCharacters() const;
   // No bytes, or none that make a character.
   bool IsEmpty() const { return Bytes().empty() || Length() == 0; }
+  // The bytes of characters, with unreadable ones in front of each; nothing where the encoding does
+  // not tell characters apart in place. What lies beyond the end is not there.
+  std::optional<std::string_view> PartInPlace(std::uint64_t position, std::uint64_t count) const;
   // To compare it in place, by what IsReadInPlace allows.
   TextView View() const;
   // The text in another encoding; the bytes as they are where there is no conversion.

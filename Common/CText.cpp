@@ -55,8 +55,7 @@ CText CText::Part(std::uint64_t position, std::uint64_t count) const {
   if (position >= length || count == 0) return CText();
   if (position == 0 && count >= length) return *this;
 
-  const std::string_view bytes = Bytes();
-  if (bytes.size() == length) return CText(bytes.substr(position, count), Encoding());
+  if (const auto part = fImpl->PartInPlace(position, count)) return CText(*part, Encoding());
   return FromWide(Wide().substr(position, count));
 }
 

@@ -1,5 +1,7 @@
 #include "Common/Utf8.h"
 
+#include <algorithm>
+
 #include "Common/TextDetection.h"
 
 namespace {
@@ -98,6 +100,21 @@ bool IsWellFormedUtf8(std::string_view bytes) {
     if (at == end) return true;
     if (DecodeMultiByte(at, end) == kIllFormed) return false;
   }
+}
+
+std::size_t Utf8Prefix(std::string_view bytes, std::size_t characters) {
+  const char* at = bytes.data();
+  const char* const end = at + bytes.size();
+  while (characters != 0 && at != end) {
+    const auto left = static_cast<std::size_t>(end - at);
+    const std::size_t plain = FindNonAscii(at, std::min(characters, left));
+    at += plain;
+    characters -= plain;
+    while (characters != 0 && at != end && ByteAt(at) >= 0x80) {
+      if (DecodeMultiByte(at, end) != kIllFormed) --characters;
+    }
+  }
+  return static_cast<std::size_t>(at - bytes.data());
 }
 
 std::size_t CountUtf8(std::string_view bytes) {

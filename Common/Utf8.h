@@ -44,5 +44,9 @@ std::string Utf8FromWide(std::u32string_view wide);
 // Whether nothing is.
 bool IsWellFormedUtf8(std::string_view bytes);
 
+// Bytes that so many characters take at the beginning of a text, with those between and in front of
+// them that are ill-formed; all of them where there are fewer characters.
+std::size_t Utf8Prefix(std::string_view bytes, std::size_t characters);
+
 // Code points of a text as WideFromUtf8 would give them.
 std::size_t CountUtf8(std::string_view bytes);

@@ -254,6 +254,24 @@ TEST(CStringImpl, ErasesCharacters) {
     EXPECT_TRUE(text.IsEmpty()) << id;
     EXPECT_EQ(text.Utf8(), "") << id;
   }
+  // Unreadable bytes go with the character behind them, and those elsewhere stay.
+  CStringImpl broken(
+      "\xFF"
+      "a\xFF"
+      "bc\xC3\xA9\xFF"
+      "d\xFF",
+      Charset::Utf8);
+  broken.Erase(1, 1);
+  EXPECT_EQ(broken.Bytes(),
+            "\xFF"
+            "ac\xC3\xA9\xFF"
+            "d\xFF");
+  broken.Erase(2, 2);
+  EXPECT_EQ(broken.Bytes(),
+            "\xFF"
+            "ac");
+  broken.Erase(0, 9);
+  EXPECT_EQ(broken.Bytes(), "");
   CStringImpl latin("\xE9\xE8\xE7", Charset::Latin1);
   latin.Erase(1, 1);
   EXPECT_EQ(latin.Bytes(), "\xE9\xE7");
@@ -374,6 +392,16 @@ TEST(CText, FindsCodePointsAndTakesParts) {
   EXPECT_EQ(text.Part(3, ~std::uint64_t{0}).Utf8(), "\xF0\x90\x90\x80");
   EXPECT_EQ(text.Part(4, 1).Impl(), nullptr);
   EXPECT_EQ(CText("abc").Part(1, 1).Utf8(), "b");
+  EXPECT_EQ(CText("a\xFF"
+                  "b\xC3\xA9")
+                .Part(1, 1)
+                .Bytes(),
+            "\xFF"
+            "b");
+  const char32_t units[] = {U'a', 0xD800, U'b', U'c'};
+  const CText wide({reinterpret_cast<const char*>(units), sizeof units}, Charset::Utf32LE);
+  EXPECT_EQ(wide.Part(1, 2).Wide(), std::u32string_view(units + 1, 2));
+  EXPECT_EQ(wide.Part(1, 2).Encoding(), Charset::Utf32LE);
   const CText utf16("a\0\xE9\0"sv, Charset::Utf16LE);
   EXPECT_EQ(utf16.Part(1, 1).Bytes(), "\xE9\0"sv);
   EXPECT_EQ(utf16.Part(1, 1).Encoding(), Charset::Utf16LE);

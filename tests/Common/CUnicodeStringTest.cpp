@@ -167,24 +167,54 @@ TEST(CUnicodeString, ReadsANumberFromItsBeginning) {
             12);
 }
 
-// The operations by their place in the table of the class that others were built against.
+// Calls an operation by its place in the table of the class that others were built against.
+template <class Result, class... Arguments>
+Result CallSlot(Selvane::IUnicodeString* object, std::size_t slot, Arguments... arguments) {
+  using Operation = Result (*)(void*, Arguments...);
+  const Operation* const operations = *reinterpret_cast<Operation* const*>(object);
+  return operations[slot](object, arguments...);
+}
+
 TEST(CUnicodeString, KeepsItsOperationsInOrder) {
-  struct Slots {
-    std::uint64_t (*operations[22])(void*);
-  };
   const auto text = Make("a\xC3\xA9");
+  const auto other = Make("b");
   Selvane::IUnicodeString* const object = text.Get();
-  const Slots* const slots = *reinterpret_cast<const Slots* const*>(object);
-  EXPECT_EQ(static_cast<std::uint32_t>(slots->operations[0](object)), 2U);  // AddRef
-  EXPECT_EQ(slots->operations[1](object) & 1, 0U);                          // Release
-  EXPECT_EQ(static_cast<std::uint32_t>(slots->operations[2](object)), 1U);  // GetUseCount
-  EXPECT_EQ(slots->operations[3](object), 2U);                              // GetLength
-  EXPECT_EQ(slots->operations[4](object), 3U);                              // GetByteSize
-  EXPECT_EQ(slots->operations[5](object),                                   // GetBytes
-            reinterpret_cast<std::uint64_t>(object->GetBytes()));
-  EXPECT_STREQ(reinterpret_cast<const char*>(slots->operations[6](object)), "UTF-8");
-  EXPECT_EQ(slots->operations[7](object) & 1, 0U);  // IsEmpty
-  EXPECT_STREQ(reinterpret_cast<const char*>(slots->operations[21](object)), "a\xC3\xA9");
+  Selvane::IUnicodeString* const argument = other.Get();
+  const void* const bytes = "c";
+  const char* const utf8 = "UTF-8";
+  constexpr std::size_t kOne = 1;
+
+  EXPECT_EQ(CallSlot<std::uint32_t>(object, 0), 2U);            // AddRef
+  EXPECT_FALSE(CallSlot<bool>(object, 1));                      // Release
+  EXPECT_EQ(CallSlot<std::uint32_t>(object, 2), 1U);            // GetUseCount
+  EXPECT_EQ(CallSlot<std::uint64_t>(object, 3), 2U);            // GetLength
+  EXPECT_EQ(CallSlot<std::uint64_t>(object, 4), 3U);            // GetByteSize
+  EXPECT_STREQ(CallSlot<const char*>(object, 5), "a\xC3\xA9");  // GetBytes
+  EXPECT_STREQ(CallSlot<const char*>(object, 6), "UTF-8");      // GetEncodingName
+  EXPECT_FALSE(CallSlot<bool>(object, 7));                      // IsEmpty
+  CallSlot<void>(object, 8, std::uint64_t{100});                // Reserve
+  EXPECT_FALSE(text->Text().Impl()->IsInline());
+  CallSlot<void>(object, 9, bytes, kOne, utf8);  // Assign
+  EXPECT_STREQ(text->GetUtf8(), "c");
+  CallSlot<void>(object, 10, argument);
+  EXPECT_STREQ(text->GetUtf8(), "b");
+  CallSlot<void>(object, 11, bytes, kOne, utf8);  // Append
+  EXPECT_STREQ(text->GetUtf8(), "bc");
+  CallSlot<void>(object, 12, argument);
+  EXPECT_STREQ(text->GetUtf8(), "bcb");
+  CallSlot<void>(object, 13, kOne, kOne + 1);  // Erase
+  EXPECT_STREQ(text->GetUtf8(), "b");
+  EXPECT_TRUE(CallSlot<bool>(object, 15, argument));  // Equals
+  EXPECT_FALSE(CallSlot<bool>(object, 16, bytes, kOne, utf8));
+  EXPECT_EQ(CallSlot<std::int32_t>(object, 17, bytes, kOne, utf8), -1);  // Compare
+  EXPECT_EQ(CallSlot<std::int32_t>(object, 18, argument), 0);
+  EXPECT_EQ(CallSlot<std::int32_t>(object, 19, static_cast<const char*>("a"), utf8), 1);
+  char buffer[2] = {};
+  EXPECT_EQ(CallSlot<std::size_t>(object, 20, static_cast<void*>(buffer), sizeof buffer, utf8), 1U);
+  EXPECT_STREQ(buffer, "b");
+  EXPECT_STREQ(CallSlot<const char*>(object, 21), "b");  // GetUtf8
+  CallSlot<void>(object, 14);                            // Clear
+  EXPECT_TRUE(text->IsEmpty());
 }
 
 }  // namespace

@@ -269,7 +269,16 @@ std::u32string DecodedByIconv(std::string_view bytes) {
 
 void ExpectSameDecoding(const std::string& bytes) {
   ASSERT_TRUE(WideFromUtf8(bytes) == DecodedByIconv(bytes)) << testing::PrintToString(bytes);
-  ASSERT_EQ(CountUtf8(bytes), WideFromUtf8(bytes).size()) << testing::PrintToString(bytes);
+  const std::size_t count = WideFromUtf8(bytes).size();
+  ASSERT_EQ(CountUtf8(bytes), count) << testing::PrintToString(bytes);
+  ASSERT_EQ(IsWellFormedUtf8(bytes), Utf8FromWide(WideFromUtf8(bytes)) == bytes)
+      << testing::PrintToString(bytes);
+  for (std::size_t characters = 0; characters <= count + 1; ++characters) {
+    const std::size_t prefix = Utf8Prefix(bytes, characters);
+    ASSERT_EQ(CountUtf8(std::string_view(bytes).substr(0, prefix)), std::min(characters, count))
+        << testing::PrintToString(bytes);
+    ASSERT_TRUE(prefix == bytes.size() || characters <= count) << testing::PrintToString(bytes);
+  }
 }
 
 TEST(Utf8, DropsWhatTheConverterDrops) {

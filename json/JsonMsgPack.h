@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -49,9 +50,15 @@ private:
   }
   void NextChunk(std::size_t need);
 
+  struct FreeChunk {
+    void operator()(char* chunk) const;
+  };
+  using Chunk = std::unique_ptr<char, FreeChunk>;
+  static Chunk NewChunk(std::size_t size);
+
   std::string& fTarget;
-  std::vector<std::pair<char*, std::size_t>> fFinished;  // full chunks in order, with their lengths
-  char* fStart = nullptr;
+  std::vector<std::pair<Chunk, std::size_t>> fFinished;  // full chunks in order, with their lengths
+  Chunk fStart;
   char* fCursor = nullptr;
   char* fEnd = nullptr;
   std::uint64_t fChunkSize = kFirstChunkSize;  // of the chunk at fStart

@@ -17,14 +17,6 @@ namespace Tovrin::JSON {
 
 namespace {
 
-// Chunks come from the C heap: they are large, short-lived and grow, which the module's own
-// allocator is not made for. Where there is none left the process ends as it does there.
-char* NewChunk(std::size_t size) {
-  void* chunk = std::malloc(size);
-  if (!chunk) MemoryFailure("malloc", size);
-  return static_cast<char*>(chunk);
-}
-
 // Contract: an infinity fits into a float, a NaN does not, as no comparison with one holds.
 bool FitsIntoFloat(double value) {
   if (std::isfinite(value) && std::abs(value) > FLT_MAX) return false;
@@ -33,39 +25,47 @@ bool FitsIntoFloat(double value) {
 
 }  // namespace
 
+// Chunks come from the C heap: they are large, short-lived and grow, which the module's own
+// allocator is not made for. Where there is none left the process ends as it does there.
+JsonMsgPackWriter::Chunk JsonMsgPackWriter::NewChunk(std::size_t size) {
+  void* chunk = std::malloc(size);
+  if (!chunk) MemoryFailure("malloc", size);
+  return Chunk(static_cast<char*>(chunk));
+}
+
+void JsonMsgPackWriter::FreeChunk::operator()(char* chunk) const {
+  std::free(chunk);
+}
+
 JsonMsgPackWriter::JsonMsgPackWriter(std::string& target)
     : fTarget(target), fStart(NewChunk(kFirstChunkSize)) {
-  fCursor = fStart;
-  fEnd = fStart + kFirstChunkSize;
+  fCursor = fStart.get();
+  fEnd = fCursor + kFirstChunkSize;
 }
 
 JsonMsgPackWriter::~JsonMsgPackWriter() {
   Flush();
-  std::free(fStart);
 }
 
 void JsonMsgPackWriter::NextChunk(std::size_t need) {
-  const auto used = static_cast<std::size_t>(fCursor - fStart);
-  fFinished.emplace_back(fStart, used);
+  const auto used = static_cast<std::size_t>(fCursor - fStart.get());
+  fFinished.emplace_back(std::move(fStart), used);
   fFinishedBytes += used;
   fChunkSize += need > fChunkSize ? need : fChunkSize;
   fStart = NewChunk(fChunkSize);
-  fCursor = fStart;
-  fEnd = fStart + fChunkSize;
+  fCursor = fStart.get();
+  fEnd = fCursor + fChunkSize;
 }
 
+// Nothing is delivered twice, whatever fails on the way: the destructor flushes again.
 void JsonMsgPackWriter::Flush() {
-  const auto used = static_cast<std::size_t>(fCursor - fStart);
-  if (fOk) fTarget.reserve(fTarget.size() + fFinishedBytes + used);
-  for (const auto& [chunk, size] : fFinished) {
-    if (fOk) fTarget.append(chunk, size);
-    std::free(chunk);
-  }
-  if (fOk) fTarget.append(fStart, used);
-  // Nothing is delivered twice: the destructor flushes again.
-  fFinished.clear();
-  fFinishedBytes = 0;
-  fCursor = fStart;
+  const auto finished = std::exchange(fFinished, {});
+  const std::uint64_t finishedBytes = std::exchange(fFinishedBytes, 0);
+  const auto used = static_cast<std::size_t>(std::exchange(fCursor, fStart.get()) - fStart.get());
+  if (!fOk) return;
+  fTarget.reserve(fTarget.size() + finishedBytes + used);
+  for (const auto& [chunk, size] : finished) fTarget.append(chunk.get(), size);
+  fTarget.append(fStart.get(), used);
 }
 
 template <class Number>

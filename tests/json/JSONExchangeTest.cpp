@@ -76,7 +76,7 @@ FunctionStatus MakeText(std::uint32_t count, IVariant* const* arguments, IVarian
 }
 }
 
-class Log final : public InterfaceImpl<ILogger> {
+class Log final : public NeutralLogger {
 public:
   Lines lines;
 
@@ -84,25 +84,10 @@ private:
   void Interface_ErrorLog(const char* module, const char* text, std::uint32_t, IContext*) override {
     lines.push_back(std::string(module) + "|" + text);
   }
-  bool Interface_IsDebugLogEnabled(const char*, std::uint32_t) const override { return false; }
-  void Interface_DebugLog(const char*, std::uint32_t, IJSON*, std::uint32_t, IContext*) override {}
   void Interface_DebugLog(const char*, std::uint32_t, const char* text, std::uint32_t,
                           IContext*) override {
     lines.push_back(std::string("debug|") + text);
   }
-  void Interface_SetDebugActivated(bool) override {}
-  void Interface_SetDebugLogLevel(std::uint32_t) override {}
-  void Interface_SetDebugLogLevelDefinition(const char*) override {}
-  void Interface_SetErrorActivated(bool) override {}
-  void Interface_ErrorLog(const char*, IJSON*, std::uint32_t, IContext*) override {}
-  bool Interface_CreateUserDefinedLog(const char*, const char*) override { return false; }
-  bool Interface_HasUserDefinedLog(const char*) const override { return false; }
-  bool Interface_IsUserDefinedLogEnabled(const char*) const override { return false; }
-  void Interface_DeleteUserDefinedLog(const char*) override {}
-  void Interface_UserDefinedLog(const char*, std::uint32_t, IJSON*, std::uint32_t,
-                                IContext*) override {}
-  void Interface_UserDefinedLog(const char*, std::uint32_t, const char*, std::uint32_t,
-                                IContext*) override {}
 };
 
 // A transaction of a host instance of its own, so that every test resolves the functions anew.

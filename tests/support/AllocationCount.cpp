@@ -25,7 +25,8 @@ bool AllocationFault::HasFailed() const {
   return untilFault <= 0;
 }
 
-// The forms for arrays and without exceptions come through these.
+// The form without exceptions comes through these. Those for arrays would, too, but not in a
+// sanitizer's runtime.
 void* operator new(std::size_t size) {
   ++count;
   if (untilFault > 0 && --untilFault == 0) throw std::bad_alloc();
@@ -37,4 +38,13 @@ void operator delete(void* block) noexcept {
 }
 void operator delete(void* block, std::size_t) noexcept {
   std::free(block);
+}
+void* operator new[](std::size_t size) {
+  return ::operator new(size);
+}
+void operator delete[](void* block) noexcept {
+  ::operator delete(block);
+}
+void operator delete[](void* block, std::size_t) noexcept {
+  ::operator delete(block);
 }

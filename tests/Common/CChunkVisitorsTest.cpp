@@ -14,6 +14,7 @@
 #include "Common/CException.h"
 #include "Common/CUnicodeString.h"
 #include "Common/CVariant.h"
+#include "tests/Common/CBufferSupport.h"
 #include "tests/Common/QuestionedHost.h"
 
 namespace {
@@ -21,8 +22,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using Texts = std::vector<std::string>;
-
-constexpr std::size_t kAll = ~std::size_t{0};
 
 struct Found {
   std::size_t offset;
@@ -354,12 +353,6 @@ TEST(CBufferSearch, FindsAllThatASlowSearchFinds) {
               OccurrencesSlowly(text, pattern, start, length))
         << pattern << " in " << text << " from " << start << ", " << length;
   }
-}
-
-std::string BytesOf(CBuffer& buffer) {
-  std::string bytes(buffer.GetSize(), '\0');
-  bytes.resize(buffer.ReadAt(0, bytes.data(), bytes.size()));
-  return bytes;
 }
 
 TEST(CBufferSearch, Replaces) {

@@ -113,17 +113,18 @@ bool CFile::Close() {
 
 void CFile::SetPath(const CFSPath& path) {
   Close();
+  fSizeValid = false;
   fPath = MakeUseCounted<CUnicodeString>(path.String());
   fReadPosition = fWritePosition = fPosition = -1;
 }
 
 // Brings the stream to the place for the next read or write. The C library wants a seek between the
-// two even where the place is the same.
+// two even where the place is the same, and before it looks behind an end that it has met.
 bool CFile::Prepare(Direction direction, std::int64_t& position) {
   position = std::max<std::int64_t>(position, 0);
   const bool turns = fLastMove != Direction::None && fLastMove != direction;
   fLastMove = direction;
-  if (!turns && fPosition == position) return true;
+  if (!turns && fPosition == position && !IsAtEnd()) return true;
   fPosition = SeekStream(fStream, position, SEEK_SET) ? position : -1;
   return fPosition == position;
 }
@@ -154,10 +155,13 @@ std::size_t CFile::Write(const void* buffer, std::size_t length) {
 }
 
 std::int64_t CFile::Seek(std::int64_t& position, std::int64_t offset, int origin) {
-  if (!fStream) return -1;
+  if (!fStream || origin < kFromStart || origin > kFromEnd) return -1;
   std::int64_t base = 0;
   if (origin == kRelative) base = std::max<std::int64_t>(position, 0);
-  if (origin == kFromEnd) base = GetSize();
+  if (origin == kFromEnd) {
+    fSizeValid = false;  // others may have moved the end
+    base = GetSize();
+  }
   std::int64_t target = 0;
   if (__builtin_add_overflow(base, offset, &target) || target < 0) return -1;
   if (!SeekStream(fStream, target, SEEK_SET)) return -1;
@@ -228,7 +232,9 @@ void CFile::Unlock() {
 }
 
 bool CFile::Delete() {
-  return !fStream && Delete(GetPath());
+  if (fStream) return false;
+  fSizeValid = false;
+  return Delete(GetPath());
 }
 
 bool CFile::Delete(const CFSPath& path) {

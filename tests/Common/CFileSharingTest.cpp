@@ -5,6 +5,7 @@
 #include <pthread.h>
 
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <cstdlib>
 #include <random>
@@ -13,6 +14,7 @@
 
 #include "Common/CFile.h"
 #include "tests/Common/FileSupport.h"
+#include "tests/Common/QuestionedHost.h"
 
 namespace {
 
@@ -123,12 +125,26 @@ TEST_F(CFileSharing, WritesAWholeFile) {
 TEST_F(CFileSharing, RefusesWhatCannotBeReplaced) {
   const std::size_t descriptors = OpenDescriptors();
   std::filesystem::create_directory(Path("folder"));
-  EXPECT_FALSE(CFile::WriteFile(Path("folder"), "x"));
-  EXPECT_FALSE(CFile::WriteFile(Path("folder/"), "x"));
+  const auto errorOf = [](const std::string& path) {
+    int error = 0;
+    EXPECT_FALSE(CFile::WriteFile(path, "x", &error));
+    return error;
+  };
+  EXPECT_EQ(errorOf(Path("folder")), EISDIR);
+  EXPECT_EQ(errorOf(Path("folder/")), ENOTDIR);
+  EXPECT_EQ(errorOf(Path("missing/file")), ENOENT);
+  EXPECT_EQ(errorOf(""), ENOENT);
+  EXPECT_EQ(errorOf(Path(std::string(255, 'n'))), ENAMETOOLONG) << "no room for the suffix";
+  int error = 0;
+  EXPECT_FALSE(CFile::WriteFile(Target(), static_cast<Selvane::IBuffer*>(nullptr), &error));
+  EXPECT_EQ(error, EINVAL);
+  const HostInSlot host(Gates{});
   EXPECT_FALSE(CFile::WriteFile(Path("missing/file"), "x"));
-  EXPECT_FALSE(CFile::WriteFile("", "x"));
-  EXPECT_FALSE(CFile::WriteFile(Path(std::string(255, 'n')), "x")) << "no room for the suffix";
-  EXPECT_FALSE(CFile::WriteFile(Target(), static_cast<Selvane::IBuffer*>(nullptr)));
+  ASSERT_EQ(host->fPrinted.size(), 1U);
+  EXPECT_EQ(host->fPrinted[0].message,
+            "failed to write '" + Path("missing/file") +
+                "', errno: '2' - errno: 2 - 'No such file or directory'");
+  EXPECT_EQ(host->fPrinted[0].className + "::" + host->fPrinted[0].function, "CFile::WriteFile");
   EXPECT_EQ(NamesIn(fFolder.Path()), std::set<std::string>{"folder"});
   EXPECT_TRUE(NamesIn(Path("folder")).empty());
   EXPECT_EQ(OpenDescriptors(), descriptors);
@@ -151,6 +167,21 @@ TEST_F(CFileSharing, KeepsTheOldFileOnAFullDiskAndWithoutPermission) {
   std::filesystem::permissions(fFolder.Path(), std::filesystem::perms(0755));
   EXPECT_EQ(ReadWholeFile(Target()), std::string(5000, 'x'));
   EXPECT_EQ(NamesIn(fFolder.Path()), std::set<std::string>{"target"});
+}
+
+TEST_F(CFileSharing, KeepsTheOldFileOnADiskWithoutRoom) {
+  const auto result = OnSmallDisk(fFolder.Path(), 1 << 20, [&] {
+    const std::string old(300000, 'o');
+    const std::string large(900000, 'l');
+    int error = 0;
+    bool isRight = CFile::WriteFile(Target(), old);
+    isRight = !CFile::WriteFile(Target(), large, &error) && error == ENOSPC && isRight;
+    isRight = ReadWholeFile(Target()) == old && isRight;
+    isRight = NamesIn(fFolder.Path()) == std::set<std::string>{"target"} && isRight;
+    return CFile::WriteFile(Target(), old + "new") && isRight;
+  });
+  if (!result) GTEST_SKIP() << "no disk can be mounted";
+  EXPECT_TRUE(*result);
 }
 
 TEST_F(CFileSharing, FallsIntoNoTrapAtTheSibling) {
@@ -211,27 +242,36 @@ TEST_F(CFileSharing, ShowsReadersNoPart) {
   EXPECT_EQ(NamesIn(fFolder.Path()), std::set<std::string>{"target"});
 }
 
-// Each kill is a new process that writes until it dies. TESSARIN_TEST_KILLS sets their number.
-TEST_F(CFileSharing, IsWholeWheneverTheWriterIsKilled) {
-  const char* wanted = std::getenv("TESSARIN_TEST_KILLS");
-  const int kills = wanted ? std::atoi(wanted) : 100;
+// Each kill is a new process that writes until it dies.
+void KillWriters(const std::string& target, int kills, unsigned longest) {
   std::mt19937 random(9);
-  ASSERT_TRUE(CFile::WriteFile(Target(), Content(1)));
+  ASSERT_TRUE(CFile::WriteFile(target, Content(1)));
   for (int i = 0; i < kills; ++i) {
     const auto seed = static_cast<unsigned>(random());
     const pid_t writer = fork();
     ASSERT_GE(writer, 0);
     if (writer == 0) {
       std::mt19937 sizes(seed);
-      for (;;) CFile::WriteFile(Target(), Content(sizes() % 200000));
+      for (;;) CFile::WriteFile(target, Content(sizes() % 200000));
     }
-    std::this_thread::sleep_for(std::chrono::microseconds(random() % 4000));
+    std::this_thread::sleep_for(std::chrono::microseconds(random() % longest));
     kill(writer, SIGKILL);
     waitpid(writer, nullptr, 0);
-    ASSERT_TRUE(IsWhole(ReadWholeFile(Target()))) << "kill " << i;
+    ASSERT_TRUE(IsWhole(ReadWholeFile(target))) << "kill " << i;
   }
-  EXPECT_TRUE(CFile::WriteFile(Target(), Content(5))) << "whatever the dead left behind";
+  EXPECT_TRUE(CFile::WriteFile(target, Content(5))) << "whatever the dead left behind";
+}
+
+TEST_F(CFileSharing, IsWholeWheneverTheWriterIsKilled) {
+  KillWriters(Target(), 30, 4000);
   EXPECT_EQ(NamesIn(fFolder.Path()), std::set<std::string>{"target"});
+  // Where nothing waits for a disk, more of them die on the way.
+  const std::filesystem::path inMemory = "/dev/shm/tessarin_kills_" + std::to_string(getpid());
+  if (!std::filesystem::is_directory("/dev/shm")) return;
+  std::filesystem::create_directory(inMemory);
+  KillWriters(inMemory / "target", 1000, 300);
+  EXPECT_EQ(NamesIn(inMemory), std::set<std::string>{"target"});
+  std::filesystem::remove_all(inMemory);
 }
 
 }  // namespace

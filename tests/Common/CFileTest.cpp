@@ -178,7 +178,22 @@ TEST_F(CFileTest, SeeksFromThreeOrigins) {
   EXPECT_EQ(ReadAll(file, 1), "6");
   EXPECT_EQ(file.SeekRead(-1, CFile::kFromStart), -1);
   EXPECT_EQ(file.SeekRead(std::numeric_limits<std::int64_t>::max(), CFile::kRelative), -1);
+  EXPECT_EQ(file.SeekRead(0, 3), -1) << "no such origin";
+  EXPECT_EQ(file.SeekRead(0, -1), -1);
   EXPECT_EQ(ReadAll(file, 1), "7") << "a refused move moves nothing";
+}
+
+// What another process appends.
+TEST_F(CFileTest, SeesAFileGrow) {
+  CFile file(Write("a", "012"));
+  ASSERT_TRUE(file.Open(CFile::In));
+  EXPECT_EQ(file.GetSize(), 3);
+  EXPECT_EQ(ReadAll(file), "012");
+  EXPECT_TRUE(file.IsAtEnd());
+  std::ofstream(Path("a"), std::ios::app) << "345";
+  EXPECT_EQ(ReadAll(file), "345") << "the end that was met is not the end any more";
+  EXPECT_EQ(file.SeekRead(-1, CFile::kFromEnd), 5);
+  EXPECT_EQ(ReadAll(file), "5");
 }
 
 TEST_F(CFileTest, ReachesBeyondFourGibibytes) {
@@ -220,6 +235,8 @@ TEST_F(CFileTest, TakesAnotherPath) {
   EXPECT_EQ(file.GetReadPosition(), -1);
   EXPECT_EQ(file.GetSize(), 2);
   EXPECT_EQ(file.GetPath().String(), Path("b"));
+  file.SetPath(Path("a"));
+  EXPECT_EQ(file.GetSize(), 1) << "nothing of the other file is kept, opened or not";
 }
 
 TEST_F(CFileTest, CreatesOnlyWhatWasNotThere) {
@@ -248,7 +265,9 @@ TEST_F(CFileTest, DeletesItselfWhenClosed) {
   ASSERT_TRUE(file.Open(CFile::In));
   EXPECT_FALSE(file.Delete());
   file.Close();
+  EXPECT_EQ(file.GetSize(), 1);
   EXPECT_TRUE(file.Delete());
+  EXPECT_EQ(file.GetSize(), 0);
   EXPECT_FALSE(file.Delete());
   EXPECT_FALSE(CFile::Delete(fFolder.Path().string()));
 }
@@ -311,6 +330,7 @@ TEST_F(CFileTest, KnowsOneFileByAllItsNames) {
     EXPECT_THAT(error, HasSubstr("Source and destination are the same"));
     EXPECT_THAT(error, testing::StartsWith("CopyFile failed - "));
     EXPECT_FALSE(CFile::CopyFile(path, Path(name), true, false, &error));
+    EXPECT_EQ(error, "CopyFile failed - could not read anything from source");
     EXPECT_EQ(BytesOf(path), "1") << "the bytes survive without the check as well";
   }
 }
@@ -355,6 +375,17 @@ TEST_F(CFileTest, TellsWhyACopyFailed) {
   EXPECT_EQ(error, "CopyFile failed - open source failed - errno: 21 - 'Is a directory'");
   EXPECT_FALSE(CFile::CopyFile(from, Path("no/folder"), true, true, &error));
   EXPECT_THAT(error, HasSubstr("open destination failed - errno: 2"));
+  std::filesystem::permissions(from, std::filesystem::perms(0));
+  std::filesystem::permissions(fFolder.Path(), std::filesystem::perms(0755));
+  const WithoutPrivileges nobody;
+  EXPECT_FALSE(CFile::CopyFile(from, to, true, true, &error));
+  EXPECT_EQ(error, "CopyFile failed - open source failed - errno: 13 - 'Permission denied'");
+}
+
+TEST_F(CFileTest, ReportsADeviceWithoutRoomWhileCopying) {
+  std::string error;
+  EXPECT_FALSE(CFile::CopyFile(Write("from", "1"), "/dev/full", true, true, &error));
+  EXPECT_EQ(error, "CopyFile failed - could not write - errno: 28 - 'No space left on device'");
 }
 
 TEST_F(CFileTest, ReportsAFullDiskWhileCopying) {
@@ -393,7 +424,56 @@ TEST_F(CFileTest, ReportsAMoveThatFails) {
   EXPECT_THAT(host->fErrors[0].message, HasSubstr("Errorcode: '2'"));
 }
 
+TEST_F(CFileTest, ReportsASourceThatStaysBehind) {
+  const HostInSlot host(Gates{});
+  const std::string from = Write("from", "1");
+  std::filesystem::create_directory(Path("open"));
+  std::filesystem::permissions(Path("open"), std::filesystem::perms(0777));
+  std::filesystem::permissions(fFolder.Path(), std::filesystem::perms(0555));
+  const std::string to = Path("open/to");
+  {
+    const WithoutPrivileges nobody;
+    EXPECT_FALSE(CFile::Move(from, to, false));
+  }
+  std::filesystem::permissions(fFolder.Path(), std::filesystem::perms(0755));
+  EXPECT_EQ(BytesOf(to), "1") << "the copy is there";
+  EXPECT_EQ(BytesOf(from), "1");
+  ASSERT_EQ(host->fErrors.size(), 1U);
+  EXPECT_EQ(host->fErrors[0].message,
+            "OS error while calling 'delete for move (old name: " + from + ", new name: " + to +
+                ")'. Errorcode: '13' - 'os error: 13 - 'Permission denied''.");
+  EXPECT_EQ(host->fErrors[0].className + "::" + host->fErrors[0].function, "CFile::Move");
+}
+
 // ---- locks
+
+template <class Operation>
+std::string ReasonOf(Operation operation) {
+  try {
+    operation();
+  } catch (const CRunTimeError& error) {
+    return error.Reason();
+  }
+  return "";
+}
+
+TEST_F(CFileTest, TellsWhyALockFailed) {
+  const HostInSlot host(Gates{});
+  const std::string path = Write("a", "1");
+  CFile file(path);
+  ASSERT_TRUE(file.Open(CFile::In));
+  const int descriptor = fileno(file.Stream());
+  const int kept = dup(descriptor);
+  close(descriptor);
+  const std::string rest = path + ")'. Errorcode: '9' - 'os error: 9 - 'Bad file descriptor''.";
+  EXPECT_EQ(ReasonOf([&] { file.Lock(); }), "OS error while calling 'LockFileEx(" + rest);
+  EXPECT_EQ(ReasonOf([&] { file.Unlock(); }), "OS error while calling 'UnlockFileEx(" + rest);
+  dup2(kept, descriptor);
+  close(kept);
+  ASSERT_EQ(host->fErrors.size(), 2U);
+  EXPECT_EQ(host->fErrors[0].className + "::" + host->fErrors[0].function, "CFile::Lock");
+  EXPECT_EQ(host->fErrors[1].className + "::" + host->fErrors[1].function, "CFile::Unlock");
+}
 
 TEST_F(CFileTest, LocksNothingWhileClosed) {
   CFile file(Write("a", "1"));

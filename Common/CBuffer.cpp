@@ -75,11 +75,10 @@ std::shared_ptr<ABufferStore> CBuffer::NewStore(std::uint64_t size) {
 }
 
 // The first change of shared bytes copies them, on whichever side it comes. A file that was named
-// is the exception: its owner writes to it, and not to a copy.
+// is the exception: its owner writes to it, and not to a copy, and nobody else ever does.
 bool CBuffer::MakePrivate() {
-  if (fStore.use_count() == 1) fShared = false;
-  const bool isNamedOwner = !fShared && fFile && !fFile->IsTemporary();
-  if (fStore.use_count() == 1 || isNamedOwner) return true;
+  const bool isNamed = fFile && !fFile->IsTemporary();
+  if (isNamed ? !fShared : fStore.use_count() == 1) return true;
   if (fFrozen) return false;
   const std::uint64_t size = fStore->GetSize();
   std::shared_ptr<ABufferStore> store = NewStore(size);
@@ -96,7 +95,7 @@ bool CBuffer::SwapOut() {
   if (fFrozen || !MakePrivate()) return false;
   if (fFile) return true;
   std::shared_ptr<CBufferFileImpl> file = CBufferFileImpl::CreateTemporary();
-  if (!file || !file->Append(fMemory->GetPointer(), fMemory->GetSize()) || !file->IsComplete()) {
+  if (!file || !file->Append(fMemory->GetPointer(), fMemory->GetSize()) || !file->HasAllBytes()) {
     return false;
   }
   SetStore(std::move(file));
@@ -267,6 +266,7 @@ bool CBuffer::Overwrite(std::uint64_t position, const void* data, std::uint64_t 
 
 void* CBuffer::GetWriteSpace(std::size_t* available, std::size_t need) {
   if (available) *available = 0;
+  fWriteBlock.clear();
   if (!PrepareWrite()) return nullptr;
   SwapOutBeyond(need);
   if (fMemory) {
@@ -285,11 +285,11 @@ void* CBuffer::GetWriteSpace(std::size_t* available, std::size_t need) {
 
 void CBuffer::CommitWrite(std::size_t length) {
   if (!PrepareWrite()) return;
-  if (fMemory) {
+  const std::vector<char> block = std::exchange(fWriteBlock, {});
+  if (!block.empty()) {
+    fStore->Append(block.data(), std::min<std::uint64_t>(length, block.size()));
+  } else if (fMemory) {
     fMemory->Commit(length);
-  } else {
-    const std::vector<char> block = std::exchange(fWriteBlock, {});
-    fFile->Append(block.data(), std::min<std::uint64_t>(length, block.size()));
   }
   CutPlaces();
 }
@@ -342,6 +342,7 @@ std::uint64_t CBuffer::Write(const void* source, std::uint64_t length) {
   source = Detached(source, length, copy);
   if (!PrepareWrite()) return 0;
   if (fWritePos == kNone) fWritePos = 0;
+  CutPlaces();  // the end of a shared file may have come nearer
   const std::uint64_t behind = fStore->GetSize() - fWritePos;
   if (length > behind) SwapOutBeyond(length - behind);
   if (!fStore->WriteAt(fWritePos, source, length)) return 0;

@@ -23,6 +23,8 @@ constexpr std::uint32_t kReadMode = CFile::Binary | CFile::In;
 constexpr std::uint32_t kWriteMode = CFile::Binary | CFile::In | CFile::Out;
 constexpr std::uint32_t kFirstWriteMode = kWriteMode | CFile::App;  // makes what is not there
 
+constexpr std::uint64_t kGapWorthClosing = std::uint64_t{1} << 20;
+
 constexpr int kNamesTried = 10000;
 constexpr int kHostNamesTried = 10;
 
@@ -105,9 +107,11 @@ std::unique_ptr<CBufferFileImpl> CBufferFileImpl::Open(const CFSPath& path, bool
   return store;
 }
 
+// Looks at the file each time: a view of what others have cut off would end the process.
 void* CBufferFileImpl::GetPointer() {
-  const bool isMapped = fView.Data() || (fFile.IsOpen() && fView.Map(fFile.Stream()));
-  if (!isMapped || fView.Size() < fFileSize || GetSize() == 0) {
+  const bool hasBytes = GetSize() > 0 && HasAllBytes();
+  const bool isMapped = hasBytes && (fView.Data() || fView.Map(fFile.Stream()));
+  if (!isMapped || fView.Size() < fFileSize) {
     fView.Unmap();
     return nullptr;
   }
@@ -117,9 +121,10 @@ void* CBufferFileImpl::GetPointer() {
 std::uint64_t CBufferFileImpl::ReadAt(std::uint64_t offset, void* destination,
                                       std::uint64_t length) {
   if (offset > GetSize()) return 0;
+  const std::uint64_t wanted = std::min(length, GetSize() - offset);
   const auto place = static_cast<std::int64_t>(fDataStart + offset);
   if (fFile.GetReadPosition() != place && fFile.SeekRead(place, CFile::kFromStart) < 0) return 0;
-  const std::uint64_t count = fFile.Read(destination, length);
+  const std::uint64_t count = fFile.Read(destination, wanted);
   fMetEnd = count < length;
   return count;
 }
@@ -169,7 +174,40 @@ void CBufferFileImpl::Empty() {
 
 void CBufferFileImpl::RemoveFront(std::uint64_t count) {
   fDataStart += count;
-  if (fDataStart == fFileSize) Empty();
+  if (fDataStart == fFileSize) {
+    Empty();
+  } else if (fDeleteAtClose && fDataStart >= std::max(kGapWorthClosing, GetSize())) {
+    CloseGap();
+  }
+}
+
+// The gap is as long as the payload at least: a move that fails has written over none of it.
+void CBufferFileImpl::CloseGap() {
+  const std::uint64_t size = GetSize();
+  const bool hadMetEnd = fMetEnd;
+  Unmap();
+  if (MoveToFront(size) && fFile.SetSize(static_cast<std::int64_t>(size))) {
+    fFileSize = size;
+    fDataStart = 0;
+  }
+  fMetEnd = hadMetEnd;
+}
+
+bool CBufferFileImpl::MoveToFront(std::uint64_t size) {
+  constexpr int kMostFailures = 10;  // in a row
+  std::vector<char> block(kStoreBlockSize);
+  int failures = 0;
+  for (std::uint64_t moved = 0; moved < size;) {
+    const std::uint64_t count =
+        ReadAt(moved, block.data(), std::min<std::uint64_t>(block.size(), size - moved));
+    if (count > 0 && WriteRaw(moved, block.data(), count)) {
+      moved += count;
+      failures = 0;
+    } else if (++failures > kMostFailures) {
+      return false;
+    }
+  }
+  return true;
 }
 
 void CBufferFileImpl::Clear(std::uint64_t) {
@@ -211,9 +249,9 @@ void CBufferFileImpl::Visit(AChunkVisitor& visitor, std::uint64_t start, std::ui
   }
 }
 
-bool CBufferFileImpl::IsComplete() {
+bool CBufferFileImpl::HasAllBytes() {
   FileStatus status;
-  return fFile.IsOpen() && StatusOf(fFile.Stream(), status) == 0 && status.size == fFileSize;
+  return fFile.IsOpen() && StatusOf(fFile.Stream(), status) == 0 && status.size >= fFileSize;
 }
 
 void CBufferFileImpl::Close() {

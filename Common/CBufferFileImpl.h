@@ -12,7 +12,9 @@
 // The stream is not buffered: a write that the disk has no room for fails at once, and a view never
 // shows less than was written. The view is read-only, and dropped before every change.
 //
-// Bytes taken from the front stay in the file; only the place where the payload begins moves on.
+// Bytes taken from the front stay in the file; only the place where the payload begins moves on. In
+// a file of its own the payload moves to the front once the gap is as long as itself, so a body
+// that streams through needs no more room than twice what it holds.
 //
 // Frozen, the file is closed; whoever froze it asks for nothing but the operations named below.
 class CBufferFileImpl final : public ABufferStore {
@@ -41,8 +43,7 @@ public:
   void ForgetEnd() { fMetEnd = false; }
   bool IsTemporary() const { return fDeleteAtClose; }
   const CFSPath& GetPath() const { return fPath; }
-  // The file still has all the bytes that it should.
-  bool IsComplete();
+  bool HasAllBytes();  // nobody has cut the file
 
   // ---- frozen and back
 
@@ -55,6 +56,8 @@ private:
 
   bool WriteRaw(std::uint64_t place, const void* data, std::uint64_t length);
   void Empty();
+  void CloseGap();
+  bool MoveToFront(std::uint64_t size);
 
   CFSPath fPath;
   CFile fFile;

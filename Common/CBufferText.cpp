@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstdlib>
+#include <exception>
 #include <string>
 #include <string_view>
 
@@ -65,7 +66,11 @@ std::uint64_t SwapSizeForMemory(std::uint64_t memory) {
 // cannot be read.
 const char* CBuffer::TextWindow(std::uint64_t length, std::vector<char>& copy) {
   if (fMemory) return static_cast<const char*>(fMemory->GetPointer()) + fReadPos;
-  copy.resize(length);
+  try {
+    copy.resize(length);
+  } catch (const std::exception&) {
+    return nullptr;  // no line end in more bytes than there is memory for
+  }
   return fFile->ReadAt(fReadPos, copy.data(), length) == length ? copy.data() : nullptr;
 }
 

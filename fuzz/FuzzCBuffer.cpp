@@ -5,22 +5,15 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "Common/CBuffer.h"
+#include "fuzz/Require.h"
 
 namespace {
-
-// Ends the process where a sanitizer or libFuzzer sees it, naming the property that broke.
-void Require(bool holds, const char* property) {
-  if (holds) return;
-  std::fprintf(stderr, "property failed: %s\n", property);
-  std::abort();
-}
 
 constexpr std::size_t kMostOperations = 64;
 

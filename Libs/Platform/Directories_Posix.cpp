@@ -7,8 +7,10 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 namespace {
@@ -153,6 +155,10 @@ bool RemoveTree(const std::string& path) {
 std::string TemporaryDirectory() {
   const char* wanted = std::getenv("TMPDIR");
   struct stat data = {};
-  if (wanted && *wanted && stat(wanted, &data) == 0 && S_ISDIR(data.st_mode)) return wanted;
-  return "/tmp";
+  if (!wanted || !*wanted || stat(wanted, &data) != 0 || !S_ISDIR(data.st_mode)) return "/tmp";
+  if (*wanted == '/') return wanted;
+  // The files have to be found again wherever the process works by then.
+  std::error_code error;
+  const std::filesystem::path path = std::filesystem::absolute(wanted, error);
+  return error ? "/tmp" : path.string();
 }

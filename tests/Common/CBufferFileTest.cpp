@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -94,7 +95,6 @@ TEST_F(CBufferFileTest, ReadsShortWhatShrinksBehindItsBack) {
   CBuffer buffer(std::string(10000, 'x').data(), 10000);
   ASSERT_TRUE(buffer.SwapOut());
   ASSERT_NE(buffer.GetBufferPtr(), nullptr);
-  buffer.UnmapView();
   std::filesystem::resize_file(NameOf(buffer), 10);
   EXPECT_EQ(buffer.GetBufferPtr(), nullptr) << "there is no view of what is not there";
   std::string bytes(10000, '\0');
@@ -152,6 +152,31 @@ TEST_F(CBufferFileTest, WritesANamedFileInPlace) {
   EXPECT_FALSE(Append(missing, "x"));
 }
 
+TEST_F(CBufferFileTest, TellsWhyAFileCannotBeOpened) {
+  int error = 0;
+  const CBuffer there(CFSPath(fFolder.Write("there", "1").string()), false, &error);
+  EXPECT_EQ(error, 0);
+  const CBuffer missing(CFSPath(Path("missing")), false, &error);
+  EXPECT_EQ(error, ENOENT);
+  const CBuffer folder(CFSPath(fFolder.Path().string()), true, &error);
+  EXPECT_EQ(error, EISDIR);
+}
+
+TEST_F(CBufferFileTest, ShowsNoMoreThanItsSizeOfAFileThatGrows) {
+  const std::string name = fFolder.Write("log", kText).string();
+  CBuffer buffer(CFSPath(name), false);
+  std::ofstream(name, std::ios::app) << "more";
+  EXPECT_EQ(buffer.GetSize(), kText.size());
+  char bytes[100] = {};
+  EXPECT_EQ(buffer.Read(bytes, sizeof bytes), kText.size());
+  EXPECT_EQ(buffer.GetReadPosition(), static_cast<std::int64_t>(kText.size()));
+  EXPECT_TRUE(buffer.IsAtEnd());
+  ASSERT_TRUE(buffer.Freeze());
+  buffer.ReloadFrozen();
+  ASSERT_TRUE(buffer.Thaw());
+  EXPECT_EQ(buffer.Read(bytes, sizeof bytes), 4U);
+}
+
 TEST_F(CBufferFileTest, IsWrittenAsAWholeFile) {
   const std::string body(200000, 'b');
   CBuffer buffer(body.data(), body.size());
@@ -160,6 +185,53 @@ TEST_F(CBufferFileTest, IsWrittenAsAWholeFile) {
   EXPECT_TRUE(CFile::WriteFile(Path("target"), &buffer));
   EXPECT_EQ(ReadWholeFile(Path("target")), body);
   EXPECT_EQ(buffer.GetReadPosition(), 5);
+}
+
+// ---- room that is taken back
+
+// A body that streams through: its file holds what is still to come, and not all that has been.
+TEST_F(CBufferFileTest, GivesBackWhatWasTakenFromTheFront) {
+  CBuffer buffer;
+  ASSERT_TRUE(buffer.SwapOut());
+  const auto block = [](int number) {
+    std::string text = std::to_string(number);
+    text.resize(100000, static_cast<char>('a' + number % 26));
+    return text;
+  };
+  constexpr int kBehind = 10;
+  for (int i = 0; i < 200; ++i) {
+    EXPECT_TRUE(Append(buffer, block(i)));
+    if (i < kBehind) continue;
+    const std::string front = block(i - kBehind);
+    std::string bytes(front.size(), '\0');
+    ASSERT_EQ(buffer.ReadAt(0, bytes.data(), bytes.size()), front.size());
+    ASSERT_EQ(bytes, front);
+    buffer.RemoveFront(front.size());
+    ASSERT_LE(std::filesystem::file_size(NameOf(buffer)), 4 * kBehind * front.size()) << i;
+  }
+  EXPECT_EQ(buffer.GetSize(), kBehind * block(0).size());
+}
+
+TEST_F(CBufferFileTest, LeavesTheBytesOfANamedFileWhereTheyAre) {
+  const std::string body(5 << 20, 'b');
+  const std::string name = fFolder.Write("named", body).string();
+  CBuffer buffer(CFSPath(name), true);
+  buffer.RemoveFront(4 << 20);
+  EXPECT_EQ(buffer.GetSize(), 1U << 20);
+  EXPECT_EQ(ReadWholeFile(name), body);
+}
+
+// Where the file cannot be written the bytes stay where they are, and none is lost.
+TEST_F(CBufferFileTest, KeepsItsBytesWhenRoomCannotBeTakenBack) {
+  std::string body(6 << 20, 'b');
+  for (std::size_t i = 0; i < body.size(); i += 1000) body[i] = static_cast<char>(i / 1000 % 128);
+  CBuffer buffer(body.data(), body.size());
+  ASSERT_TRUE(buffer.SwapOut());
+  const SwappedDescriptor reading(NameOf(buffer), O_RDONLY);
+  buffer.RemoveFront(5 << 20);
+  EXPECT_EQ(BytesOf(buffer), body.substr(5 << 20));
+  EXPECT_FALSE(Append(buffer, "x"));
+  EXPECT_EQ(BytesOf(buffer), body.substr(5 << 20));
 }
 
 // ---- mapping

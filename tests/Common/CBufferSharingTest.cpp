@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 
 #include "tests/Common/CBufferSupport.h"
@@ -58,6 +59,40 @@ TEST_F(CBufferSharingTest, CopiesWhatIsTooLargeToAFile) {
   EXPECT_TRUE(copy.Overwrite(0, "y", 1));
   EXPECT_FALSE(copy.IsInMemory());
   EXPECT_EQ(BytesOf(source), body);
+}
+
+TEST_F(CBufferSharingTest, NeverWritesIntoTheNamedFileOfItsSource) {
+  const std::string name = fFolder.Write("named", kText).string();
+  auto source = std::make_unique<CBuffer>(CFSPath(name), true);
+  CBuffer first(*source, CBuffer::Shared());
+  CBuffer second(*source, CBuffer::Shared());
+  EXPECT_TRUE(Append(first, "first"));
+  source.reset();
+  EXPECT_TRUE(Append(second, "second")) << "alone with the file by now";
+  EXPECT_EQ(BytesOf(first), kText + "first");
+  EXPECT_EQ(BytesOf(second), kText + "second");
+  EXPECT_EQ(ReadWholeFile(name), kText);
+
+  const CBuffer* readOnly = new CBuffer(CFSPath(name), false);
+  CBuffer third(*const_cast<CBuffer*>(readOnly), CBuffer::Shared());
+  readOnly->Release();
+  EXPECT_TRUE(Append(third, "third")) << "a copy may be written";
+  EXPECT_EQ(BytesOf(third), kText + "third");
+  EXPECT_EQ(ReadWholeFile(name), kText);
+}
+
+// The file's owner cuts it, and the copy's place is behind its end then.
+TEST_F(CBufferSharingTest, WritesAtTheEndOfWhatIsLeft) {
+  const std::string name = fFolder.Write("named", kText).string();
+  CBuffer source(CFSPath(name), true);
+  CBuffer copy(source, CBuffer::Shared());
+  EXPECT_EQ(copy.SeekWrite(8, 0), 8);
+  EXPECT_EQ(copy.SeekRead(8, 0), 8);
+  EXPECT_TRUE(source.Assign("ab", 2));
+  char byte = 0;
+  EXPECT_EQ(copy.Read(&byte, 1), 0U);
+  EXPECT_EQ(copy.Write("x", 1), 1U);
+  EXPECT_EQ(BytesOf(copy), "abx");
 }
 
 }  // namespace

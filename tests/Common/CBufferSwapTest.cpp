@@ -277,6 +277,33 @@ TEST_F(CBufferSwapTest, KeepsItsFileWholeOnAFullDisk) {
   EXPECT_EQ(BytesOf(buffer), body + "z");
 }
 
+// The work of a test of this kind runs in another process, so it answers what came out.
+TEST_F(CBufferSwapTest, LosesNothingOnADiskWithoutRoom) {
+  const auto result = OnSmallDisk(fFolder.Path(), 1 << 20, [] {
+    const std::string large(2 << 20, 'x');
+    CBuffer inMemory(large.data(), large.size());
+    bool isRight = !inMemory.SwapOut() && BytesOf(inMemory) == large;
+    const std::string body(700000, 'b');
+    CBuffer onFile(body.data(), body.size());
+    isRight = onFile.SwapOut() && isRight;
+    isRight = !Append(onFile, large) && BytesOf(onFile) == body && isRight;
+    isRight = !onFile.Assign(large.data(), large.size()) && BytesOf(onFile) == body && isRight;
+    CBuffer second(body.data(), body.size());
+    isRight = !second.SwapOut() && BytesOf(second) == body && isRight;
+    onFile.Clear(0);
+    return second.SwapOut() && BytesOf(second) == body && isRight;
+  });
+  if (!result) GTEST_SKIP() << "no disk can be mounted";
+  EXPECT_TRUE(*result);
+}
+
+TEST_F(CBufferSwapTest, RefusesWhatADeviceHasNoRoomFor) {
+  CBuffer buffer(CFSPath("/dev/full"), true);
+  EXPECT_FALSE(buffer.IsReadOnly());
+  EXPECT_FALSE(Append(buffer, "abc"));
+  EXPECT_EQ(buffer.GetSize(), 0U);
+}
+
 TEST_F(CBufferSwapTest, StaysInMemoryWhereNoFileCanBe) {
   setenv("TMPDIR", Path("folder").c_str(), 1);
   std::filesystem::create_directory(Path("folder"));

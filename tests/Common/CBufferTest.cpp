@@ -7,6 +7,7 @@
 #include <limits>
 #include <string>
 
+#include "Common/CChunkVisitors.h"
 #include "tests/Common/CBufferSupport.h"
 
 namespace {
@@ -185,6 +186,16 @@ TEST_F(CBufferTest, IsFilledInPlace) {
 
 // ---- the object
 
+// The room was handed out while the bytes were in a file, and is taken in memory.
+TEST_F(CBufferTest, TakesWhatWasFilledBeforeItSwapped) {
+  CBuffer buffer(kText.data(), kText.size());
+  ASSERT_TRUE(buffer.SwapOut());
+  std::memcpy(buffer.GetWriteSpace(nullptr, 3), "abc", 3);
+  ASSERT_TRUE(buffer.SwapIn());
+  buffer.CommitWrite(3);
+  EXPECT_EQ(BytesOf(buffer), kText + "abc");
+}
+
 TEST_F(CBufferTest, IsCountedAndDestroyed) {
   auto* buffer = new CBuffer("abc", 3);
   Selvane::IBuffer* interface = buffer;
@@ -194,6 +205,67 @@ TEST_F(CBufferTest, IsCountedAndDestroyed) {
   ASSERT_TRUE(interface->SwapOut());
   interface->Destroy();
   EXPECT_THAT(Names(), IsEmpty());
+}
+
+// The place of a virtual operation in its class's table, as the Itanium ABI has it in a pointer to
+// the member.
+template <class Member>
+std::size_t SlotOf(Member member) {
+  std::size_t place = 0;
+  std::memcpy(&place, &member, sizeof place);
+  return (place - 1) / sizeof(void*);
+}
+
+// What a binary that was built against the interface calls by.
+TEST(IBuffer, KeepsTheOrderOfItsOperations) {
+  using Selvane::IBuffer;
+  using FindBytes = bool (IBuffer::*)(std::size_t&, unsigned&, const void* const*,
+                                      Selvane::IVariant*, std::size_t, std::size_t);
+  using FindTexts =
+      bool (IBuffer::*)(std::size_t&, unsigned&, Selvane::IVariant*, std::size_t, std::size_t);
+  const std::size_t slots[] = {
+      SlotOf(&IBuffer::AddRef),
+      SlotOf(&IBuffer::Release),
+      SlotOf(&IBuffer::GetUseCount),
+      SlotOf(&IBuffer::Destroy),
+      SlotOf(&IBuffer::GetBufferPtr),
+      SlotOf(&IBuffer::GetSize),
+      SlotOf(&IBuffer::Clear),
+      SlotOf(&IBuffer::Append),
+      SlotOf(&IBuffer::RemoveFront),
+      SlotOf(&IBuffer::Reserve),
+      SlotOf(&IBuffer::Insert),
+      SlotOf(&IBuffer::Erase),
+      SlotOf(&IBuffer::Assign),
+      SlotOf(static_cast<FindBytes>(&IBuffer::IFFindBinaryPatterns)),
+      SlotOf(static_cast<FindTexts>(&IBuffer::IFFindBinaryPatterns)),
+      SlotOf(&IBuffer::Overwrite),
+      SlotOf(&IBuffer::Replace),
+      SlotOf(&IBuffer::GetWriteSpace),
+      SlotOf(&IBuffer::CommitWrite),
+      SlotOf(&IBuffer::GetChunkFrame),
+      SlotOf(&IBuffer::GetReadPosition),
+      SlotOf(&IBuffer::SeekRead),
+      SlotOf(&IBuffer::GetWritePosition),
+      SlotOf(&IBuffer::SeekWrite),
+      SlotOf(&IBuffer::Read),
+      SlotOf(&IBuffer::Write),
+      SlotOf(&IBuffer::Freeze),
+      SlotOf(&IBuffer::IsFrozen),
+      SlotOf(&IBuffer::Thaw),
+      SlotOf(&IBuffer::SwapOut),
+      SlotOf(&IBuffer::SwapIn),
+      SlotOf(&IBuffer::GetFileName),
+      SlotOf(&IBuffer::ReloadFrozen),
+      SlotOf(&IBuffer::IsAtEnd),
+      SlotOf(&IBuffer::ReadText),
+      SlotOf(&IBuffer::IsReadOnly),
+      SlotOf(&IBuffer::UnmapView),
+      SlotOf(&IBuffer::IsInMemory),
+  };
+  for (std::size_t i = 0; i < std::size(slots); ++i) EXPECT_EQ(slots[i], i);
+  EXPECT_EQ(SlotOf(&AChunkVisitor::Visit), 0U);
+  EXPECT_EQ(SlotOf(&AChunkVisitor::GetChunkSize), 1U);
 }
 
 }  // namespace

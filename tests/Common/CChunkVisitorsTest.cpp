@@ -3,7 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <optional>
 #include <random>
@@ -184,6 +188,88 @@ TEST(CSearchVisitor, ReportsWhatIsNoList) {
               "'Cannot create searcher. patterns is not a string list but a Long'");
   EXPECT_EQ(host->fErrors[1].className + "::" + host->fErrors[1].function,
             "CSearchVisitor::CSearchVisitor");
+}
+
+// ---- all hits
+
+// Notes the hits of a range, up to so many.
+class HitCollector final : public AHitVisitor {
+public:
+  HitCollector(CSearchVisitor& search, std::uint64_t start, std::uint64_t length, std::size_t most)
+      : AHitVisitor(search, start, length), fMost(most) {}
+
+  std::vector<Found> fHits;
+
+private:
+  bool OnHit(const Hit& hit) override {
+    fHits.push_back({hit.offset, hit.index});
+    return fHits.size() < fMost;
+  }
+
+  const std::size_t fMost;
+};
+
+std::vector<Found> AllHits(const Texts& patterns, const std::string& text, std::size_t start,
+                           std::size_t length, std::size_t pieceSize, std::size_t most = kAll) {
+  const auto pointers = PointersOf(patterns);
+  const auto search = MakeUseCounted<CSearchVisitor>(pointers.data(), LengthsOf(patterns).Get());
+  HitCollector hits(*search, start, length, most);
+  bool more = true;
+  for (std::size_t from = start; from < text.size() && more; from += pieceSize) {
+    hits.Visit(text.data() + from, std::min(pieceSize, text.size() - from), pieceSize, more);
+  }
+  EXPECT_EQ(more, hits.GetPosition() < start + length && hits.fHits.size() < most);
+  return hits.fHits;
+}
+
+// One slow search behind the other.
+std::vector<Found> AllHitsSlowly(const Texts& patterns, const std::string& text, std::size_t start,
+                                 std::size_t length) {
+  std::vector<Found> hits;
+  const std::string range = text.substr(0, std::min(text.size(), start + length));
+  while (start <= range.size()) {
+    const auto found = SearchSlowly(patterns, range.substr(start));
+    if (!found) break;
+    hits.push_back({start + found->offset, found->index});
+    start = hits.back().offset + patterns[static_cast<std::size_t>(found->index)].size();
+  }
+  return hits;
+}
+
+TEST(AHitVisitor, FindsAllThatSlowSearchesFind) {
+  std::mt19937 random(3);
+  for (int round = 0; round < 2000; ++round) {
+    const auto letters = [&](std::size_t length) {
+      std::string text(length, 'a');
+      for (char& c : text) c = static_cast<char>('a' + random() % 2);
+      return text;
+    };
+    Texts patterns(1 + random() % 4);
+    for (std::string& pattern : patterns) pattern = letters(1 + random() % 5);
+    const std::string text = letters(10 + random() % 50);
+    const std::size_t start = random() % 10;
+    const std::size_t length = random() % text.size();
+    for (std::size_t piece = 1; piece < 10; ++piece) {
+      ASSERT_EQ(AllHits(patterns, text, start, length, piece),
+                AllHitsSlowly(patterns, text, start, length))
+          << testing::PrintToString(patterns) << " in " << text << " from " << start << ", "
+          << length << ", pieces of " << piece;
+    }
+  }
+}
+
+TEST(AHitVisitor, EndsWhenItIsTold) {
+  EXPECT_THAT(AllHits({"a"}, "aaaa", 0, 4, 3, 2), ElementsAre(Found{0, 0}, Found{1, 0}));
+  EXPECT_THAT(AllHits({"a"}, "aaaa", 0, kAll - 1, 9), testing::SizeIs(4));
+  EXPECT_THAT(AllHits({"a"}, "aaaa", 1, 0, 2), IsEmpty());
+
+  const void* const empty = "";
+  const auto search = MakeUseCounted<CSearchVisitor>(&empty, LengthsOf({""}).Get());
+  HitCollector hits(*search, 1, 3, kAll);
+  bool more = true;
+  hits.Visit("aaa", 3, 3, more);
+  EXPECT_FALSE(more) << "an empty pattern would be found here for ever";
+  EXPECT_THAT(hits.fHits, ElementsAre(Found{1, 0}));
 }
 
 // ---- through a buffer
@@ -391,5 +477,84 @@ TEST(CBufferSearch, ReplacesIntoAFileWhatGrowsTooLarge) {
   EXPECT_FALSE(buffer.IsInMemory());
   EXPECT_EQ(BytesOf(buffer), "aaaaaccc" + std::string(body.size() - 6, 'a'));
 }
+
+// ---- a file that cannot be read
+
+class CountingVisitor : public AChunkVisitor {
+public:
+  explicit CountingVisitor(std::size_t chunkSize = 0) : fChunkSize(chunkSize) {}
+  void Visit(const void*, std::size_t length, std::size_t, bool&) override { fBytes += length; }
+  std::size_t GetChunkSize() override { return fChunkSize; }
+  std::size_t Bytes() const { return fBytes; }
+
+private:
+  const std::size_t fChunkSize;
+  std::size_t fBytes = 0;
+};
+
+TEST(CBufferVisit, AsksTheVisitorForTheSizeOfAPiece) {
+  class Lengths final : public AChunkVisitor {
+  public:
+    void Visit(const void*, std::size_t length, std::size_t chunkSize, bool& more) override {
+      fLengths.push_back(length);
+      EXPECT_EQ(chunkSize, 4U);
+      more = fLengths.size() < 3;
+    }
+    std::size_t GetChunkSize() override { return 4; }
+    std::vector<std::size_t> fLengths;
+  };
+  CBuffer buffer("0123456789", 10);
+  ASSERT_TRUE(buffer.SwapOut());
+  Lengths all;
+  buffer.VisitBuffer(all, 1, kAll);
+  EXPECT_THAT(all.fLengths, ElementsAre(4, 4, 1));
+  Lengths ended;
+  buffer.VisitBuffer(ended, 0, 8);
+  EXPECT_THAT(ended.fLengths, ElementsAre(4, 4));
+}
+
+TEST(CBufferVisit, ReportsWhatCannotBeRead) {
+  CBuffer buffer("0123456789", 10);
+  ASSERT_TRUE(buffer.SwapOut());
+  const HostInSlot host(Gates{});
+  {
+    const SwappedDescriptor writing(NameOf(buffer), O_WRONLY);
+    CountingVisitor visitor;
+    buffer.VisitBuffer(visitor, 0, kAll);
+    EXPECT_EQ(visitor.Bytes(), 0U);
+  }
+  ASSERT_EQ(host->fPrinted.size(), 1U);
+  EXPECT_EQ(host->fPrinted[0].message,
+            "Error while reading file: errno: 9 - 'Bad file descriptor'");
+  EXPECT_EQ(host->fPrinted[0].className + "::" + host->fPrinted[0].function,
+            "CBufferFileImpl::VisitBuffer");
+  EXPECT_EQ(host->fPrinted[0].file, "Common\\CBufferFileImpl");
+  CountingVisitor visitor;
+  buffer.VisitBuffer(visitor, 0, kAll);
+  EXPECT_EQ(visitor.Bytes(), 10U) << "as soon as it can be read again";
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // end the process themselves
+TEST(CBufferVisit, ReportsAPieceThatThereIsNoMemoryFor) {
+  if (!std::filesystem::is_directory("/dev/shm")) GTEST_SKIP() << "no file is long enough";
+  const std::filesystem::path path = "/dev/shm/tessarin_sparse_" + std::to_string(getpid());
+  std::ofstream(path) << "x";
+  constexpr std::uintmax_t kMoreThanAddresses = std::uintmax_t{1} << 50;
+  std::filesystem::resize_file(path, kMoreThanAddresses);
+  {
+    const HostInSlot host(Gates{});
+    CBuffer buffer(CFSPath(path.string()), false);
+    CountingVisitor visitor(kAll);
+    buffer.VisitBuffer(visitor, 0, kAll);
+    EXPECT_EQ(visitor.Bytes(), 0U);
+    ASSERT_EQ(host->fPrinted.size(), 1U);
+    EXPECT_EQ(host->fPrinted[0].message, "Error allocating memory in buffer");
+    EXPECT_FALSE(buffer.SwapIn());
+    EXPECT_EQ(GetBufferPtrSizeLimit(buffer, 1), nullptr) << "no room for a view either";
+    EXPECT_EQ(buffer.GetSize(), kMoreThanAddresses);
+  }
+  std::filesystem::remove(path);
+}
+#endif
 
 }  // namespace

@@ -100,6 +100,21 @@ TEST_F(CDirectoryTest, MatchesNames) {
   EXPECT_EQ(Walk(kFiles | kRecurse, "d", 9), Names{"sub/deep/d"}) << "recursion asks no pattern";
 }
 
+TEST_F(CDirectoryTest, TakesNamesOfAnyBytes) {
+  const Names names = {std::string(255, 'n'), "\xFF\xFE\x80", "line\nend", " ", "*", "-r"};
+  fs::create_directory(Path("odd"));
+  for (const std::string& name : names) fFolder.Write("odd/" + name, name);
+  fs::create_directories(Path("odd/\xC0\xAF") / std::string(255, 'f'));
+  CDirectory::CPathList list;
+  CDirectory(Path("odd").string()).Walk(kFiles, "", list, 0);
+  EXPECT_EQ(list.size(), names.size());
+  CDirectory(Path("odd").string()).Copy(Path("copy").string());
+  EXPECT_EQ(NamesIn(Path("copy")), NamesIn(Path("odd")));
+  EXPECT_TRUE(fs::exists(Path("copy/\xC0\xAF") / std::string(255, 'f')));
+  EXPECT_TRUE(CDirectory(Path("copy").string()).Delete());
+  EXPECT_FALSE(fs::exists(Path("copy")));
+}
+
 TEST_F(CDirectoryTest, EndsAWalkWhereItCannotList) {
   CDirectory::CPathList list;
   CDirectory(Path("missing").string()).Walk(kAll, "", list, 9);
@@ -294,6 +309,8 @@ TEST_F(CDirectoryTest, KnowsWhereTemporaryFilesGo) {
     setenv("TMPDIR", value.c_str(), 1);
     EXPECT_EQ(CDirectory::GetTempPath().String(), "/tmp");
   }
+  setenv("TMPDIR", ".", 1);
+  EXPECT_TRUE(CDirectory::GetTempPath().StartsWithSeparator()) << "also when the process moves on";
   if (before)
     setenv("TMPDIR", saved.c_str(), 1);
   else

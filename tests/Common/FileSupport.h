@@ -1,6 +1,8 @@
 #pragma once
 
 #include <fcntl.h>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -10,6 +12,7 @@
 #include <csignal>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <set>
 #include <string>
 #include <system_error>
@@ -50,6 +53,56 @@ public:
 private:
   rlimit fBefore = {};
   void (*fHandler)(int);
+};
+
+// Runs the work in a copy of this process for which the folder is a disk of that many bytes, and
+// answers whether it got what it expected; nothing where this process may not mount one.
+inline std::optional<bool> OnSmallDisk(const std::filesystem::path& folder, std::size_t bytes,
+                                       const std::function<bool()>& work) {
+  constexpr int kNotAllowed = 77;
+  const int status = InChild([&] {
+    const std::string size = "size=" + std::to_string(bytes);
+    const int spaces = CLONE_NEWNS | (geteuid() == 0 ? 0 : CLONE_NEWUSER);
+    if (unshare(spaces) != 0 || mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+        mount("tmpfs", folder.c_str(), "tmpfs", 0, size.c_str()) != 0) {
+      _exit(kNotAllowed);
+    }
+    return work();
+  });
+  if (status == kNotAllowed) return std::nullopt;
+  return status == 0;
+}
+
+// The descriptor under which this process has a file open leads there in another mode while this
+// lives: the file cannot be written any more, or not be read.
+class SwappedDescriptor {
+public:
+  SwappedDescriptor(const std::filesystem::path& path, int flags) : fDescriptor(Find(path)) {
+    const int other = open(path.c_str(), flags | O_CLOEXEC);
+    fKept = fcntl(fDescriptor, F_DUPFD_CLOEXEC, 0);
+    if (other < 0 || fKept < 0 || dup2(other, fDescriptor) < 0) std::abort();
+    close(other);
+  }
+  ~SwappedDescriptor() {
+    if (dup2(fKept, fDescriptor) < 0) std::abort();
+    close(fKept);
+  }
+  SwappedDescriptor(const SwappedDescriptor&) = delete;
+  SwappedDescriptor& operator=(const SwappedDescriptor&) = delete;
+
+private:
+  static int Find(const std::filesystem::path& path) {
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+      std::error_code error;
+      if (std::filesystem::read_symlink(entry, error) == path) {
+        return std::stoi(entry.path().filename().string());
+      }
+    }
+    std::abort();
+  }
+
+  const int fDescriptor;
+  int fKept = -1;
 };
 
 // Permissions count while this lives, even if the tests run as the one for whom they do not.

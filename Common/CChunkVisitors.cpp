@@ -50,6 +50,14 @@ bool CSearchVisitor::Searcher::Step(unsigned char byte) {
   return state == length;
 }
 
+std::size_t CSearchVisitor::Searcher::Run(const unsigned char* data, std::size_t from,
+                                          std::size_t size) {
+  while (from < size) {
+    if (Step(data[from++]) || state == 0) break;
+  }
+  return from;
+}
+
 CSearchVisitor::CSearchVisitor(const void* const* patterns, Selvane::IVariant* lengths) {
   const std::uint64_t count = lengths && lengths->IsListType() ? lengths->GetListSize() : 0;
   bool isList = lengths && lengths->IsListType();
@@ -110,18 +118,27 @@ void CSearchVisitor::Prepare() {
       fEmptyPattern = i;
       continue;
     }
-    fStarts[searcher.pattern[0]] = true;
+    AddBeginning(searcher, i);
     fGroups[i / kGroupSize].starts[searcher.pattern[0]] |= std::uint64_t{1} << (i % kGroupSize);
   }
-  int starts = 0;
-  for (int byte = 0; byte < 256; ++byte) {
-    if (!fStarts[static_cast<std::size_t>(byte)]) continue;
-    ++starts;
-    fOnlyStart = byte;
+  const auto& starts = fBeginnings[0];
+  const auto isStart = [](std::uint64_t patterns) { return patterns != 0; };
+  if (std::ranges::count_if(starts, isStart) == 1) {
+    fOnlyStart = static_cast<int>(std::ranges::find_if(starts, isStart) - starts.begin());
   }
-  if (starts != 1) fOnlyStart = -1;
-  if (fSearchers.size() == 1 && fSearchers[0].length > 1) fSecond = fSearchers[0].pattern[1];
   fValid = true;
+}
+
+// Behind its end a pattern takes any byte.
+void CSearchVisitor::AddBeginning(const Searcher& searcher, std::size_t position) {
+  const std::uint64_t bit = std::uint64_t{1} << (position % kGroupSize);
+  for (std::size_t i = 0; i < kLookAhead; ++i) {
+    if (i < searcher.length) {
+      fBeginnings[i][searcher.pattern[i]] |= bit;
+    } else {
+      for (std::uint64_t& patterns : fBeginnings[i]) patterns |= bit;
+    }
+  }
 }
 
 void CSearchVisitor::Reset() {
@@ -163,19 +180,20 @@ bool CSearchVisitor::StepAll(unsigned char byte, std::size_t& winner) {
   return false;
 }
 
-// Perf: while no pattern is under way, only a byte that starts one can change anything; where there
-// is one pattern, only that byte with the next one behind it, for the next byte alone leads from
-// the pattern's first state to where it leads from none (cbuffer_bench, Find*).
+// Perf: while no pattern is under way, a place where none of them begins changes nothing: whatever
+// a byte there starts, the bytes behind it lead where they lead from nothing (cbuffer_bench,
+// Find*). At the end of a piece, where those bytes are still to come, each place counts.
 std::size_t CSearchVisitor::SkipIdle(const unsigned char* data, std::size_t from,
                                      std::size_t length) const {
-  while (fOnlyStart >= 0 && from < length) {
+  const std::size_t end = length - std::min(length, kLookAhead - 1);
+  const auto& [first, second, third] = fBeginnings;
+  while (from < end && (first[data[from]] & second[data[from + 1]] & third[data[from + 2]]) == 0) {
+    ++from;
+    if (fOnlyStart < 0 || data[from] == fOnlyStart) continue;
     const void* found = std::memchr(data + from, fOnlyStart, length - from);
     if (!found) return length;
     from = static_cast<std::size_t>(static_cast<const unsigned char*>(found) - data);
-    if (fSecond < 0 || from + 1 == length || data[from + 1] == fSecond) return from;
-    ++from;
   }
-  while (from < length && !fStarts[data[from]]) ++from;
   return from;
 }
 
@@ -186,6 +204,19 @@ CSearchVisitor::Hit CSearchVisitor::MakeHit(std::size_t winner, std::size_t cons
   const std::uint64_t length = fSearchers[winner].length;
   const bool isBefore = consumed < length;
   return {static_cast<int>(winner), isBefore ? length - consumed : consumed - length, isBefore};
+}
+
+// Perf: the only pattern there is needs no groups (cbuffer_bench, FindInZeros).
+bool CSearchVisitor::SearchOnly(const unsigned char* data, std::size_t length, Hit& hit) {
+  Searcher& only = fSearchers.front();
+  for (std::size_t i = 0; i < length;) {
+    if (only.state == 0) i = SkipIdle(data, i, length);
+    i = only.Run(data, i, length);
+    if (only.state < only.length) continue;
+    hit = MakeHit(0, i);
+    return true;
+  }
+  return false;
 }
 
 bool CSearchVisitor::Search(const unsigned char* data, std::size_t length, Hit& hit) {
@@ -200,6 +231,7 @@ bool CSearchVisitor::Search(const unsigned char* data, std::size_t length, Hit& 
     hit = {0, 0, false};
     return true;
   }
+  if (fSearchers.size() == 1) return SearchOnly(data, length, hit);
   for (std::size_t i = 0; i < length; ++i) {
     if (fActiveGroups == 0) {
       i = SkipIdle(data, i, length);

@@ -61,6 +61,8 @@ private:
 
     void BuildPrefix();
     bool Step(unsigned char byte);  // true when the pattern is complete
+    // Steps until the pattern is complete, or nothing of it is matched any more; where that was.
+    std::size_t Run(const unsigned char* data, std::size_t from, std::size_t size);
   };
   // 64 searchers: which of them a byte starts, and which are under way.
   struct Group {
@@ -74,19 +76,22 @@ private:
   };
 
   void AddSearcher(Searcher searcher);
+  void AddBeginning(const Searcher& searcher, std::size_t position);
   void Prepare();
   bool Search(const unsigned char* data, std::size_t length, Hit& hit);
+  bool SearchOnly(const unsigned char* data, std::size_t length, Hit& hit);
   bool StepAll(unsigned char byte, std::size_t& winner);
   std::size_t SkipIdle(const unsigned char* data, std::size_t from, std::size_t length) const;
   Hit MakeHit(std::size_t winner, std::size_t consumed);
 
   std::vector<Searcher> fSearchers;  // in the order of the list
   std::vector<Group> fGroups;
-  std::array<bool, 256> fStarts{};  // bytes with which any pattern begins
-  int fOnlyStart = -1;              // that byte, when there is just one
-  int fSecond = -1;                 // the byte behind it, when there is just one pattern
-  std::size_t fEmptyPattern = 0;    // position of the first empty one; the list's size for none
-  std::size_t fActiveGroups = 0;    // groups with a pattern under way
+  // For each of the first bytes of a match, which patterns it may be of: pattern i has bit i % 64.
+  static constexpr std::size_t kLookAhead = 3;
+  std::array<std::array<std::uint64_t, 256>, kLookAhead> fBeginnings{};
+  int fOnlyStart = -1;            // the byte with which all patterns begin, when there is just one
+  std::size_t fEmptyPattern = 0;  // position of the first empty one; the list's size for none
+  std::size_t fActiveGroups = 0;  // groups with a pattern under way
   std::uint64_t fFoundOffset = ~std::uint64_t{0};
   std::int32_t fFoundIndex = -1;
   std::uint32_t fChunkIndex = 0;  // pieces visited without a hit

@@ -100,6 +100,22 @@ void Find(benchmark::State& state, const std::vector<const char*>& patterns) {
   }
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(BenchFile::kSize));
 }
+
+void FindInZeros(benchmark::State& state, const std::string& pattern) {
+  const std::string zeros(1 << 20, '\0');
+  CBuffer buffer(const_cast<char*>(zeros.data()), zeros.size(), CBuffer::External());
+  CVariant lengths(VariantType::LongList);
+  lengths.AddToList(static_cast<std::int64_t>(pattern.size()));
+  const void* const bytes = pattern.data();
+  for (auto _ : state) {
+    std::size_t offset = 0;
+    unsigned index = 0;
+    benchmark::DoNotOptimize(
+        buffer.IFFindBinaryPatterns(offset, index, &bytes, &lengths, 0, zeros.size()));
+  }
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(zeros.size()));
+}
+
 // Begins with a letter of one byte in 44, and with the most frequent one.
 BENCHMARK_CAPTURE(Find, One, {"NOTHING"})->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Find, OneOfRareStart, {"zebra-crossing"})->Unit(benchmark::kMillisecond);
@@ -108,6 +124,14 @@ BENCHMARK_CAPTURE(Find, Eight,
                   {"Virus", "MZ\x90", "%PDF-", "zebra-crossing", "#!/bin/sh", "PK\x03\x04",
                    "0xdeadbeef", "<script"})
     ->Unit(benchmark::kMillisecond);
+
+// Each begins with frequent letters: somewhere in every second word something starts.
+BENCHMARK_CAPTURE(Find, EightOfFrequentStart,
+                  {"elephant-trunk", "the quick brown", "atomic-bomb", "error: 17", "into the wild",
+                   "sooner or later", "hereafter", "never ever again"})
+    ->Unit(benchmark::kMillisecond);
+// The worst there is: part of it is always matched.
+BENCHMARK_CAPTURE(FindInZeros, OneUnderWay, std::string(16, '\0') + "x");
 
 template <class Copy>
 void CopyBody(benchmark::State& state, Copy copy) {

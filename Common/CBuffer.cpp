@@ -155,6 +155,14 @@ void CBuffer::SwapOutBeyond(std::uint64_t extra) {
   if (fMemory && !IsWithinSwapSize(extra)) SwapOut();
 }
 
+// A change for which the bytes go to disk, and come back if that has room for them but not for what
+// the change adds.
+template <class Change>
+bool CBuffer::ChangeOnDisk(bool isForDisk, Change change) {
+  const bool hasSwapped = fMemory && isForDisk && SwapOut();
+  return change() || (hasSwapped && SwapIn() && change());
+}
+
 bool CBuffer::BringToMemory() {
   return PrepareWrite() && SwapIn();
 }
@@ -204,8 +212,8 @@ bool CBuffer::Append(const void* data, std::uint64_t length) {
   std::vector<char> copy;
   data = Detached(data, length, copy);
   if (!PrepareWrite()) return false;
-  SwapOutBeyond(length);
-  return fStore->Append(data, length);
+  const bool isForDisk = fMemory && !IsWithinSwapSize(length);
+  return ChangeOnDisk(isForDisk, [&] { return fStore->Append(data, length); });
 }
 
 void CBuffer::RemoveFront(std::uint64_t count) {
@@ -246,8 +254,8 @@ bool CBuffer::Assign(const void* data, std::uint64_t length) {
   std::vector<char> copy;
   data = Detached(data, length, copy);
   if (!PrepareWrite()) return false;
-  if (length >= fSwapSize) SwapOut();
-  const bool isAssigned = fStore->Assign(data, length);
+  const bool isAssigned =
+      ChangeOnDisk(length >= fSwapSize, [&] { return fStore->Assign(data, length); });
   CutPlaces();
   return isAssigned;
 }
@@ -344,8 +352,9 @@ std::uint64_t CBuffer::Write(const void* source, std::uint64_t length) {
   if (fWritePos == kNone) fWritePos = 0;
   CutPlaces();  // the end of a shared file may have come nearer
   const std::uint64_t behind = fStore->GetSize() - fWritePos;
-  if (length > behind) SwapOutBeyond(length - behind);
-  if (!fStore->WriteAt(fWritePos, source, length)) return 0;
+  const bool isForDisk = length > behind && fMemory && !IsWithinSwapSize(length - behind);
+  const auto write = [&] { return fStore->WriteAt(fWritePos, source, length); };
+  if (!ChangeOnDisk(isForDisk, write)) return 0;
   fWritePos += length;
   return length;
 }

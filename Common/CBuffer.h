@@ -126,6 +126,8 @@ private:
   bool MakePrivate();
   bool IsWithinSwapSize(std::uint64_t extra) const;
   void SwapOutBeyond(std::uint64_t extra);
+  template <class Change>
+  bool ChangeOnDisk(bool isForDisk, Change change);
   bool BringToMemory();
   void CutPlaces();
   std::int64_t Seek(std::uint64_t& place, std::int64_t offset, int origin);

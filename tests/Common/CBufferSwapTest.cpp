@@ -290,6 +290,13 @@ TEST_F(CBufferSwapTest, LosesNothingOnADiskWithoutRoom) {
     isRight = !onFile.Assign(large.data(), large.size()) && BytesOf(onFile) == body && isRight;
     CBuffer second(body.data(), body.size());
     isRight = !second.SwapOut() && BytesOf(second) == body && isRight;
+    CBuffer grown;
+    isRight = Append(grown, large) && BytesOf(grown) == large && isRight;
+    isRight = grown.Assign(large.data() + 1, large.size() - 1) && isRight;
+    isRight = grown.GetSize() == large.size() - 1 && isRight;
+    CBuffer written;
+    isRight = written.Write(large.data(), large.size()) == large.size() && isRight;
+    isRight = BytesOf(written) == large && isRight;
     onFile.Clear(0);
     return second.SwapOut() && BytesOf(second) == body && isRight;
   });

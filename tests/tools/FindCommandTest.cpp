@@ -209,6 +209,31 @@ TEST_F(FindCommand, SaysWhatItCannotChange) {
   EXPECT_EQ(Bytes("a"), "ab");
 }
 
+TEST_F(FindCommand, ReadsFilesThatTellAWrongSize) {
+  const std::string file = "/sys/kernel/mm/transparent_hugepage/enabled";
+  if (!std::filesystem::exists(file)) GTEST_SKIP() << "no such file here";
+  const ChildResult result = Find({"-c", "never", file});
+  EXPECT_EQ(result.output, "1\n");
+  EXPECT_EQ(result.errors, "");
+}
+
+// The file is cut once the search is well under way.
+TEST_F(FindCommand, SaysWhenItCouldNotReadAFileToItsEnd) {
+  fFolder.Write("large", "");
+  std::filesystem::resize_file(fFolder.Path() / "large", std::uintmax_t{1} << 40);
+  ChildCall call = Call({"-c", "x", "large"});
+  std::string command;
+  for (const std::string& word : call.command) command += "'" + word + "' ";
+  call.command = {"/bin/sh", "-c",
+                  command +
+                      "& find=$!; until grep -qs 'pos:.*[0-9]\\{9\\}' /proc/$find/fdinfo/*; "
+                      "do kill -0 $find || break; done; truncate -s 200000 large; wait $find"};
+  const ChildResult result = RunChild(call);
+  EXPECT_EQ(result.status, 2);
+  EXPECT_EQ(result.output, "");
+  EXPECT_EQ(result.errors, "cannot read 'large': it has become shorter, or its disk fails\n");
+}
+
 TEST_F(FindCommand, EndsWhenNobodyReads) {
   const std::string many(200'000, 'a');
   fFolder.Write("a", many);

@@ -113,8 +113,8 @@ CUsePtr<CBuffer> ReadThrough(CInputStream& input, const std::string& file) {
   return body;
 }
 
-// A file of some size is searched where it is. What comes through a pipe, or does not tell its
-// size, is collected first.
+// A large file is searched where it is. All else is collected first: what comes through a pipe, and
+// small files, some of which are none and tell a wrong size.
 CUsePtr<CBuffer> OpenBody(const std::string& file, bool isToBeChanged) {
   try {
     CInputStream input(file);
@@ -122,7 +122,9 @@ CUsePtr<CBuffer> OpenBody(const std::string& file, bool isToBeChanged) {
     if (isToBeChanged && (file == kStandardInput || !size)) {
       throw CFileFailure("change", file, "not a regular file");
     }
-    if (file == kStandardInput || size.value_or(0) == 0) return ReadThrough(input, file);
+    if (file == kStandardInput || size.value_or(0) <= GetGlobalSwapSize()) {
+      return ReadThrough(input, file);
+    }
   } catch (const std::system_error& error) {
     throw CFileFailure("read", file, error.code().message());
   }

@@ -60,6 +60,7 @@ OrderedText ResolveTarget(std::uint32_t encoding) {
 // Bytes that a character takes at least, to size the first output by.
 std::size_t InputBytesPerCharacter(std::uint32_t id) {
   switch (id) {
+    case Charset::Utf32LE:
     case Charset::Utf32BE:
       return 4;
     case Charset::Utf16LE:
@@ -186,16 +187,15 @@ std::optional<std::u32string> Read(OrderedText text, ConversionMode mode) {
   return converter.Run<std::u32string>(text.bytes, characters * sizeof(char32_t));
 }
 
-// Writes scalar values behind what the text begins with.
-std::optional<std::string> Write(std::u32string_view wide, OrderedText target,
-                                 ConversionMode mode) {
-  if (target.encoding == Charset::Utf8) return Utf8FromWide(wide);
-  if (target.encoding == Charset::Utf32LE) return std::string(BytesOfWide(wide));
+// Writes a text that holds nothing but characters, behind what the target begins with.
+std::optional<std::string> Write(OrderedText text, OrderedText target, ConversionMode mode) {
+  if (text.encoding == target.encoding) return std::string(text.bytes);
 
   const ClassicLocaleScope classic;  // what is written for what the target lacks follows the locale
-  Converter converter(Charset::Utf32LE, target.encoding, "//TRANSLIT//IGNORE", mode);
-  auto written = converter.Run<std::string>(BytesOfWide(wide),
-                                            wide.size() * OutputBytesPerCharacter(target.encoding));
+  Converter converter(text.encoding, target.encoding, "//TRANSLIT//IGNORE", mode);
+  const std::size_t characters = text.bytes.size() / InputBytesPerCharacter(text.encoding);
+  auto written =
+      converter.Run<std::string>(text.bytes, characters * OutputBytesPerCharacter(target.encoding));
   if (written && !written->empty()) written->insert(0, target.bytes);
   return written;
 }
@@ -242,7 +242,8 @@ std::optional<std::string> NarrowText(std::u32string_view wide, std::uint32_t to
     return NarrowText(*WideText(BytesOfWide(wide), Charset::Utf32LE), to, mode);
   }
 
-  auto narrow = Write(wide, ResolveTarget(to), mode);
+  if (to == Charset::Utf8) return Utf8FromWide(wide);
+  auto narrow = Write({BytesOfWide(wide), Charset::Utf32LE}, ResolveTarget(to), mode);
   // Converters drop some code points without a word (language tags), and write others as what reads
   // as something else.
   if (narrow && mode == ConversionMode::Exact && WideText(*narrow, to) != wide) return std::nullopt;
@@ -253,6 +254,11 @@ std::optional<std::string> ConvertText(std::string_view bytes, std::uint32_t fro
                                        ConversionMode mode) {
   if (!IsKnownEncoding(from) || !IsKnownEncoding(to)) return std::nullopt;
   if (IsAsciiCompatible(to) && IsPlainAscii(bytes, from)) return std::string(bytes);
+  // Perf: where nothing is to be dropped, the code points need not be spelled out; TextBench.
+  if (mode == ConversionMode::Lenient && from == Charset::Utf8 && to != Charset::Utf32LE &&
+      IsWellFormedUtf8(bytes)) {
+    return Write({bytes, from}, ResolveTarget(to), mode);
+  }
 
   const auto wide = WideText(bytes, from, mode);
   return wide ? NarrowText(*wide, to, mode) : std::nullopt;

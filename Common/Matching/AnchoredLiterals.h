@@ -13,7 +13,8 @@ namespace Matching {
 
 // Which of very many literals is a text, or begins or ends it? Answered in one pass from the
 // anchored side that is no longer than the longest literal, with one look into a bit filter for
-// each place where a literal can end, and a look into a hash table where the filter says so.
+// each place where a literal can end, and a look into a hash table where the filter says so. A text
+// that begins, on that side, like none of them costs one look at its first byte.
 //
 // Letters of either case are equal. Filled by Add, closed by Freeze, and from then on read by any
 // thread. Two literals of one kind with the same text keep the smaller id.
@@ -36,8 +37,7 @@ public:
 
   static constexpr std::size_t kMaxLiteralSize = (std::size_t{1} << 22) - 1;
 
-  bool IsEmpty() const { return fRecords.empty(); }
-  std::size_t Count() const { return fRecords.size(); }
+  std::size_t Count() const { return fCount; }
   std::size_t MemorySize() const;
 
   // Calls onHit(id, size) for each literal of that size which is the text (size is then the text's)
@@ -60,14 +60,16 @@ private:
   // Bits of fBytes above the folded byte.
   static constexpr std::uint16_t kEndsLiteral = 0x100;  // a kAnywhere literal has its far end here
   static constexpr std::uint16_t kSeparates = 0x200;  // this is the separator, and one is asked for
+  static constexpr std::uint16_t kBeginsLiteral =
+      0x400;                                        // some literal has it on the anchored side
+  static constexpr std::uint16_t kTextEnd = 0x800;  // no byte, but what lies behind the last
 
   struct Record {
-    std::uint64_t place;  // offset in fArena << 25 | size << 3 | how it may stand
-    std::uint32_t id;
-  };
-  struct Slot {
-    std::uint32_t tag;
-    std::uint32_t record;  // index + 1; 0 is a free slot
+    std::uint64_t place = 0;  // offset in fArena << 25 | size << 3 | how it may stand; 0: no record
+    std::uint32_t id = 0;
+    std::uint32_t tag = 0;  // of the hash; once it stands in the table
+
+    std::size_t Size() const { return place >> 3 & kMaxLiteralSize; }
   };
 
   static constexpr std::uint64_t kSeed = 0x2545F4914F6CDD1DULL;
@@ -76,33 +78,37 @@ private:
   }
 
   bool Add(std::string_view folded, std::uint32_t id, std::uint64_t how);
+  void Enter(Record record);
+  void Mark(char folded, std::uint16_t what);  // in fBytes, for both cases
   std::uint64_t HashOf(std::string_view folded) const;
   std::string_view LiteralOf(const Record& record) const {
-    return std::string_view(fArena).substr(record.place >> 25, record.place >> 3 & kMaxLiteralSize);
+    return std::string_view(fArena).substr(record.place >> 25, record.Size());
   }
 
   template <Side kSide, class OnHit>
   bool VisitFrom(std::string_view text, OnHit& onHit) const {
-    if (fRecords.empty()) return false;
     const std::size_t size = text.size();
+    if (fTable.empty() || size == 0) return false;
     const auto at = [&](std::size_t k) {
       return fBytes[static_cast<unsigned char>(kSide == Side::Tail ? text[size - 1 - k] : text[k])];
     };
+    std::uint16_t byte = at(0);
+    if ((byte & kBeginsLiteral) == 0) return false;
+
     const std::size_t reach = size < fLongest ? size : fLongest;
     std::uint64_t hash = kSeed;
-    for (std::size_t k = 0; k < reach; ++k) {
-      const std::uint16_t byte = at(k);
+    for (std::size_t k = 1;; ++k) {  // so many bytes are in the hash
       hash = Step(hash, static_cast<unsigned char>(byte));
-      std::uint64_t how = byte & kEndsLiteral ? kAnywhere : 0;
-      if (k + 1 == size) {
-        how |= kWhole;
-      } else if (at(k + 1) & kSeparates) {
-        how |= kSeparated;
+      const std::uint16_t next = k < size ? at(k) : kTextEnd;
+      if (((byte & kEndsLiteral) | (next & (kSeparates | kTextEnd))) != 0 && PassesFilter(hash)) {
+        const std::uint64_t how = (byte & kEndsLiteral ? kAnywhere : 0) |
+                                  (next & kSeparates ? kSeparated : 0) |
+                                  (next & kTextEnd ? kWhole : 0);
+        if (Probe<kSide>(text, hash, k, how, onHit)) return true;
       }
-      if (how == 0 || !PassesFilter(hash)) continue;
-      if (Probe<kSide>(text, hash, k + 1, how, onHit)) return true;
+      if (k == reach) return false;
+      byte = next;
     }
-    return false;
   }
 
   bool PassesFilter(std::uint64_t hash) const {
@@ -115,10 +121,9 @@ private:
              OnHit& onHit) const {
     const char* start = kSide == Side::Tail ? text.data() + (text.size() - size) : text.data();
     const auto tag = static_cast<std::uint32_t>(hash);
-    for (std::size_t i = hash >> fSlotShift; fSlots[i].record != 0; i = (i + 1) & fSlotMask) {
-      if (fSlots[i].tag != tag) continue;
-      const Record& record = fRecords[fSlots[i].record - 1];
-      if ((record.place & how) == 0 || (record.place >> 3 & kMaxLiteralSize) != size) continue;
+    for (std::size_t i = hash >> fTableShift; fTable[i].place != 0; i = (i + 1) & fTableMask) {
+      const Record& record = fTable[i];
+      if (record.tag != tag || (record.place & how) == 0 || record.Size() != size) continue;
       if (!EqualsFolded(start, fArena.data() + (record.place >> 25), size)) continue;
       const bool separated = (record.place & how & (kWhole | kAnywhere)) == 0;
       if (onHit(record.id, separated ? size + 1 : size)) return true;
@@ -127,18 +132,19 @@ private:
   }
 
   Side fSide;
-  std::string fArena;  // the literals, one behind the other
-  std::vector<Record> fRecords;
-  std::vector<Slot> fSlots;            // open addressing, at most half full
+  std::string fArena;                  // the literals, one behind the other
+  std::vector<Record> fAdded;          // until Freeze
+  std::vector<Record> fTable;          // open addressing, at most three quarters full
   std::vector<std::uint64_t> fFilter;  // a bit for each hash that is in the table
   std::array<std::uint16_t, 256> fBytes = [] {
     std::array<std::uint16_t, 256> table{};
     for (std::size_t i = 0; i < table.size(); ++i) table[i] = kFoldedByte[i];
     return table;
   }();
+  std::size_t fCount = 0;    // records in the table
   std::size_t fLongest = 0;  // bytes of the longest literal
-  std::size_t fSlotMask = 0;
-  unsigned fSlotShift = 63;
+  std::size_t fTableMask = 0;
+  unsigned fTableShift = 63;
   unsigned fFilterShift = 63;
 };
 

@@ -40,21 +40,22 @@ constexpr std::uint64_t FoldWord(std::uint64_t word) {
   return word | ((fromA & ~pastZ & ~word & kTops) >> 2);
 }
 
-// Writes the folded form of so many bytes; the two places do not overlap.
-inline void FoldBytes(const char* from, std::size_t size, char* to) {
-  for (; size >= sizeof(std::uint64_t); size -= sizeof(std::uint64_t)) {
-    std::uint64_t word;
-    std::memcpy(&word, from, sizeof word);
-    word = FoldWord(word);
-    std::memcpy(to, &word, sizeof word);
-    from += sizeof word;
-    to += sizeof word;
-  }
-  for (std::size_t i = 0; i < size; ++i) to[i] = static_cast<char>(FoldByte(from[i]));
-}
-
 // Whether a text is this literal, which is folded already; both have the same size.
 inline bool EqualsFolded(const char* text, const char* literal, std::size_t size) {
+  const auto differs = [&](std::size_t at) {
+    std::uint64_t left;
+    std::uint64_t right;
+    std::memcpy(&left, text + at, sizeof left);
+    std::memcpy(&right, literal + at, sizeof right);
+    return FoldWord(left) != right;
+  };
+  constexpr std::size_t kWord = sizeof(std::uint64_t);
+  if (size >= kWord) {
+    for (std::size_t at = 0; at + kWord < size; at += kWord) {
+      if (differs(at)) return false;
+    }
+    return !differs(size - kWord);  // overlaps the one before
+  }
   for (std::size_t i = 0; i < size; ++i) {
     if (FoldByte(text[i]) != static_cast<unsigned char>(literal[i])) return false;
   }

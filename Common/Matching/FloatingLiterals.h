@@ -110,6 +110,11 @@ private:
   // Letters of both cases become one, and some other bytes too: good enough to look up by.
   static constexpr std::uint64_t kLoose = 0x2020202020202020ULL;
 
+  static std::uint64_t WindowAt(const char* bytes) {
+    std::uint64_t window;
+    std::memcpy(&window, bytes, sizeof window);
+    return window | kLoose;
+  }
   // The eight bytes from a place on, zero behind the end of the text.
   struct Windows {
     std::string_view text;
@@ -117,10 +122,7 @@ private:
     std::size_t tailBegin;  // a multiple of kStep
 
     std::uint64_t At(std::size_t place) const {
-      std::uint64_t window;
-      std::memcpy(&window, place < tailBegin ? text.data() + place : tail + (place - tailBegin),
-                  sizeof window);
-      return window | kLoose;
+      return WindowAt(place < tailBegin ? text.data() + place : tail + (place - tailBegin));
     }
   };
   // What stands in the window from its byte `at` on, so many bytes.

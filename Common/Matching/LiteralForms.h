@@ -26,9 +26,9 @@ struct LiteralForm {
 // all says that no text matches. Reads the tree it was made for, which must outlive it.
 class LiteralForms {
 public:
-  static constexpr std::size_t kMaxForms = 32;     // of one expression
-  static constexpr std::size_t kMaxSize = 4096;    // bytes in front of what makes several forms
-  static constexpr std::size_t kMaxDepth = 64;     // of nodes that are looked into
+  static constexpr std::size_t kMaxForms = 32;      // of one expression
+  static constexpr std::size_t kMaxSize = 4096;     // bytes in front of what makes several forms
+  static constexpr std::size_t kMaxDepth = 64;      // of nodes that are looked into
   static constexpr std::size_t kMaxRequired = 256;  // literals of which one is required
 
   explicit LiteralForms(const SyntaxTree& tree);

@@ -65,7 +65,7 @@ CompiledRegex::CompiledRegex(std::string_view expression) : fExpression(expressi
     fMarkCount = fLibrary->MarkCount();
     return;
   }
-  const Matching::ParseResult parsed = Matching::Parse(expression);
+  const Matching::ParseResult parsed = Matching::Validate(expression);
   if (parsed.error) throw ExpressionError(*parsed.error);
   fMarkCount = parsed.tree.GroupCount();
 }

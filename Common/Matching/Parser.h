@@ -26,4 +26,8 @@ struct ParseResult {
 // memory in proportion to its length.
 [[nodiscard]] ParseResult Parse(std::string_view expression);
 
+// The same verdict and the same number of groups, with a tree that has no nodes: for the very many
+// expressions that are only asked whether they are one.
+[[nodiscard]] ParseResult Validate(std::string_view expression);
+
 }  // namespace Matching

@@ -31,6 +31,15 @@ void ExpectTheOraclesVerdict(const std::string& expression) {
   SCOPED_TRACE(Oracle::Show(expression));
   const auto oracle = Oracle::Compile(expression);
   const auto result = Parse(expression);
+  const auto validated = Matching::Validate(expression);
+  ASSERT_EQ(validated.error.has_value(), result.error.has_value());
+  EXPECT_EQ(validated.stateCount, result.stateCount);
+  if (result.error) {
+    EXPECT_EQ(validated.error->message, result.error->message);
+  } else {
+    EXPECT_EQ(validated.tree.GroupCount(), result.tree.GroupCount());
+    EXPECT_EQ(validated.tree.NodeCount(), 0U);
+  }
   ASSERT_EQ(!result.error.has_value(), oracle.regex.has_value())
       << (result.error ? result.error->message : oracle.message);
   if (result.error) {

@@ -7,7 +7,7 @@ COVERAGE     ?= 95
 ABI_RECORD   ?= build/abi/recorded.abi
 PREFIX       ?= /usr/local
 
-.PHONY: help setup setup-abi setup-coverage setup-fuzz setup-lint abi abi-record run test soak bench asan tsan coverage fuzz format lint install package clean
+.PHONY: help setup setup-abi setup-bench setup-coverage setup-fuzz setup-lint abi abi-record run test soak bench asan tsan coverage fuzz format lint install package clean
 
 help:
 	@echo "make run      build the reference host and run it over the example rules"
@@ -17,7 +17,7 @@ help:
 	@echo "make coverage what the tests execute, by folder; each at least COVERAGE=$(COVERAGE) % of its lines"
 	@echo "make fuzz     every fuzz target for FUZZ_SECONDS=$(FUZZ_SECONDS) each"
 	@echo "make soak     eight threads at work for SOAK_SECONDS=$(SOAK_SECONDS), lists changing under them"
-	@echo "make bench    every benchmark"
+	@echo "make bench    every benchmark; make setup-bench installs the peers that it measures beside"
 	@echo "make abi      compare the module's binary interface with what make abi-record kept"
 	@echo "make format   lay out all sources"
 	@echo "make lint     clang-tidy over all sources"
@@ -28,7 +28,7 @@ help:
 setup:
 	@./cmake/setup.sh
 
-setup-abi setup-coverage setup-fuzz setup-lint: setup-%:
+setup-abi setup-bench setup-coverage setup-fuzz setup-lint: setup-%:
 	@./cmake/setup.sh $*
 
 # A configured build folder; ninja itself configures again when a CMake file changes.

@@ -24,6 +24,11 @@ need libbenchmark-dev header benchmark/benchmark.h
 need libcli11-dev header CLI/CLI.hpp
 need libfmt-dev header fmt/format.h
 case "${1:-}" in
+  bench)  # the peers that the benchmarks measure beside the product, each of them optional
+    need libvectorscan-dev header hs/hs.h
+    need libre2-dev header re2/set.h
+    need libpcre2-dev header pcre2.h
+    ;;
   fuzz)
     need clang command -v clang++
     need libclang-rt-14-dev fuzzer_runtime

@@ -196,6 +196,16 @@ std::vector<Matching::ListScanner> CRegexVectorHolder::Scanners() const {
 
 namespace {
 
+// An alternative's own automaton fails as its scanner would.
+template <class Ask>
+auto GuardedRuns(Ask ask) {
+  try {
+    return ask();
+  } catch (const std::regex_error& failure) {
+    throw CRegexException(std::string("Runtime error in regex matching: '") + failure.what() + "'");
+  }
+}
+
 // The entries as the list matcher asks them.
 struct AskedEntries {
   const std::vector<RegexVectorEntry>& entries;
@@ -210,26 +220,35 @@ struct AskedEntries {
 
 }  // namespace
 
+const std::string& CRegexVectorHolder::ElementOf(std::size_t scanner, std::size_t group) const {
+  const RegexVectorEntry& entry = fEntries[scanner];
+  return (*entry.fSources)[group == 0 ? 0 : group - entry.FirstAlternativeGroup()];
+}
+
 bool CRegexVectorHolder::Find(std::string_view text, CUsePtr<CUnicodeString>* source) const {
   if (!fMatcher) return FindInEntries(text, source);
 
-  // An alternative's own automaton fails as its scanner would.
-  try {
+  return GuardedRuns([&] {
     const AskedEntries scanners{fEntries};
     if (!source) return fMatcher->Matches(text, scanners);
     std::uint32_t from = 0;
     while (const auto hit = fMatcher->FindFirst(text, scanners, from)) {
-      const RegexVectorEntry& entry = fEntries[hit->scanner];
-      if (hit->group != 0) {
-        return Name((*entry.fSources)[hit->group - entry.FirstAlternativeGroup()], source);
-      }
-      if (FindInEntry(entry, text, source)) return true;
+      if (hit->group != 0) return Name(ElementOf(hit->scanner, hit->group), source);
+      if (FindInEntry(fEntries[hit->scanner], text, source)) return true;
       from = hit->scanner + 1;
     }
     return false;
-  } catch (const std::regex_error& failure) {
-    throw CRegexException(std::string("Runtime error in regex matching: '") + failure.what() + "'");
-  }
+  });
+}
+
+void CRegexVectorHolder::VisitRuns(std::string_view text, const OnRun& onRun) const {
+  if (!fMatcher) return;
+  GuardedRuns([&] {
+    fMatcher->VisitRuns(text, AskedEntries{fEntries},
+                        [&](std::uint32_t scanner, std::uint32_t group, bool matched) {
+                          onRun(ElementOf(scanner, group), matched);
+                        });
+  });
 }
 
 bool CRegexVectorHolder::FindInEntries(std::string_view text,

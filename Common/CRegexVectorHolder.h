@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -73,7 +74,14 @@ public:
   // whichever matched; and a group inside an alternative can be taken for one, which names "".
   bool Find(std::string_view text, CUsePtr<CUnicodeString>* source) const;
 
+  // What a text costs beyond looking for literals: calls onRun(element, matched) for each element
+  // whose expression it makes run. Throws CRegexException when the engine fails.
+  using OnRun = std::function<void(const std::string& element, bool matched)>;
+  void VisitRuns(std::string_view text, const OnRun& onRun) const;
+
   const std::vector<RegexVectorEntry>& Entries() const { return fEntries; }
+  // The element of a scanner's group; for group 0 its first one.
+  const std::string& ElementOf(std::size_t scanner, std::size_t group) const;
   // The matcher's view of the scanners, in their order; for diagnoses.
   std::vector<Matching::ListScanner> Scanners() const;
   // What stands behind Find; null where there is nothing to gain over asking the one scanner.

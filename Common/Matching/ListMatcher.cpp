@@ -139,7 +139,7 @@ public:
   struct Reading {
     struct Alternative {
       std::uint32_t group = 0;  // 0: its captures must be asked for the name
-      bool standsAlone = false;
+      Dependence dependence = Dependence::Unreadable;
       Verdict verdict;
     };
     std::vector<Alternative> alternatives;
@@ -167,9 +167,10 @@ public:
       Verdict verdict = Judge(literals, shape.PartsOf(id), options);
       isDecided = isDecided && isElement && verdict.road <= ListRoad::Floating &&
                   IsNeverEmpty(literals.Whole({id}));
-      reading.alternatives.push_back({isElement ? node.value : 0,
-                                      isElement && !tree.Has(NodeKind::BackReference),
-                                      std::move(verdict)});
+      const Dependence dependence = tree.Has(NodeKind::BackReference) ? Dependence::BackReference
+                                    : isElement                       ? Dependence::None
+                                                                      : Dependence::Shape;
+      reading.alternatives.push_back({isElement ? node.value : 0, dependence, std::move(verdict)});
     }
     if (isDecided && IsFixed(literals.Whole(shape.after))) {
       const auto before = literals.Whole(shape.before);
@@ -185,7 +186,7 @@ public:
     fMatcher.fMayFail = fMatcher.fMayFail || reading.mayFail;
     for (const Reading::Alternative& alternative : reading.alternatives) {
       Add({number, alternative.group}, alternative.verdict,
-          alternative.standsAlone ? scanner.firstGroup : kNone);
+          alternative.dependence == Dependence::None ? scanner.firstGroup : kNone);
     }
   }
 
@@ -330,9 +331,14 @@ bool ListMatcher::HasForm(std::string_view text, const LiteralForm& form) {
 
 void ListMatcher::LineEnds::Find() {
   fKnown = true;
-  const std::size_t first = fText.find_first_of("\n\r");
-  fFirst = first == std::string_view::npos ? fText.size() : first;
-  fLast = first == std::string_view::npos ? 0 : fText.find_last_of("\n\r");
+  fFirst = fText.size();
+  fLast = 0;
+  for (const char end : {'\n', '\r'}) {
+    const std::size_t first = fText.find(end);
+    if (first == std::string_view::npos) continue;
+    fFirst = std::min(fFirst, first);
+    fLast = std::max(fLast, fText.rfind(end));
+  }
 }
 
 bool ListMatcher::LineEnds::NoneBetween(std::size_t from, std::size_t to) const {
@@ -357,23 +363,38 @@ std::vector<ListMatcher::Alternative> ListMatcher::Plan(const std::vector<ListSc
       for (const LiteralForm& form : alternative.verdict.forms) {
         if (!form.pieces.empty()) texts.push_back(LongestPiece(form));
       }
-      plan.push_back({i, alternative.group, alternative.verdict.road, std::move(texts)});
+      plan.push_back({i, alternative.group, alternative.verdict.road, std::move(texts),
+                      std::move(alternative.verdict.forms), alternative.dependence});
     }
   }
   return plan;
 }
 
-std::size_t ListMatcher::MemorySize() const {
-  std::size_t size =
-      sizeof *this + fTails.MemorySize() + fHeads.MemorySize() + fFloating.MemorySize() +
-      fParts.capacity() * sizeof(Part) + fNaming.capacity() + fTargets.capacity() * sizeof(Target) +
-      fForms.capacity() * sizeof(LiteralForm) + fAlways.capacity() * sizeof(std::uint32_t) +
-      fConfirmed.capacity() * sizeof(Confirmed) + fConfirmed.size() * sizeof(fAutomata[0]);
+ListMatcher::Memory ListMatcher::MemoryUse() const {
+  Memory memory;
+  memory.ends = fTails.MemorySize();
+  memory.beginnings = fHeads.MemorySize();
+  memory.floating = fFloating.MemorySize() + fTargets.capacity() * sizeof(Target) +
+                    fForms.capacity() * sizeof(LiteralForm);
   for (const LiteralForm& form : fForms) {
-    size += form.pieces.capacity() * sizeof(std::string);
-    for (const std::string& piece : form.pieces) size += piece.capacity();
+    memory.floating += form.pieces.capacity() * sizeof(std::string);
+    for (const std::string& piece : form.pieces) memory.floating += piece.capacity();
   }
-  return size;
+  memory.alternatives = sizeof *this + fParts.capacity() * sizeof(Part) + fNaming.capacity() +
+                        fAlways.capacity() * sizeof(std::uint32_t) +
+                        fConfirmed.capacity() * sizeof(Confirmed) +
+                        fConfirmed.size() * sizeof(fAutomata[0]);
+  for (std::size_t i = 0; i < fConfirmed.size(); ++i) {
+    // The acquire pairs with the release that published the automaton.
+    const Expression* automaton = fAutomata[i].load(std::memory_order_acquire);
+    if (automaton) memory.automata += automaton->AutomatonMemory();
+  }
+  return memory;
+}
+
+std::size_t ListMatcher::MemorySize() const {
+  const Memory memory = MemoryUse();
+  return memory.ends + memory.beginnings + memory.floating + memory.alternatives;
 }
 
 }  // namespace Matching

@@ -81,17 +81,41 @@ public:
   std::optional<Hit> FindFirst(std::string_view text, const Scanners& scanners,
                                std::uint32_t from = 0) const;
 
+  // Why an alternative has no automaton of its own, so that its scanner is asked as a whole.
+  enum class Dependence : std::uint8_t {
+    None,
+    BackReference,  // somewhere in the scanner a group is referred back to
+    Shape,          // the scanner has no alternatives where its elements should stand
+    Unreadable,     // it does not compile
+  };
+
   // What the roads are, for diagnoses and tests: an alternative each, in the order of the list.
   struct Alternative {
     std::uint32_t scanner;
     std::uint32_t group;
     ListRoad road;
     std::vector<std::string> literals;  // that decide or pick it
+    std::vector<LiteralForm> forms;     // for the roads that literals decide
+    Dependence dependence = Dependence::None;
   };
   static std::vector<Alternative> Plan(const std::vector<ListScanner>& scanners,
                                        const Options& options = {});
+  // Bytes of each part.
+  struct Memory {
+    std::size_t ends = 0;          // whole texts and what they end with
+    std::size_t beginnings = 0;    // what they begin with
+    std::size_t floating = 0;      // literals that may stand anywhere, and the forms made of them
+    std::size_t alternatives = 0;  // what stands for the elements
+    std::size_t automata = 0;      // states built so far, by those that texts have asked for
+  };
+  Memory MemoryUse() const;
   // Bytes, but for what grows while it is asked: the automata of single alternatives.
   std::size_t MemorySize() const;
+
+  // Calls onRun(scanner, group, matched) for each alternative that the text makes run, whatever
+  // else matches: what literals cannot decide. Throws what a run throws.
+  template <class Scanners, class OnRun>
+  void VisitRuns(std::string_view text, const Scanners& scanners, OnRun onRun) const;
 
 private:
   static constexpr std::uint32_t kNone = 0xFFFFFFFF;
@@ -225,6 +249,20 @@ bool ListMatcher::VisitLiterals(std::string_view text, OnHit onHit, OnCandidate 
     const LiteralForm& form = fForms[target.form];
     return lineEnds.None() && HasForm(text, form) && onHit(target.part, &form, 0);
   });
+}
+
+template <class Scanners, class OnRun>
+void ListMatcher::VisitRuns(std::string_view text, const Scanners& scanners, OnRun onRun) const {
+  Asked asked;
+  const auto run = [&](std::uint32_t number) {
+    if (!asked.Add(number)) return false;
+    const Part& part = fParts[fConfirmed[number].part];
+    onRun(part.scanner, part.group, Confirms(number, text, scanners));
+    return false;
+  };
+  VisitLiterals(
+      text, [](std::uint32_t, const LiteralForm*, std::size_t) { return false; }, run);
+  for (const std::uint32_t number : fAlways) run(number);
 }
 
 template <class Scanners>

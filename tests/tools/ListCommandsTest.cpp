@@ -19,7 +19,9 @@ const char* const kInput = "www.example.com\n42\nads.x\nother\n";
 
 class ListCommands : public testing::Test {
 protected:
-  std::string List(const std::string& text) { return fFolder.Write("test.list", text).string(); }
+  std::string List(const std::string& text, const std::string& name = "test.list") {
+    return fFolder.Write(name, text).string();
+  }
   ChildResult Match(const std::string& list, std::vector<std::string> options = {},
                     const std::string& input = kInput) {
     std::vector<std::string> arguments = {"match", List(list)};
@@ -228,13 +230,64 @@ TEST_F(ListCommands, CheckPrintsWhatTheListWasBuiltFrom) {
   const std::string output = Check("*.a.com\nregex(\\d+)\n", {"--scanners", "--prefixes", "--tree",
                                                               "--tokens", "--times", "--plan"})
                                  .output;
-  for (const char* part :
-       {"Generated merged scanners: #2 entries:\n^.*((\\.a\\.com))$\n((\\d+))\n",
-        "Extracted [prefix, suffix] elements:\n", "Radix Tree data:\n", "Splitted regexes:\n",
-        "Time Measurements:\nCollector #1:\n", "literal\t*.a.com\t.a.com\n",
-        "always\tregex(\\d+)\t\n", "literal: 1\npieces: 0\nrequired: 0\nalways: 1\n"}) {
+  for (const char* part : {"Generated merged scanners: #2 entries:\n^.*((\\.a\\.com))$\n((\\d+))\n",
+                           "Extracted [prefix, suffix] elements:\n", "Radix Tree data:\n",
+                           "Splitted regexes:\n", "Time Measurements:\nCollector #1:\n",
+                           "end\t*.a.com\t.a.com\n", "always\tregex(\\d+)\t\n"}) {
     EXPECT_THAT(output, HasSubstr(part));
   }
+}
+
+TEST_F(ListCommands, CheckPlansEachElement) {
+  const std::string output =
+      Check(
+          "*.a.com\nname\nstart*\n*in*\n*one*two*\nregex((a|b)cd)\nregex(.*key\\d)\n"
+          "regex(\\d+)\nregex((.)\\1)\nregex((x)\\1.*longer)\n",
+          {"--plan"})
+          .output;
+  for (const char* part : {
+           "end\t*.a.com\t.a.com\n",
+           "exact\tname\tname\n",
+           "beginning\tstart*\tstart\n",
+           "inside\t*in*\tin\n",
+           "pieces\t*one*two*\tone\n",
+           "literals\tregex((a|b)cd)\tacd bcd\n",
+           "required\tregex(.*key\\d)\tkey\n",
+           "always\tregex(\\d+)\t\n",
+           "always\tregex((.)\\1)\t\tits scanner is asked: it refers back\n",
+           "required\tregex((x)\\1.*longer)\tlonger\tits scanner is asked: it refers back\n",
+           "exact: 1\nend: 1\nbeginning: 1\ninside: 1\npieces: 1\nliterals: 1\nrequired: 2\n"
+           "always: 2\nmemory: ",
+           "likely to cost most:\n  always\tregex((.)\\1)\n  always\tregex(\\d+)\n"
+           "  required\tregex(.*key\\d)\n  required\tregex((x)\\1.*longer)\n",
+       }) {
+    EXPECT_THAT(output, HasSubstr(part));
+  }
+  EXPECT_THAT(Check("*.a.com\n", {"--plan"}).output,
+              HasSubstr("no element needs more than its literals\n"));
+  // One element's bracket is closed by the next one's.
+  EXPECT_THAT(Check("a[b\nc]d\n", {"--plan"}).output,
+              HasSubstr("its scanner is asked: brackets close across elements"));
+}
+
+TEST_F(ListCommands, CheckMeasuresAListOnASample) {
+  const std::string texts = List("key\nkey1\r\nkey2\nother\n\n", "texts");
+  const std::string output =
+      Check("regex(.*key\\d)\nregex(\\d+)\n*.a.com\n", {"--sample", texts}).output;
+  EXPECT_THAT(output, HasSubstr("sample: 5 texts, 2 match; the first pass took "));
+  EXPECT_THAT(output, HasSubstr(" ns (median), "));
+  EXPECT_THAT(output, HasSubstr(" ns (99.9 %), "));
+  EXPECT_THAT(output, HasSubstr("run most often in vain (and with a match):\n"
+                                "  5 (0)\tregex(\\d+)\n  1 (2)\tregex(.*key\\d)\n"));
+  EXPECT_THAT(Check("*.a.com\n", {"--sample", texts}).output,
+              HasSubstr("no element was run in vain\n"));
+  const std::string hard = List(std::string(5000, 'a') + "\n", "hard");
+  EXPECT_THAT(Check("regex((a*)*\\1b)\n", {"--sample", hard}).output,
+              HasSubstr("1 texts were too much for an expression\n"));
+
+  const ChildResult missing = Tovrin({"check", "--sample", "/nowhere/texts", List("a\n")});
+  EXPECT_EQ(missing.status, 2);
+  EXPECT_THAT(missing.errors, HasSubstr("/nowhere/texts"));
 }
 
 TEST_F(ListCommands, CheckSaysWhatItCannotRead) {

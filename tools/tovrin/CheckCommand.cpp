@@ -5,7 +5,9 @@
 #include <memory>
 
 #include "tools/tovrin/CListFile.h"
+#include "tools/tovrin/CListPlan.h"
 #include "tools/tovrin/CListReview.h"
+#include "tools/tovrin/CListSample.h"
 #include "tools/tovrin/COwnLog.h"
 #include "tools/tovrin/Commands.h"
 #include "tools/tovrin/Output.h"
@@ -40,40 +42,9 @@ struct CheckOptions {
   std::string listPath;
   bool isAnchored = false;
   bool isPlan = false;
+  std::string samplePath;  // texts to measure the list with; or empty
   bool dumps[std::size(kDumps)] = {};
 };
-
-const char* RoadName(Matching::ListRoad road) {
-  switch (road) {
-    case Matching::ListRoad::Anchored:
-      return "literal";
-    case Matching::ListRoad::Floating:
-      return "pieces";
-    case Matching::ListRoad::Required:
-      return "required";
-    default:
-      return "always";
-  }
-}
-
-// Which road answers each element, and how many there are of each.
-std::string DescribePlan(const CRegexVectorHolder& holder) {
-  std::string text;
-  std::size_t counts[4] = {};
-  for (const auto& alternative : Matching::ListMatcher::Plan(holder.Scanners())) {
-    const RegexVectorEntry& entry = holder.Entries()[alternative.scanner];
-    const std::size_t source =
-        alternative.group == 0 ? 0 : alternative.group - entry.FirstAlternativeGroup();
-    text += fmt::format("{}\t{}\t{}\n", RoadName(alternative.road), (*entry.fSources)[source],
-                        fmt::join(alternative.literals, " "));
-    ++counts[static_cast<std::size_t>(alternative.road)];
-  }
-  for (const auto road : {Matching::ListRoad::Anchored, Matching::ListRoad::Floating,
-                          Matching::ListRoad::Required, Matching::ListRoad::Always}) {
-    text += fmt::format("{}: {}\n", RoadName(road), counts[static_cast<std::size_t>(road)]);
-  }
-  return text;
-}
 
 std::string DescribeFindings(const CListFile& file, const CListReview& review) {
   std::string text;
@@ -101,7 +72,8 @@ ExitStatus Check(const CheckOptions& options) {
     (holder.get()->*kDumps[i].dump)(lines);
     text += fmt::format("{}\n", fmt::join(lines, "\n"));
   }
-  if (options.isPlan) text += DescribePlan(*holder);
+  if (options.isPlan) text += CListPlan(*holder).Describe();
+  if (!options.samplePath.empty()) text += CListSample(*holder, options.samplePath).Describe();
 
   const CListReview::Kinds& kinds = review.Counts();
   const std::size_t memory = holder->Matcher() ? holder->Matcher()->MemorySize() : 0;
@@ -134,6 +106,8 @@ void AddCheckCommand(CommandLine& line) {
   command->add_flag("--anchor", options->isAnchored,
                     "Every line of the list is an expression for whole texts");
   command->add_flag("--plan", options->isPlan, "Print how each element is answered");
+  command->add_option("--sample", options->samplePath,
+                      "Measure the list on the lines of a file, and print what they cost");
   for (std::size_t i = 0; i < std::size(kDumps); ++i) {
     command->add_flag(kDumps[i].name, options->dumps[i], kDumps[i].help);
   }

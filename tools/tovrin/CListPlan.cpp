@@ -1,0 +1,108 @@
+#include "tools/tovrin/CListPlan.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace RefHost {
+namespace {
+
+using Matching::ListMatcher;
+using Matching::ListRoad;
+using Matching::LiteralForm;
+using Dependence = ListMatcher::Dependence;
+
+const char* WordsFor(Dependence dependence) {
+  switch (dependence) {
+    case Dependence::BackReference:
+      return "its scanner is asked: it refers back";
+    case Dependence::Shape:
+      return "its scanner is asked: brackets close across elements";
+    case Dependence::Unreadable:
+      return "its scanner is asked: it does not compile";
+    default:
+      return "";
+  }
+}
+
+// A byte more makes a literal several times as rare.
+double ChanceOf(const std::vector<std::string>& literals) {
+  double chance = 0;
+  for (const std::string& literal : literals) {
+    chance += std::pow(4.0, 1.0 - static_cast<double>(literal.size()));
+  }
+  return std::min(chance, 1.0);
+}
+
+}  // namespace
+
+CListPlan::CListPlan(const CRegexVectorHolder& holder) : fHolder(holder) {
+  for (const auto& alternative : ListMatcher::Plan(holder.Scanners())) {
+    const Road road = RoadOf(alternative);
+    const bool runs = road == Road::Required || road == Road::Always;
+    const double chance = road == Road::Always     ? 1
+                          : road == Road::Required ? ChanceOf(alternative.literals)
+                                                   : 0;
+    fRows.push_back({road, &holder.ElementOf(alternative.scanner, alternative.group),
+                     fmt::format("{}", fmt::join(alternative.literals, " ")),
+                     runs ? WordsFor(alternative.dependence) : "", chance});
+    ++fCounts[static_cast<std::size_t>(road)];
+  }
+}
+
+CListPlan::Road CListPlan::RoadOf(const ListMatcher::Alternative& alternative) {
+  if (alternative.road == ListRoad::Required) return Road::Required;
+  if (alternative.road == ListRoad::Always) return Road::Always;
+  if (alternative.forms.size() != 1) return Road::Literals;
+  const LiteralForm& form = alternative.forms.front();
+  if (form.pieces.size() > 1) return Road::Pieces;
+  if (form.gapBefore) return form.gapAfter ? Road::Inside : Road::End;
+  return form.gapAfter ? Road::Beginning : Road::Exact;
+}
+
+const char* CListPlan::NameOf(Road road) {
+  constexpr std::array<const char*, kRoadCount> kNames = {
+      "exact", "end", "beginning", "inside", "pieces", "literals", "required", "always"};
+  return kNames[static_cast<std::size_t>(road)];
+}
+
+std::string CListPlan::Describe() const {
+  std::string text;
+  for (const Row& row : fRows) {
+    text += fmt::format("{}\t{}\t{}", NameOf(row.road), *row.element, row.literals);
+    text += *row.dependence ? fmt::format("\t{}\n", row.dependence) : "\n";
+  }
+  for (std::size_t i = 0; i < kRoadCount; ++i) {
+    text += fmt::format("{}: {}\n", NameOf(static_cast<Road>(i)), fCounts[i]);
+  }
+  return text + DescribeMemory() + DescribeCosts();
+}
+
+std::string CListPlan::DescribeMemory() const {
+  if (!fHolder.Matcher()) return {};
+  const ListMatcher::Memory memory = fHolder.Matcher()->MemoryUse();
+  return fmt::format(
+      "memory: {} bytes for whole texts and ends, {} for beginnings, {} for literals inside, {} "
+      "for "
+      "elements, {} for automata so far\n",
+      memory.ends, memory.beginnings, memory.floating, memory.alternatives, memory.automata);
+}
+
+std::string CListPlan::DescribeCosts() const {
+  std::vector<const Row*> rows;
+  for (const Row& row : fRows) {
+    if (row.chance > 0) rows.push_back(&row);
+  }
+  std::stable_sort(rows.begin(), rows.end(), [](const Row* a, const Row* b) {
+    return a->chance != b->chance ? a->chance > b->chance : a->element->size() > b->element->size();
+  });
+  if (rows.empty()) return "no element needs more than its literals\n";
+  std::string text = "likely to cost most:\n";
+  for (std::size_t i = 0; i < rows.size() && i < kMostCostly; ++i) {
+    text += fmt::format("  {}\t{}\n", NameOf(rows[i]->road), *rows[i]->element);
+  }
+  return text;
+}
+
+}  // namespace RefHost

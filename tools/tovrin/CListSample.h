@@ -29,16 +29,16 @@ private:
   void CountRuns(const CRegexVectorHolder& holder);
   std::string DescribeRuns() const;
 
-  static constexpr int kRounds = 3;               // the least of so many times counts
+  static constexpr int kRounds = 3;  // behind the first pass; the least of their times counts
   static constexpr std::size_t kMostRuns = 10;    // elements named
   static constexpr std::size_t kMostShown = 200;  // bytes of the worst text
 
   std::vector<std::string> fTexts;
   std::size_t fMatched = 0;
-  std::size_t fFailed = 0;     // texts that were too much for an expression
-  double fFirstPass = 0;       // nanoseconds for all texts, nothing being learnt before
-  std::vector<double> fTimes;  // nanoseconds, by text
-  std::vector<Runs> fRuns;     // most often in vain first
+  double fFirstPass = 0;         // nanoseconds for all texts, nothing being learnt before
+  std::vector<double> fTimes;    // nanoseconds, by text
+  std::vector<bool> fIsTooMuch;  // for an expression, by text
+  std::vector<Runs> fRuns;       // most often in vain first
 };
 
 }  // namespace RefHost

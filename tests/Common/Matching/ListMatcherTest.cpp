@@ -203,6 +203,21 @@ TEST(ListMatcher, PlansTheRoadOfEachElement) {
   }
 }
 
+TEST(ListMatcher, PlansWhyAScannerIsAskedAsAWhole) {
+  using Dependence = ListMatcher::Dependence;
+  const std::pair<const char*, Dependence> rows[] = {
+      {"((\\d))", Dependence::None},
+      {"((\\d)\\2)", Dependence::BackReference},
+      {"\\d+", Dependence::Shape},
+      {"((\\d)", Dependence::Unreadable},
+  };
+  for (const auto& [pattern, dependence] : rows) {
+    const auto plan = ListMatcher::Plan({{pattern, 2, 1}});
+    ASSERT_EQ(plan.size(), 1u) << pattern;
+    EXPECT_EQ(plan[0].dependence, dependence) << pattern;
+  }
+}
+
 TEST(ListMatcher, AsksAScannerOnceAboutAText) {
   Scanners scanners;
   scanners.AddWhole("(.*)key\\d\\1", 0);

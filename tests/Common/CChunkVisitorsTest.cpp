@@ -20,6 +20,7 @@
 #include "Common/CVariant.h"
 #include "tests/Common/CBufferSupport.h"
 #include "tests/Common/QuestionedHost.h"
+#include "tests/Common/ReasonOf.h"
 
 namespace {
 
@@ -273,15 +274,6 @@ TEST(AHitVisitor, EndsWhenItIsTold) {
 }
 
 // ---- through a buffer
-
-std::string ReasonOf(const std::function<void()>& call) {
-  try {
-    call();
-  } catch (const CRunTimeError& error) {
-    return error.Reason();
-  }
-  return "";
-}
 
 TEST(CBufferSearch, ThrowsForArgumentsThatAreNoLists) {
   const HostInSlot host(Gates{});

@@ -12,6 +12,7 @@
 #include "Common/CException.h"
 #include "tests/Common/FileSupport.h"
 #include "tests/Common/QuestionedHost.h"
+#include "tests/Common/ReasonOf.h"
 
 namespace fs = std::filesystem;
 
@@ -175,12 +176,7 @@ TEST_F(CDirectoryTest, CopiesIntoItselfOnce) {
 }
 
 std::string ReasonOfCopy(const CFSPath& from, const CFSPath& to) {
-  try {
-    CDirectory(from).Copy(to);
-  } catch (const CRunTimeError& error) {
-    return error.Reason();
-  }
-  return "";
+  return ReasonOf([&] { CDirectory(from).Copy(to); });
 }
 
 TEST_F(CDirectoryTest, TellsWhyACopyStopped) {
@@ -198,12 +194,7 @@ TEST_F(CDirectoryTest, TellsWhyACopyStopped) {
 }
 
 std::string ReasonOfRename(const CFSPath& from, const CFSPath& to, bool overwrite) {
-  try {
-    CDirectory(from).Rename(to, overwrite);
-  } catch (const CRunTimeError& error) {
-    return error.Reason();
-  }
-  return "";
+  return ReasonOf([&] { CDirectory(from).Rename(to, overwrite); });
 }
 
 TEST_F(CDirectoryTest, Renames) {

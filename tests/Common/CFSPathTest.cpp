@@ -9,6 +9,7 @@
 
 #include "Common/CException.h"
 #include "tests/Common/QuestionedHost.h"
+#include "tests/Common/ReasonOf.h"
 
 namespace {
 
@@ -171,16 +172,6 @@ TEST(CFSPath, ReplacesAndErasesByPosition) {
   EXPECT_EQ(CFSPath("abc").Replace(3, 1, "X").String(), "abcX");
   EXPECT_EQ(CFSPath("abc").Erase(1, kNone).String(), "a");
   EXPECT_EQ(CFSPath("abc").Erase(3, 1).String(), "abc");
-}
-
-template <class Operation>
-std::string ReasonOf(Operation operation) {
-  try {
-    operation();
-  } catch (const CRunTimeError& error) {
-    return error.Reason();
-  }
-  return "";
 }
 
 TEST(CFSPath, RaisesBehindTheEnd) {

@@ -11,6 +11,7 @@
 #include "Common/CException.h"
 #include "tests/Common/FileSupport.h"
 #include "tests/Common/QuestionedHost.h"
+#include "tests/Common/ReasonOf.h"
 
 namespace {
 
@@ -446,16 +447,6 @@ TEST_F(CFileTest, ReportsASourceThatStaysBehind) {
 }
 
 // ---- locks
-
-template <class Operation>
-std::string ReasonOf(Operation operation) {
-  try {
-    operation();
-  } catch (const CRunTimeError& error) {
-    return error.Reason();
-  }
-  return "";
-}
 
 TEST_F(CFileTest, TellsWhyALockFailed) {
   const HostInSlot host(Gates{});

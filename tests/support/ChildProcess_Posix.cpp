@@ -133,7 +133,8 @@ ChildResult RunChild(const ChildCall& call) {
   const auto outputPath = folder.Path() / "output";
   const auto errorsPath = folder.Path() / "errors";
   Pair input = OpenInput(call, folder);
-  Pair errors = call.isErrorsTerminal ? OpenTerminal() : Pair{CDescriptor(), OpenForWriting(errorsPath)};
+  Pair errors =
+      call.isErrorsTerminal ? OpenTerminal() : Pair{CDescriptor(), OpenForWriting(errorsPath)};
   CDescriptor output =
       call.isOutputClosed ? OpenPipe(PipeUse::Write).childs : OpenForWriting(outputPath);
   const pid_t child = Start(call, input.childs.Number(), output.Number(), errors.childs.Number());

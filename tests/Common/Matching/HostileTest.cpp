@@ -168,9 +168,8 @@ TEST(Hostile, LargeExpressionsAreCompiledOrRefusedOnASmallStack) {
   });
 }
 
-TEST(Hostile, EightThreadsShareAFreshExpression) {
-  const auto expression =
-      Compile("(?:[ab]*(a|b)c?[^d]{3}|x+y*)(\\b|z)", {.automatonBudget = 20000});
+void AskFromEightThreads(const char* pattern) {
+  const auto expression = Compile(pattern, {.automatonBudget = 20000});
   std::vector<std::string> texts;
   for (int i = 0; i < 200; ++i) {
     std::string text;
@@ -179,7 +178,7 @@ TEST(Hostile, EightThreadsShareAFreshExpression) {
     }
     texts.push_back(text);
   }
-  const auto alone = Compile("(?:[ab]*(a|b)c?[^d]{3}|x+y*)(\\b|z)", {.useAutomata = false});
+  const auto alone = Compile(pattern, {.useAutomata = false});
   std::vector<std::string> expected;
   Captures captures;
   for (const auto& text : texts) {
@@ -203,6 +202,17 @@ TEST(Hostile, EightThreadsShareAFreshExpression) {
   for (auto& thread : threads) thread.join();
   EXPECT_EQ(wrong.load(), 0);
   EXPECT_GT(expression->AutomatonMemory(), 0U);
+}
+
+TEST(Hostile, EightThreadsShareAFreshExpression) {
+  for (const char* pattern : {
+           "(?:[ab]*(a|b)c?[^d]{3}|x+y*)(\\b|z)",
+           "(?=.*c)(?:[ab]*(a|b)c?[^d]{3}|x+y*)(?!ab).*",
+           "(?!.*(xx|ca))([ab]+(?=c|x).)+[^d]*",
+       }) {
+    SCOPED_TRACE(pattern);
+    AskFromEightThreads(pattern);
+  }
 }
 
 }  // namespace

@@ -101,9 +101,7 @@ void Vector_Sort(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * kLongs);
 }
 
-template <VariantType type>
-void CVariant_Sort(benchmark::State& state) {
-  const CVariant values = ListOf(Values(state.range(0)), type);
+void MeasureSort(benchmark::State& state, const CVariant& values) {
   for (auto _ : state) {
     state.PauseTiming();
     CVariant list(values);
@@ -112,6 +110,12 @@ void CVariant_Sort(benchmark::State& state) {
     benchmark::DoNotOptimize(list.SizeOfList());
   }
   state.SetItemsProcessed(state.iterations() * kLongs);
+}
+
+template <VariantType type>
+void CVariant_Sort(benchmark::State& state) {
+  const CVariant values = ListOf(Values(state.range(0)), type);
+  MeasureSort(state, values);
 }
 
 // Longs among doubles that are equal to them in order and yet differ from them, so that where they
@@ -126,14 +130,7 @@ void CVariant_SortDiffering(benchmark::State& state) {
       values.AddToList(number);
     }
   }
-  for (auto _ : state) {
-    state.PauseTiming();
-    CVariant list(values);
-    state.ResumeTiming();
-    list.SortList();
-    benchmark::DoNotOptimize(list.SizeOfList());
-  }
-  state.SetItemsProcessed(state.iterations() * kLongs);
+  MeasureSort(state, values);
 }
 
 // The texts in an order of their own, so that neighbours in the index lie apart.

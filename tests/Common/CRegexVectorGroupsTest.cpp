@@ -12,6 +12,8 @@
 
 namespace {
 
+using HolderSupport::Diagnostics;
+using HolderSupport::DumpOf;
 using HolderSupport::FindIn;
 using HolderSupport::ListOf;
 using HolderSupport::PatternsOf;
@@ -159,13 +161,11 @@ TEST_F(HolderGroups, MayHandAnElementOverTwice) {
 // A cut through an escape is no expression: the list is built without beginnings after all.
 TEST_F(HolderGroups, AreGivenUpForABeginningThatDoesNotCompile) {
   Strings elements;
-  Strings whole;
   for (const char c : std::string(".-,;:#!%&=@^$*+?/<>~")) {
     elements.push_back(Form(std::string("ab\\") + c));
   }
-  SetRegexHolderDiagnostics(true);
+  const Diagnostics on;
   const CRegexVectorHolder holder(ListOf(With({"regex(()"}, elements)));
-  SetRegexHolderDiagnostics(false);
   const Strings patterns = PatternsOf(holder);
   ASSERT_EQ(patterns.size(), 2u);
   EXPECT_TRUE(patterns[0].starts_with("((ab\\.)|(ab\\-)")) << patterns[0];
@@ -173,8 +173,7 @@ TEST_F(HolderGroups, AreGivenUpForABeginningThatDoesNotCompile) {
   EXPECT_TRUE(holder.IsUnusable());  // for its own reason
 
   // The failed attempt leaves no collector, and nothing but its messages.
-  Strings lines;
-  holder.DumpExtracted(lines);
+  const Strings lines = DumpOf(holder, &CRegexVectorHolder::DumpExtracted);
   EXPECT_THAT(lines, testing::Contains("Collector #3: #1 entries:"));
   EXPECT_THAT(lines, testing::Not(testing::Contains("Collector #4: #1 entries:")));
   int prefixes = 0;
@@ -230,17 +229,9 @@ TEST_F(HolderGroups, ServeAHundredThousandElementsWithOneBeginning) {
   EXPECT_TRUE(pattern.starts_with("(www\\.host")) << pattern;
 }
 
-Strings DumpOf(const CRegexVectorHolder& holder, void (CRegexVectorHolder::*dump)(Strings&) const) {
-  Strings lines = {"left from before"};
-  (holder.*dump)(lines);
-  return lines;
-}
-
 TEST_F(HolderGroups, ShowInTheDiagnostics) {
-  SetRegexHolderDiagnostics(true);
+  const Diagnostics on;
   const CRegexVectorHolder holder(ListOf({"a*", "regex(abcd)", "regex(abef)"}));
-  const CRegexVectorHolder lone(HolderSupport::ValueOf(VariantType::Regex, "a*"));
-  SetRegexHolderDiagnostics(false);
   EXPECT_THAT(
       DumpOf(holder, &CRegexVectorHolder::DumpScanners),
       ElementsAre("Generated merged scanners: #2 entries:", "^((a.*))$", "((abcd)|(abef))"));

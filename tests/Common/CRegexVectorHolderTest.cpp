@@ -16,6 +16,9 @@
 
 namespace {
 
+using HolderSupport::Diagnostics;
+using HolderSupport::Dump;
+using HolderSupport::DumpOf;
 using HolderSupport::FindIn;
 using HolderSupport::ListOf;
 using HolderSupport::PatternsOf;
@@ -242,20 +245,6 @@ TEST(HasBackReference, LooksForADigitBehindAnUnescapedBackslash) {
 }
 
 // ---- diagnostics
-
-class Diagnostics {
-public:
-  Diagnostics() { SetRegexHolderDiagnostics(true); }
-  ~Diagnostics() { SetRegexHolderDiagnostics(false); }
-};
-
-using Dump = void (CRegexVectorHolder::*)(Strings&) const;
-
-Strings DumpOf(const CRegexVectorHolder& holder, Dump dump) {
-  Strings lines = {"left from before"};
-  (holder.*dump)(lines);
-  return lines;
-}
 
 constexpr Dump kCollectorDumps[] = {
     &CRegexVectorHolder::DumpTimeMeasurements, &CRegexVectorHolder::DumpExtracted,

@@ -44,4 +44,19 @@ inline Strings PatternsOf(const CRegexVectorHolder& holder) {
   return patterns;
 }
 
+// Holders that are built while this lives keep what the dumps print.
+class Diagnostics {
+public:
+  Diagnostics() { SetRegexHolderDiagnostics(true); }
+  ~Diagnostics() { SetRegexHolderDiagnostics(false); }
+};
+
+using Dump = void (CRegexVectorHolder::*)(Strings&) const;
+
+inline Strings DumpOf(const CRegexVectorHolder& holder, Dump dump) {
+  Strings lines = {"left from before"};
+  (holder.*dump)(lines);
+  return lines;
+}
+
 }  // namespace HolderSupport

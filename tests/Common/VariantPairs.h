@@ -15,21 +15,10 @@
 // Operations of two variants, checked over all pairs of types and on all roads that an argument can
 // come.
 
-inline std::string NameOf(VariantType type) {
-  return TypeInfo(type).fName;
-}
-
 inline std::string UnsupportedReport(const std::string& onPosition, const std::string& objName,
                                      VariantType self, VariantType other) {
-  return "'" + onPosition + "': Error while 'calling' the '" + objName +
-         "'. Reason: 'Error: unsupported element-types. Type of this: " + NameOf(self) +
-         ", type of parameter: " + NameOf(other) + "'.";
-}
-
-inline std::string FormatReport(const std::string& onPosition, const std::string& action,
-                                VariantType type, const std::string& formatType) {
-  return "'" + onPosition + "': '" + action + "' failed. Type of 'Variant' is '" + NameOf(type) +
-         "', but it has to be '" + formatType + "'.";
+  return "'" + onPosition + "': Error while 'calling' the '" + objName + "'. Reason: '" +
+         UnsupportedTypes(self, other) + "'.";
 }
 
 // What an operation is expected to answer, and to report. An empty report stands for none.

@@ -23,6 +23,22 @@ inline std::vector<VariantType> AllTypes() {
   return types;
 }
 
+// What reports say of types.
+inline std::string NameOf(VariantType type) {
+  return TypeInfo(type).fName;
+}
+
+inline std::string FormatReport(const std::string& onPosition, const std::string& action,
+                                VariantType type, const std::string& formatType) {
+  return "'" + onPosition + "': '" + action + "' failed. Type of 'Variant' is '" + NameOf(type) +
+         "', but it has to be '" + formatType + "'.";
+}
+
+inline std::string UnsupportedTypes(VariantType self, VariantType other) {
+  return "Error: unsupported element-types. Type of this: " + NameOf(self) +
+         ", type of parameter: " + NameOf(other);
+}
+
 inline std::string Utf8(const CStringPtr& text) {
   return std::string(Utf8Of(text.Get()));
 }

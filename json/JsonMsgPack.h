@@ -13,7 +13,8 @@
 namespace Tovrin::JSON {
 
 // Where the nodes write their MsgPack form: a list of chunks, so that growing output is not moved
-// before the end. Flush, or the destructor, appends all of it to the target.
+// before the end. Flush, or the destructor, appends all of it to the target, or nothing: where the
+// target cannot grow, Flush throws, and the destructor goes in silence.
 //
 // A length that the format cannot hold makes Ok false for good, and then nothing is delivered.
 class JsonMsgPackWriter {

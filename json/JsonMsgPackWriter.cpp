@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <limits>
 #include <vector>
 
@@ -44,7 +45,11 @@ JsonMsgPackWriter::JsonMsgPackWriter(std::string& target)
 }
 
 JsonMsgPackWriter::~JsonMsgPackWriter() {
-  Flush();
+  try {
+    Flush();
+  } catch (const std::exception&) {
+    // A target that cannot grow stays as it is. The writer may be going because of just that.
+  }
 }
 
 void JsonMsgPackWriter::NextChunk(std::size_t need) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 
 #include "Common/TextLines.h"
@@ -70,5 +71,24 @@ TEST_F(CBufferTextTest, ReadsLinesAcrossItsWindow) {
     }
   }
 }
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // they need more address space
+// A file of zeros, larger than what this process may have, in which no line ends.
+TEST_F(CBufferTextTest, HasNoLineWhereItsEndIsBeyondAllMemory) {
+  const std::string name = fFolder.Write("endless", "").string();
+  std::filesystem::resize_file(name, std::uintmax_t{4} << 30);
+  const int status = InChild([&] {
+    CBuffer buffer(CFSPath(name), false);
+    const rlimit limit{std::size_t{512} << 20, std::size_t{512} << 20};
+    setrlimit(RLIMIT_AS, &limit);
+    CUnicodeString line("before");
+    const bool isNone = buffer.ReadText(&line, "UTF-8", kLineEndLazy, nullptr) == 0 &&
+                        line.GetByteSize() == 0 && buffer.GetReadPosition() == 0;
+    char byte = 'x';
+    return isNone && buffer.Read(&byte, 1) == 1 && byte == '\0';
+  });
+  EXPECT_EQ(status, 0);
+}
+#endif
 
 }  // namespace

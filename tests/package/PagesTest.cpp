@@ -1,7 +1,15 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <fstream>
+#include <algorithm>
+#include <iterator>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
 
+#include "tests/package/HelpText.h"
 #include "tests/package/Page.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/SharedData.h"
@@ -64,6 +72,43 @@ TEST(Pages, EveryCommandPrintsWhatThePageSays) {
   EXPECT_GE(count, 60u);
 }
 
+// "tovrin", a subcommand among other words, and options of the two.
+void ExpectCommandLine(const std::string& line) {
+  std::istringstream stream(line);
+  const std::vector<std::string> words{std::istream_iterator<std::string>(stream), {}};
+  const std::set<std::string> subcommands = Subcommands();
+  const auto command = std::ranges::find_if(
+      words, [&](const std::string& word) { return subcommands.contains(word); });
+  ASSERT_NE(command, words.end());
+  std::set<std::string> options = OptionsOf("");
+  options.merge(OptionsOf(*command));
+  for (const std::string& word : words) {
+    EXPECT_TRUE(word.front() != '-' || options.contains(word)) << word;
+  }
+}
+
+// What the text names in backticks, where nothing runs it.
+TEST(Pages, NameNoTargetCommandOrOptionThatIsNotThere) {
+  static const std::regex kNamed(R"(`((make|tovrin) [^`\n]*)`)");
+  const CPageFolder folder;
+  std::set<std::string> named;
+  for (const auto& path : AllPages()) {
+    const std::string text = ReadWholeFile(path);
+    for (std::sregex_iterator at(text.begin(), text.end(), kNamed), end; at != end; ++at) {
+      named.insert((*at)[1]);
+    }
+  }
+  EXPECT_GT(named.size(), 20u);
+  for (const std::string& words : named) {
+    SCOPED_TRACE(words);
+    if (words.starts_with("make ")) {
+      folder.Run({0, words, ""});
+    } else {
+      ExpectCommandLine(words);
+    }
+  }
+}
+
 TEST(Pages, EveryExcerptStandsInItsFile) {
   for (const auto& path : AllPages()) {
     const Page page = ReadPage(path);
@@ -76,15 +121,7 @@ TEST(Pages, EveryExcerptStandsInItsFile) {
 }
 
 TEST(Pages, EveryLinkHasItsPage) {
-  for (const auto& path : AllPages()) {
-    const std::string text = ReadWholeFile(path);
-    for (std::size_t at = 0; (at = text.find("](", at)) != std::string::npos;) {
-      at += 2;
-      const std::string target = text.substr(at, text.find(')', at) - at);
-      if (target.find("://") != std::string::npos) continue;
-      EXPECT_TRUE(std::filesystem::exists(path.parent_path() / target)) << path << ": " << target;
-    }
-  }
+  for (const auto& path : AllPages()) EXPECT_THAT(DeadLinks(path), testing::IsEmpty()) << path;
 }
 
 // The mechanism itself: a comparison that lets everything pass would prove nothing.

@@ -35,7 +35,7 @@ install(FILES ${PROJECT_BINARY_DIR}/tessarin.pc DESTINATION ${pc_folder})
 install(FILES tools/tovrin/tovrin.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES tools/tovrin/completion/tovrin.bash
         DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions RENAME tovrin)
-install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES CHANGELOG.md CONTRIBUTING.md README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
 set(CPACK_GENERATOR DEB TGZ)

@@ -45,6 +45,7 @@ TEST(Archives, DebianPackageHoldsAWorkingProgram) {
   const auto root = folder.Path() / "root";
   ASSERT_EQ(Shell("dpkg-deb --extract " + quoted + " '" + root.string() + "'").status, 0);
   ExpectWorkingProgram(root / "usr/bin/tovrin");
+  EXPECT_EQ(FilesBelow(root / "usr"), FilesBelow(CInstallation().Prefix()));
 }
 
 TEST(Archives, TarArchiveHoldsAWorkingProgram) {
@@ -58,6 +59,7 @@ TEST(Archives, TarArchiveHoldsAWorkingProgram) {
           .status,
       0);
   ExpectWorkingProgram(folder.Path() / "root/bin/tovrin");
+  EXPECT_EQ(FilesBelow(folder.Path() / "root"), FilesBelow(CInstallation().Prefix()));
 }
 
 }  // namespace

@@ -18,6 +18,14 @@ std::filesystem::path CInstallation::Find(const std::string& name) const {
   throw std::runtime_error("not installed: " + name);
 }
 
+std::set<std::string> FilesBelow(const std::filesystem::path& folder) {
+  std::set<std::string> names;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+    if (!entry.is_directory()) names.insert(entry.path().lexically_relative(folder).string());
+  }
+  return names;
+}
+
 ChildResult Shell(const std::string& line, const std::filesystem::path& folder) {
   return RunChild({{"/bin/sh", "-c", "exec 2>&1; " + line}, {}, false, folder});
 }

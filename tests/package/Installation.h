@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <set>
 #include <string>
 
 #include "tests/support/ChildProcess.h"
@@ -18,6 +19,9 @@ public:
 private:
   CTemporaryFolder fFolder;
 };
+
+// The names of all files below a folder, from there.
+std::set<std::string> FilesBelow(const std::filesystem::path& folder);
 
 // A line of shell, in a folder, with everything that it printed in `output`.
 ChildResult Shell(const std::string& line, const std::filesystem::path& folder = {});

@@ -4,11 +4,13 @@
 #include <algorithm>
 
 #include "tests/package/Installation.h"
+#include "tests/package/Page.h"
 #include "tests/support/SharedData.h"
 
 namespace {
 
 using ::testing::HasSubstr;
+using ::testing::IsEmpty;
 using ::testing::StartsWith;
 
 TEST(Installed, ProgramFindsTheModuleThatCameWithIt) {
@@ -33,6 +35,17 @@ TEST(Installed, HasWhatAnAdministratorReads) {
   for (const auto& page : std::filesystem::directory_iterator(SourceDir() / "docs")) {
     EXPECT_NO_THROW(installed.Find(page.path().filename().string())) << page.path();
   }
+}
+
+TEST(Installed, PagesLinkToPagesThatCameWithThem) {
+  const CInstallation installed;
+  std::size_t count = 0;
+  for (const auto& name : FilesBelow(installed.Prefix())) {
+    if (!name.ends_with(".md")) continue;
+    EXPECT_THAT(DeadLinks(installed.Prefix() / name), IsEmpty()) << name;
+    ++count;
+  }
+  EXPECT_EQ(count, AllPages().size());
 }
 
 // The example of a host makes an object and asks for one match.

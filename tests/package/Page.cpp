@@ -76,6 +76,18 @@ std::vector<std::filesystem::path> AllPages() {
   return pages;
 }
 
+std::vector<std::string> DeadLinks(const std::filesystem::path& page) {
+  const std::string text = ReadWholeFile(page);
+  std::vector<std::string> dead;
+  for (std::size_t at = 0; (at = text.find("](", at)) != std::string::npos;) {
+    at += 2;
+    const std::string target = text.substr(at, text.find(')', at) - at);
+    if (target.find("://") != std::string::npos) continue;
+    if (!std::filesystem::exists(page.parent_path() / target)) dead.push_back(target);
+  }
+  return dead;
+}
+
 bool IsShown(const std::string& shown, const std::string& printed) {
   const auto expected = LinesOf(shown);
   const auto lines = LinesOf(printed);

@@ -38,5 +38,8 @@ Page ReadPage(const std::filesystem::path& path);
 // All pages that the project has.
 std::vector<std::filesystem::path> AllPages();
 
+// The targets of a page's links that are not there, those on the network apart.
+std::vector<std::string> DeadLinks(const std::filesystem::path& page);
+
 // Whether what a command printed is what the page shows.
 bool IsShown(const std::string& shown, const std::string& printed);

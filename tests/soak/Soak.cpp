@@ -2,8 +2,9 @@
 //
 // Eight threads judge lines by a rules file whose lists they build anew, append to, save and
 // restore in every rule, while one thread replaces the file under them by others with longer lists,
-// and one turns the log on and off. What must hold at the end: every thread gave every line the
-// verdict that one thread alone gave it, and the process has no more memory, descriptors and
+// one turns the log on and off, and one keeps bodies on disk and searches them there. What must
+// hold at the end: every thread gave every line the verdict that one thread alone gave it, every
+// body had the bytes that it was given, and the process has no more memory, descriptors and
 // temporary files than when all of that had run for a while.
 
 #include <algorithm>
@@ -16,11 +17,14 @@
 #include <mutex>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
+#include "Common/CBuffer.h"
 #include "Libs/Platform/SharedLibrary.h"
 #include "host/Data.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/SharedData.h"
 #include "tools/tovrin/CModule.h"
 #include "tools/tovrin/CRuleSet.h"
@@ -34,6 +38,7 @@ constexpr std::size_t kThreads = 8;
 constexpr std::size_t kFiles = 4;          // rules files that take turns
 constexpr std::size_t kLinesAtATime = 20;  // between two looks for a newer file
 constexpr auto kReplaceEvery = std::chrono::milliseconds(20);
+constexpr auto kBodyEvery = std::chrono::milliseconds(5);
 constexpr auto kToggleEvery = std::chrono::milliseconds(50);
 // What a figure may grow by and still be flat: malloc keeps what threads gave back, more or less of
 // it.
@@ -123,6 +128,28 @@ std::shared_ptr<const RulesFile> MakeFile(const CHost& host, std::size_t number)
   return file;
 }
 
+struct Figures {
+  double memory = 0;  // bytes that are resident
+  std::size_t descriptors = 0;
+  std::size_t temporaryFiles = 0;
+};
+
+Figures MeasureProcess() {
+  Figures figures;
+  std::istringstream statm(ReadWholeFile("/proc/self/statm"));
+  double pages = 0;
+  statm >> pages >> pages;
+  figures.memory = pages * 4096;
+  for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    ++figures.descriptors;
+  }
+  for ([[maybe_unused]] const auto& entry :
+       std::filesystem::directory_iterator(std::filesystem::temp_directory_path())) {
+    ++figures.temporaryFiles;
+  }
+  return figures;
+}
+
 // Everything that threads share; what changes is under fLock or atomic.
 class CSoak {
 public:
@@ -156,9 +183,34 @@ public:
     }
   }
 
+  // Bodies that go to disk, as `tovrin find` keeps what comes through a pipe.
+  void KeepBodies() {
+    const std::string_view needle = "needle";
+    const std::string hay(std::size_t{64} << 10, '-');
+    for (; !fIsOver; std::this_thread::sleep_for(kBodyEvery)) {
+      const std::lock_guard lock(fBodyLock);
+      CBuffer body;
+      bool isRight = body.Append(hay.data(), hay.size()) && body.SwapOut() &&
+                     body.Append(needle.data(), needle.size()) &&
+                     body.Append(hay.data(), hay.size());
+      std::vector<std::size_t> offsets;
+      body.GetAllOccurrences(offsets, needle.data(), needle.size(), 0, body.GetSize());
+      isRight = isRight && !body.IsInMemory() && offsets == std::vector{hay.size()};
+      ++(isRight ? fRight : fWrong);
+      ++fBodies;
+    }
+  }
+
+  // What the process has while no body is on its way.
+  Figures Measure() const {
+    const std::lock_guard lock(fBodyLock);
+    return MeasureProcess();
+  }
+
   void End() { fIsOver = true; }
   std::uint64_t Right() const { return fRight; }
   std::uint64_t Wrong() const { return fWrong; }
+  std::uint64_t Bodies() const { return fBodies; }
 
 private:
   std::shared_ptr<const RulesFile> File() const {
@@ -174,29 +226,9 @@ private:
   std::atomic<bool> fIsOver{false};
   std::atomic<std::uint64_t> fRight{0};
   std::atomic<std::uint64_t> fWrong{0};
+  mutable std::mutex fBodyLock;  // held while a body lives
+  std::atomic<std::uint64_t> fBodies{0};
 };
-
-struct Figures {
-  double memory = 0;  // bytes that are resident
-  std::size_t descriptors = 0;
-  std::size_t temporaryFiles = 0;
-};
-
-Figures Measure() {
-  Figures figures;
-  std::istringstream statm(ReadWholeFile("/proc/self/statm"));
-  double pages = 0;
-  statm >> pages >> pages;
-  figures.memory = pages * 4096;
-  for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-    ++figures.descriptors;
-  }
-  for (const auto& entry :
-       std::filesystem::directory_iterator(std::filesystem::temp_directory_path())) {
-    if (entry.path().filename().string().starts_with("qztmpfile")) ++figures.temporaryFiles;
-  }
-  return figures;
-}
 
 void Print(const char* when, const Figures& figures) {
   std::printf("%s: %.1f MB, %zu descriptors, %zu temporary files\n", when, figures.memory / 1e6,
@@ -213,6 +245,8 @@ bool AreFlat(const Figures& warm, const Figures& end) {
 }
 
 int Soak(std::chrono::duration<double> length) {
+  const CTemporaryFolder folder;  // of this process alone
+  setenv("TMPDIR", folder.Path().c_str(), 1);
   const CSharedLibrary library(FindOwnModule().string());
   CHost host;
   const Tovrin::AutoRefPtr<CSwitchedHost> services(new CSwitchedHost);
@@ -223,6 +257,7 @@ int Soak(std::chrono::duration<double> length) {
   std::vector<std::thread> threads;
   for (std::size_t i = 0; i < kThreads; ++i) threads.emplace_back([&, i] { soak.Work(i); });
   std::atomic<bool> isOver = false;
+  threads.emplace_back([&] { soak.KeepBodies(); });
   threads.emplace_back([&] {
     for (bool isOpen = true; !isOver; isOpen = !isOpen) {
       services->Open(isOpen);
@@ -238,21 +273,23 @@ int Soak(std::chrono::duration<double> length) {
     }
   };
   replaceUntil(length * 0.3);
-  const Figures warm = Measure();
+  const Figures warm = soak.Measure();
   Print("warm", warm);
   replaceUntil(length);
-  const Figures end = Measure();
+  const Figures end = soak.Measure();
   Print("at the end", end);
   isOver = true;
   soak.End();
   for (std::thread& thread : threads) thread.join();
 
-  std::printf("%llu answers were right, %llu wrong; %llu lines of log\n",
+  std::printf("%llu answers were right, %llu wrong; %llu lines of log, %llu bodies on disk\n",
               static_cast<unsigned long long>(soak.Right()),
               static_cast<unsigned long long>(soak.Wrong()),
-              static_cast<unsigned long long>(services->Lines()));
+              static_cast<unsigned long long>(services->Lines()),
+              static_cast<unsigned long long>(soak.Bodies()));
   if (soak.Wrong() > 0 || soak.Right() == 0) return std::puts("FAILED: the answers differ"), 1;
   if (services->Lines() == 0) return std::puts("FAILED: the log was never on"), 1;
+  if (soak.Bodies() == 0) return std::puts("FAILED: no body was kept"), 1;
   if (!AreFlat(warm, end)) return std::puts("FAILED: the process grows"), 1;
   return 0;
 }

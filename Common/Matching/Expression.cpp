@@ -374,9 +374,9 @@ std::variant<std::unique_ptr<Expression>, SyntaxError> Expression::Compile(std::
       new Expression(std::make_unique<Engine>(std::move(parsed.tree), options)));
 }
 
-std::unique_ptr<Expression> Expression::FromTree(SyntaxTree tree) {
+std::unique_ptr<Expression> Expression::FromTree(SyntaxTree tree, const Options& options) {
   return std::unique_ptr<Expression>(
-      new Expression(std::make_unique<Engine>(std::move(tree), Options())));
+      new Expression(std::make_unique<Engine>(std::move(tree), options)));
 }
 
 bool Expression::IsMatch(std::string_view text) const {

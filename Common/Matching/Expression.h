@@ -72,7 +72,7 @@ public:
   }
 
   // The expression of a tree, which holds no back-reference.
-  static std::unique_ptr<Expression> FromTree(SyntaxTree tree);
+  static std::unique_ptr<Expression> FromTree(SyntaxTree tree, const Options& options);
 
   Expression(const Expression&) = delete;
   Expression& operator=(const Expression&) = delete;

@@ -12,7 +12,7 @@ namespace Matching {
 struct LazyDfa::DfaState {
   using Way = std::atomic<const DfaState*>;
 
-  enum Edge : std::uint8_t { Unknown, Refuses, Accepts };
+  static constexpr std::uint32_t kUnknown = kOpenAccept;  // no state is left so
 
   bool isSpecial = false;  // one of the next three
   bool isDead = false;     // nothing leads on from here
@@ -26,7 +26,7 @@ struct LazyDfa::DfaState {
   std::size_t hash = 0;
   DfaState* below = nullptr;  // next in the bucket
   // Apart from the others: a compiler reads several of them as one word, and this one is written.
-  alignas(std::size_t) mutable std::atomic<std::uint8_t> acceptsAtEdge{Unknown};
+  alignas(std::size_t) mutable std::atomic<std::uint32_t> acceptAtEdge{kUnknown};
 
   [[nodiscard]] Way* Ways() const {
     return reinterpret_cast<Way*>(const_cast<DfaState*>(this) + 1);
@@ -123,6 +123,26 @@ std::size_t LazyDfa::Run(const Subject& subject, std::size_t start, bool isFresh
   return last;
 }
 
+std::uint32_t LazyDfa::FirstAccept(std::string_view text) const {
+  Lease lease(*this);
+  const DfaState* state = StartState(Subject{text}.BoundaryAt(0), false, lease);
+  if (state == nullptr) return kOpenAccept;
+
+  const auto& classOf = fSetup.classes.classOf;
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    const DfaState* next = state->Ways()[classOf[byte]].load(std::memory_order_acquire);
+    if (next == nullptr) {
+      if (fIsFull.load(std::memory_order_relaxed)) return kOpenAccept;
+      next = Grow(*state, byte, lease.Get());
+      if (next == nullptr) return kOpenAccept;
+    }
+    state = next;
+    if (state->isDead) return kNoAccept;
+  }
+  return AcceptAtEdge(*state, lease);
+}
+
 void LazyDfa::MarkEvery(const Subject& subject, std::size_t start, LookAheadTable& table,
                         std::uint32_t number) const {
   RunBackward(subject, start, [&table, number](std::size_t pos) {
@@ -158,7 +178,7 @@ void LazyDfa::RunForward(const Subject& subject, std::size_t start, bool isFresh
     if (state->acceptsHere && onMatch(pos + 1)) return;
     if (state->isDead) return;
   }
-  if (AcceptsAtEdge(*state, lease)) onMatch(size);
+  if (AcceptAtEdge(*state, lease) != kNoAccept) onMatch(size);
 }
 
 template <class OnMatch>
@@ -187,7 +207,7 @@ void LazyDfa::RunBackward(const Subject& subject, std::size_t start, OnMatch onM
     if (state->matched && onMatch(pos)) return;
     if (state->isDead) return;
   }
-  if (peek == 0 && AcceptsAtEdge(*state, lease)) onMatch(stop);
+  if (peek == 0 && AcceptAtEdge(*state, lease) != kNoAccept) onMatch(stop);
 }
 
 template <class OnMatch>
@@ -202,7 +222,8 @@ void LazyDfa::Simulate(Workspace& workspace, const Subject& subject, std::size_t
     if (workspace.from.matched && onMatch(pos)) return;
     pos = isForward ? pos + 1 : pos - 1;
   }
-  if (workspace.stepper->Accepts(workspace.from, subject.BoundaryAt(pos))) onMatch(pos);
+  const Boundary at = subject.BoundaryAt(pos);
+  if (workspace.stepper->FirstAccept(workspace.from, at) != kNoAccept) onMatch(pos);
 }
 
 const LazyDfa::DfaState* LazyDfa::StartState(const Boundary& at, bool isFresh, Lease& lease) const {
@@ -257,10 +278,10 @@ Boundary LazyDfa::Around(const Kernel& kernel, bool isWordAhead) const {
           .isWordRight = kernel.afterWord};
 }
 
-// Whether a match ends here, nothing lying ahead. Kept in the state: all threads find the same.
-bool LazyDfa::AcceptsAtEdge(const DfaState& state, Lease& lease) const {
-  const auto known = state.acceptsAtEdge.load(std::memory_order_relaxed);
-  if (known != DfaState::Unknown) return known == DfaState::Accepts;
+// Which match ends here, nothing lying ahead. Kept in the state: all threads find the same.
+std::uint32_t LazyDfa::AcceptAtEdge(const DfaState& state, Lease& lease) const {
+  const auto known = state.acceptAtEdge.load(std::memory_order_relaxed);
+  if (known != DfaState::kUnknown) return known;
 
   Workspace& workspace = lease.Get();
   Kernel& kernel = workspace.to;
@@ -270,10 +291,9 @@ bool LazyDfa::AcceptsAtEdge(const DfaState& state, Lease& lease) const {
   kernel.afterWord = state.afterWord;
   Boundary at = Around(kernel, false);
   (fSetup.direction == Direction::Forward ? at.isEnd : at.isBegin) = true;
-  const bool accepts = workspace.stepper->Accepts(kernel, at);
-  state.acceptsAtEdge.store(accepts ? DfaState::Accepts : DfaState::Refuses,
-                            std::memory_order_relaxed);  // stands alone, orders nothing
-  return accepts;
+  const std::uint32_t accept = workspace.stepper->FirstAccept(kernel, at);
+  state.acceptAtEdge.store(accept, std::memory_order_relaxed);  // stands alone, orders nothing
+  return accept;
 }
 
 const LazyDfa::DfaState* LazyDfa::FindIn(const DfaState* from, const DfaState* end,
@@ -300,6 +320,7 @@ const LazyDfa::DfaState* LazyDfa::Intern(const Kernel& kernel) const {
   const std::size_t size = DfaState::SizeOf(ways, kernel.states.size());
   if (fUsed.fetch_add(size, std::memory_order_relaxed) + size > fSetup.budget) {
     fUsed.fetch_sub(size, std::memory_order_relaxed);
+    fIsFull.store(true, std::memory_order_relaxed);  // a hint, orders nothing
     return nullptr;
   }
   auto* const state = new (::operator new(size)) DfaState;

@@ -14,6 +14,7 @@
 namespace Matching {
 
 inline constexpr std::size_t kNowhere = static_cast<std::size_t>(-1);
+inline constexpr std::uint32_t kOpenAccept = kNoAccept - 1;
 
 // Keeps one object for the next user who asks, so that working memory is not made anew each time.
 // Any thread may take and give; whoever finds nothing makes his own.
@@ -69,6 +70,10 @@ public:
   [[nodiscard]] std::size_t Run(const Subject& subject, std::size_t start,
                                 bool isFresh = false) const;
 
+  // Goal Whole, forward: the smallest number of an Accept that the whole text leads to, or
+  // kNoAccept. When the budget is spent and leaves it open: kOpenAccept.
+  [[nodiscard]] std::uint32_t FirstAccept(std::string_view text) const;
+
   // Goal Every: marks each place at which a match ends as one where the look-ahead holds.
   void MarkEvery(const Subject& subject, std::size_t start, LookAheadTable& table,
                  std::uint32_t number) const;
@@ -99,7 +104,7 @@ private:
   // workspace.
   const DfaState* Grow(const DfaState& from, unsigned char byte, Workspace& workspace) const;
   void StepKernel(const Kernel& from, unsigned char byte, Kernel& to, Workspace& workspace) const;
-  bool AcceptsAtEdge(const DfaState& state, Lease& lease) const;
+  std::uint32_t AcceptAtEdge(const DfaState& state, Lease& lease) const;
   const DfaState* Intern(const Kernel& kernel) const;
   [[nodiscard]] Boundary Around(const Kernel& kernel, bool isWordAhead) const;
   [[nodiscard]] const DfaState* FindIn(const DfaState* from, const DfaState* end,
@@ -111,6 +116,7 @@ private:
   const Setup fSetup;
   mutable std::atomic<std::size_t> fUsed{0};
   mutable std::atomic<std::size_t> fStateCount{0};
+  mutable std::atomic<bool> fIsFull{false};  // a state was refused
   // Chains of the states that exist; a new one is pushed in front by compare-and-swap.
   mutable std::array<std::atomic<DfaState*>, kBucketCount> fBuckets{};
   mutable std::array<std::atomic<const DfaState*>, kStartCount> fStarts{};  // by what is around

@@ -64,6 +64,16 @@ Shape ShapeOf(const SyntaxTree& tree, std::uint32_t firstGroup) {
   }
 }
 
+// What stands for an alternative in the tree of its scanner.
+std::vector<NodeId> PartsOfGroup(const SyntaxTree& tree, std::uint32_t firstGroup,
+                                 std::uint32_t group) {
+  const Shape shape = ShapeOf(tree, firstGroup);
+  const auto alternative = std::find_if(
+      shape.alternatives.begin(), shape.alternatives.end(),
+      [&](NodeId id) { return tree[id].kind == NodeKind::Group && tree[id].value == group; });
+  return shape.PartsOf(*alternative);
+}
+
 bool HasLineEnd(const LiteralForm& form) {
   return std::any_of(form.pieces.begin(), form.pieces.end(), [](const std::string& piece) {
     return piece.find_first_of("\n\r") != std::string::npos;
@@ -106,10 +116,32 @@ Verdict Judge(const LiteralForms& literals, const std::vector<NodeId>& parts,
   return verdict;
 }
 
+bool HasLookAhead(const SyntaxTree& tree) {
+  return tree.Has(NodeKind::LookAhead) || tree.Has(NodeKind::NotLookAhead);
+}
+
+bool HoldsLookAhead(const SyntaxTree& tree, const std::vector<NodeId>& parts) {
+  if (!HasLookAhead(tree)) return false;
+  std::vector<NodeId> open = parts;
+  while (!open.empty()) {
+    const Node& node = tree[open.back()];
+    open.pop_back();
+    if (node.kind == NodeKind::LookAhead || node.kind == NodeKind::NotLookAhead) return true;
+    for (NodeId child = node.firstChild; child != kNoNode; child = tree[child].nextSibling) {
+      open.push_back(child);
+    }
+  }
+  return false;
+}
+
 // Whether forms are one fixed text.
 bool IsFixed(const std::optional<std::vector<LiteralForm>>& forms) {
   return forms && forms->size() == 1 && !forms->front().gapBefore && !forms->front().gapAfter &&
          forms->front().pieces.size() <= 1;
+}
+
+bool IsEmptyText(const std::optional<std::vector<LiteralForm>>& forms) {
+  return IsFixed(forms) && forms->front().pieces.empty();
 }
 
 // Whether parts are one greedy gap and nothing else.
@@ -159,25 +191,43 @@ public:
     reading.mayFail = tree.Has(NodeKind::BackReference);
     const Shape shape = ShapeOf(tree, scanner.firstGroup);
     const LiteralForms literals(tree);
-    bool isDecided = true;  // by literals, all of them
+    bool areElements = true;  // all alternatives
+    bool isDecided = true;    // by literals, all of them
     for (const NodeId id : shape.alternatives) {
       const Node& node = tree[id];
       const bool isGroup = !shape.isWhole && node.kind == NodeKind::Group;
       const bool isElement = isGroup && node.value - scanner.firstGroup < scanner.groupCount;
-      Verdict verdict = Judge(literals, shape.PartsOf(id), options);
-      isDecided = isDecided && isElement && verdict.road <= ListRoad::Floating &&
-                  IsNeverEmpty(literals.Whole({id}));
+      const std::vector<NodeId> parts = shape.PartsOf(id);
+      Verdict verdict = Judge(literals, parts, options);
+      areElements = areElements && isElement;
+      isDecided =
+          isDecided && verdict.road <= ListRoad::Floating && IsNeverEmpty(literals.Whole({id}));
       const Dependence dependence = tree.Has(NodeKind::BackReference) ? Dependence::BackReference
                                     : isElement                       ? Dependence::None
                                                                       : Dependence::Shape;
+      if (options.useShared && verdict.road == ListRoad::Always && dependence == Dependence::None &&
+          !HoldsLookAhead(tree, parts)) {
+        verdict.road = ListRoad::Shared;
+      }
       reading.alternatives.push_back({isElement ? node.value : 0, dependence, std::move(verdict)});
     }
-    if (isDecided && IsFixed(literals.Whole(shape.after))) {
-      const auto before = literals.Whole(shape.before);
-      if (IsFixed(before)) reading.naming = Naming::InOrder;
-      if (IsGreedyGap(tree, shape.before, before)) reading.naming = Naming::Latest;
+    if (areElements && IsFixed(literals.Whole(shape.after))) {
+      reading.naming = NamingOf(tree, shape, literals, isDecided);
     }
     return reading;
+  }
+
+  // For a scanner whose alternatives are all elements. The library tries them in order, and the
+  // first group that holds as much as the one around all of them is named: that of the alternative
+  // that matches, unless all of them are empty or what a look-ahead captured stays.
+  static Naming NamingOf(const SyntaxTree& tree, const Shape& shape, const LiteralForms& literals,
+                         bool isDecided) {
+    const auto before = literals.Whole(shape.before);
+    const bool isBare = IsEmptyText(before) && IsEmptyText(literals.Whole(shape.after));
+    if (isBare && !HasLookAhead(tree) && !tree.Has(NodeKind::BackReference)) return Naming::InOrder;
+    if (isDecided && IsFixed(before)) return Naming::InOrder;
+    if (isDecided && IsGreedyGap(tree, shape.before, before)) return Naming::Latest;
+    return Naming::ByCaptures;
   }
 
   void Add(std::uint32_t number, const ListScanner& scanner) {
@@ -198,6 +248,9 @@ public:
     fMatcher.fTargets.shrink_to_fit();
     fMatcher.fForms.shrink_to_fit();
     fMatcher.fConfirmed.shrink_to_fit();
+    fMatcher.fShared.shrink_to_fit();
+    fMatcher.fSharedAutomata = std::make_unique<SharedAutomata>(
+        static_cast<std::uint32_t>(fMatcher.fShared.size()), fOptions.sharedBudget);
     fMatcher.fAutomata =
         std::make_unique<std::atomic<const Expression*>[]>(fMatcher.fConfirmed.size());
   }
@@ -211,14 +264,18 @@ private:
   void Add(const Part& part, const Verdict& verdict, std::uint32_t firstGroup) {
     const auto id = static_cast<std::uint32_t>(fMatcher.fParts.size());
     fMatcher.fParts.push_back(part);
-    bool fits = verdict.road != ListRoad::Always;
+    bool fits = verdict.road < ListRoad::Shared;
     for (const LiteralForm& form : verdict.forms) fits = fits && AddForm(form, id);
     if (fits && verdict.road <= ListRoad::Floating) return;
     const std::uint32_t number = AddConfirmed(id, firstGroup);
     for (const std::string& literal : verdict.required) {
       fits = fits && AddFloating(literal, {id, kNone, number});
     }
-    if (!fits) fMatcher.fAlways.push_back(number);  // what a table had no room for, too
+    if (verdict.road == ListRoad::Shared) {
+      fMatcher.fShared.push_back(number);
+    } else if (!fits) {
+      fMatcher.fAlways.push_back(number);  // what a table had no room for, too
+    }
   }
 
   bool AddForm(const LiteralForm& form, std::uint32_t id) {
@@ -249,7 +306,8 @@ private:
   const Options fOptions;
 };
 
-ListMatcher::ListMatcher(const std::vector<ListScanner>& scanners, const Options& options) {
+ListMatcher::ListMatcher(const std::vector<ListScanner>& scanners, const Options& options)
+    : fFloating(options.useNibbles) {
   Builder builder(*this, options);
   for (std::uint32_t i = 0; i < scanners.size(); ++i) builder.Add(i, scanners[i]);
   builder.Finish();
@@ -261,17 +319,30 @@ ListMatcher::~ListMatcher() {
   }
 }
 
+void ListMatcher::AddShared(std::uint32_t first, std::uint32_t end, const PatternOf& patternOf,
+                            SyntaxTree& tree, std::vector<NodeId>& roots) const {
+  ParseResult parsed;
+  std::uint32_t scanner = kNone;  // whose tree that is
+  for (std::uint32_t i = first; i < end; ++i) {
+    const Confirmed& confirmed = fConfirmed[fShared[i]];
+    const Part& part = fParts[confirmed.part];
+    if (part.scanner != scanner) parsed = Parse(patternOf(part.scanner));
+    scanner = part.scanner;
+    roots.push_back(
+        tree.AddParts(parsed.tree, PartsOfGroup(parsed.tree, confirmed.firstGroup, part.group)));
+  }
+}
+
 const Expression* ListMatcher::BuildAutomaton(std::uint32_t number,
                                               std::string_view pattern) const {
   const Confirmed& confirmed = fConfirmed[number];
   const ParseResult parsed = Parse(pattern);
-  const Shape shape = ShapeOf(parsed.tree, confirmed.firstGroup);
-  const auto alternative =
-      std::find_if(shape.alternatives.begin(), shape.alternatives.end(), [&](NodeId id) {
-        const Node& node = parsed.tree[id];
-        return node.kind == NodeKind::Group && node.value == fParts[confirmed.part].group;
-      });
-  auto built = Expression::FromTree(SyntaxTree::OfParts(parsed.tree, shape.PartsOf(*alternative)));
+  Expression::Options options;
+  options.useLiterals = false;  // the list has found one already, or there is none
+  auto built = Expression::FromTree(
+      SyntaxTree::OfParts(parsed.tree, PartsOfGroup(parsed.tree, confirmed.firstGroup,
+                                                    fParts[confirmed.part].group)),
+      options);
   // Release publishes what was built to the acquire in Confirms; whoever comes second drops his
   // own.
   const Expression* automaton = nullptr;
@@ -381,9 +452,10 @@ ListMatcher::Memory ListMatcher::MemoryUse() const {
     for (const std::string& piece : form.pieces) memory.floating += piece.capacity();
   }
   memory.alternatives = sizeof *this + fParts.capacity() * sizeof(Part) + fNaming.capacity() +
-                        fAlways.capacity() * sizeof(std::uint32_t) +
-                        fConfirmed.capacity() * sizeof(Confirmed) +
+                        (fShared.capacity() + fAlways.capacity()) * sizeof(std::uint32_t) +
+                        fSharedAutomata->MemorySize() + fConfirmed.capacity() * sizeof(Confirmed) +
                         fConfirmed.size() * sizeof(fAutomata[0]);
+  memory.automata = fSharedAutomata->AutomatonMemory();
   for (std::size_t i = 0; i < fConfirmed.size(); ++i) {
     // The acquire pairs with the release that published the automaton.
     const Expression* automaton = fAutomata[i].load(std::memory_order_acquire);

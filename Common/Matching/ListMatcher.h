@@ -1,19 +1,23 @@
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "Common/Matching/AnchoredLiterals.h"
 #include "Common/Matching/Expression.h"
 #include "Common/Matching/FloatingLiterals.h"
 #include "Common/Matching/LiteralForms.h"
+#include "Common/Matching/SharedAutomata.h"
 #include "Common/Matching/SyntaxTree.h"
 
 namespace Matching {
@@ -31,7 +35,8 @@ enum class ListRoad : std::uint8_t {
   Anchored,  // its literals are all of it: the text is one, or begins or ends with one
   Floating,  // pieces with gaps between them, found by one and then compared
   Required,  // a literal that every match has picks it; an automaton of its own then confirms
-  Always,    // its automaton is asked about every text
+  Shared,    // an automaton that it shares with others is asked about every text
+  Always,    // one of its own is
 };
 
 // Roads that a test can close; a closed one is answered by the next slower. No answer depends on
@@ -40,16 +45,20 @@ struct ListOptions {
   bool useAnchored = true;
   bool useFloating = true;
   bool useRequired = true;
+  bool useShared = true;
+  bool useNibbles = true;
+  std::size_t sharedBudget = SharedAutomata::kBudget;
 };
 
 // Answers for a whole list of scanners at once which of them match a text, without asking each.
 //
 // The texts of the scanners are the authority: each is read as the engine reads it, and its
 // alternatives are sorted by what their trees say about literals (ListRoad). One pass over the text
-// finds those that literals decide and those that literals pick; only the latter, and those without
-// any literal, cost a run of an automaton. An alternative's own is built at its first run, from the
-// scanner's text again, and published by compare-and-swap; where an alternative cannot stand alone
-// (it refers back, or the scanner has another shape) its scanner is asked.
+// finds those that literals decide and those that literals pick; only the latter cost a run of an
+// automaton, and those without any literal one run together (SharedAutomata). Automata are built at
+// their first run, from the scanners' texts again, and published by compare-and-swap; where an
+// alternative cannot stand alone (it refers back, or the scanner has another shape) its scanner is
+// asked.
 //
 // The answer is that of asking one scanner after the other: a scanner that fails is an answer as
 // good as one that matches, and the first of both is given.
@@ -112,8 +121,8 @@ public:
   // Bytes, but for what grows while it is asked: the automata of single alternatives.
   std::size_t MemorySize() const;
 
-  // Calls onRun(scanner, group, matched) for each alternative that the text makes run, whatever
-  // else matches: what literals cannot decide. Throws what a run throws.
+  // Calls onRun(scanner, group, matched) for each alternative that the text makes run by itself,
+  // whatever else matches. Throws what a run throws.
   template <class Scanners, class OnRun>
   void VisitRuns(std::string_view text, const Scanners& scanners, OnRun onRun) const;
 
@@ -136,9 +145,9 @@ private:
     std::uint32_t part;
     std::uint32_t firstGroup;  // of its scanner; kNone when the scanner itself is to be asked
   };
-  // How a scanner's captures choose among its alternatives, as far as literals can tell.
+  // How a scanner's captures choose among its alternatives, unless the text is empty.
   enum class Naming : std::uint8_t {
-    ByCaptures,  // literals cannot
+    ByCaptures,  // only they tell
     InOrder,     // the first that matches
     Latest,      // a greedy star stands before all of them: what begins latest
   };
@@ -206,6 +215,23 @@ private:
   }
   const Expression* BuildAutomaton(std::uint32_t number, std::string_view pattern) const;
 
+  // The first of the alternatives that share automata which matches and stands before a part, or
+  // kNone; none of a scanner before `from`.
+  template <class Scanners>
+  std::uint32_t FindShared(std::string_view text, const Scanners& scanners, std::uint32_t from,
+                           std::uint32_t before) const;
+  // How many of them, from the first on, have a part that comes before some place.
+  template <class IsBefore>
+  std::uint32_t CountShared(IsBefore isBefore) const {
+    const auto end = std::partition_point(
+        fShared.begin(), fShared.end(),
+        [&](std::uint32_t number) { return isBefore(fConfirmed[number].part); });
+    return static_cast<std::uint32_t>(end - fShared.begin());
+  }
+  using PatternOf = std::function<std::string_view(std::uint32_t scanner)>;
+  void AddShared(std::uint32_t first, std::uint32_t end, const PatternOf& patternOf,
+                 SyntaxTree& tree, std::vector<NodeId>& roots) const;
+
   // Calls onHit(part, form or null, size) for the alternatives that literals decide, the size being
   // that of the literal where there is no form, and onCandidate(number in fConfirmed) for those
   // that they pick, until one gives true.
@@ -222,8 +248,10 @@ private:
   std::uint32_t fEmptyPart = kNone;     // the first that is the empty text
   std::uint32_t fAnythingPart = kNone;  // the first that is every text without line ends
   std::vector<Confirmed> fConfirmed;
-  bool fMayFail = false;               // a scanner that is asked itself can fail
-  std::vector<std::uint32_t> fAlways;  // numbers in fConfirmed, ascending
+  bool fMayFail = false;                            // a scanner that is asked itself can fail
+  std::vector<std::uint32_t> fShared;               // numbers in fConfirmed, ascending
+  std::unique_ptr<SharedAutomata> fSharedAutomata;  // its members are those of fShared
+  std::vector<std::uint32_t> fAlways;               // numbers in fConfirmed, ascending
   // One for each confirmed alternative; null until its first run.
   mutable std::unique_ptr<std::atomic<const Expression*>[]> fAutomata;
 };
@@ -276,10 +304,28 @@ bool ListMatcher::Matches(std::string_view text, const Scanners& scanners) const
           text, [](std::uint32_t, const LiteralForm*, std::size_t) { return true; }, confirms)) {
     return true;
   }
+  if (FindShared(text, scanners, 0, kNone) != kNone) return true;
   for (const std::uint32_t number : fAlways) {
     if (confirms(number)) return true;
   }
   return false;
+}
+
+template <class Scanners>
+std::uint32_t ListMatcher::FindShared(std::string_view text, const Scanners& scanners,
+                                      std::uint32_t from, std::uint32_t before) const {
+  if (fShared.empty()) return kNone;
+  const std::uint32_t first =
+      from == 0 ? 0 : CountShared([&](std::uint32_t part) { return fParts[part].scanner < from; });
+  const std::uint32_t end = CountShared([&](std::uint32_t part) { return part < before; });
+  const auto pattern = [&](std::uint32_t scanner) { return scanners.Pattern(scanner); };
+  const std::uint32_t found = fSharedAutomata->FindFirst(
+      text, first, end,
+      [&](std::uint32_t begin, std::uint32_t behind, SyntaxTree& tree, std::vector<NodeId>& roots) {
+        AddShared(begin, behind, pattern, tree, roots);
+      },
+      [&](std::uint32_t member) { return Confirms(fShared[member], text, scanners); });
+  return found == end ? kNone : fConfirmed[fShared[found]].part;
 }
 
 template <class Scanners>
@@ -289,8 +335,14 @@ std::optional<ListMatcher::Hit> ListMatcher::FindFirst(std::string_view text,
   Asked asked;
   std::uint32_t best = kNone;      // the first scanner found to match or to fail
   std::exception_ptr failure;      // what it failed with
-  std::uint32_t bestPart = kNone;  // what literals say of its alternatives
+  std::uint32_t bestPart = kNone;  // its alternative to name, or any where literals do not tell
   std::size_t bestStart = 0;       // where that begins, as far as it matters
+  const auto take = [&](std::uint32_t part, std::size_t start, std::exception_ptr raised) {
+    best = fParts[part].scanner;
+    failure = std::move(raised);
+    bestPart = part;
+    bestStart = start;
+  };
   const auto onHit = [&](std::uint32_t part, const LiteralForm* form, std::size_t size) {
     const std::uint32_t scanner = fParts[part].scanner;
     if (scanner > best || scanner < from) return false;
@@ -298,37 +350,34 @@ std::optional<ListMatcher::Hit> ListMatcher::FindFirst(std::string_view text,
     if (fNaming[scanner] == Naming::Latest) {
       start = form ? LatestStart(text, *form) : text.size() - size;
     }
-    const bool isBetter = scanner < best || bestPart == kNone || start > bestStart ||
-                          (start == bestStart && part < bestPart);
-    if (!isBetter) return false;
-    best = scanner;
-    failure = nullptr;
-    bestPart = part;
-    bestStart = start;
+    const bool isBetter =
+        scanner < best || failure || start > bestStart || (start == bestStart && part < bestPart);
+    if (isBetter) take(part, start, nullptr);
     return false;
   };
   const auto onCandidate = [&](std::uint32_t number) {
-    const std::uint32_t scanner = fParts[fConfirmed[number].part].scanner;
-    if (scanner >= best || scanner < from || !asked.Add(number)) return false;
-    std::exception_ptr raised;
+    const std::uint32_t part = fConfirmed[number].part;
+    const std::uint32_t scanner = fParts[part].scanner;
+    if (scanner > best || scanner < from) return false;
+    if (scanner == best && (fNaming[scanner] != Naming::InOrder || part >= bestPart)) return false;
+    if (!asked.Add(number)) return false;
     try {
-      if (!Confirms(number, text, scanners)) return false;
+      if (Confirms(number, text, scanners)) take(part, 0, nullptr);
     } catch (...) {
-      raised = std::current_exception();
+      take(part, 0, std::current_exception());
     }
-    best = scanner;
-    failure = raised;
-    bestPart = kNone;
     return false;
   };
   VisitLiterals(text, onHit, onCandidate);
+  const std::uint32_t shared = FindShared(text, scanners, from, bestPart);
+  if (shared != kNone) take(shared, 0, nullptr);
   for (const std::uint32_t number : fAlways) {
-    if (fParts[fConfirmed[number].part].scanner >= best) break;
+    if (fParts[fConfirmed[number].part].scanner > best) break;
     onCandidate(number);
   }
   if (failure) std::rethrow_exception(failure);
   if (best == kNone) return std::nullopt;
-  const bool isNamed = bestPart != kNone && fNaming[best] != Naming::ByCaptures;
+  const bool isNamed = fNaming[best] != Naming::ByCaptures && !text.empty();
   return Hit{best, isNamed ? fParts[bestPart].group : 0};
 }
 

@@ -69,9 +69,8 @@ void LookAheads::EvaluateOne(std::uint32_t number, const Subject& subject, bool 
     }
     both.states.clear();
     std::ranges::set_union(consumed.states, fresh.states, std::back_inserter(both.states));
-    if (simulation.Accepts(refusesEmpty ? consumed : both, begin, &table, pos)) {
-      table.Set(number, pos);
-    }
+    const Kernel& ended = refusesEmpty ? consumed : both;
+    if (simulation.FirstAccept(ended, begin, &table, pos) != kNoAccept) table.Set(number, pos);
     if (pos == subject.from) return;
     simulation.Step(both, inside, subject.At(pos - 1), consumed, &table, pos);
   }

@@ -31,6 +31,17 @@ public:
     return std::move(fProgram);
   }
 
+  Program CompileMany(const std::vector<NodeId>& roots) {
+    for (std::uint32_t i = 0; i < roots.size(); ++i) {
+      fThen = Add({.op = Op::Accept, .value = i});
+      Run({TaskKind::Visit, roots[i]});
+      fValues.push_back(fThen);
+    }
+    Choose(static_cast<std::uint32_t>(roots.size()));
+    fProgram.start = fThen;
+    return std::move(fProgram);
+  }
+
 private:
   enum class TaskKind : std::uint8_t {
     Visit,         // compile node `id` in front of fThen
@@ -242,6 +253,10 @@ constexpr const char* kOpNames[] = {
 Program CompileProgram(const SyntaxTree& tree, NodeId root, const LookAheadNumbers& lookAheads,
                        Direction direction) {
   return ProgramCompiler(tree, lookAheads, direction).Compile(root);
+}
+
+Program CompileMany(const SyntaxTree& tree, const std::vector<NodeId>& roots) {
+  return ProgramCompiler(tree, LookAheadNumbers(tree), Direction::Forward).CompileMany(roots);
 }
 
 LookAheadNumbers::LookAheadNumbers(const SyntaxTree& tree) {

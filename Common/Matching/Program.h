@@ -27,7 +27,7 @@ enum class Op : std::uint8_t {
   LookAhead,      // look-ahead `value` holds here
   NotLookAhead,   // it does not
   BackReference,  // consumes what group `value` holds, then next
-  Accept,
+  Accept,         // value: which of several expressions has come to its end
 };
 
 struct State {
@@ -88,6 +88,10 @@ private:
 // Repetitions with counts are written out, so the size is bounded by the limit on states.
 [[nodiscard]] Program CompileProgram(const SyntaxTree& tree, NodeId root,
                                      const LookAheadNumbers& lookAheads, Direction direction);
+
+// The program of several expressions at once: the Accept of each has its number in `value`. They
+// hold neither groups nor look-aheads.
+[[nodiscard]] Program CompileMany(const SyntaxTree& tree, const std::vector<NodeId>& roots);
 
 // A program that needs no counters. The standard library lets a repetition run twice, and no third
 // time, without moving on; which captures and which end of a match an expression like "(|a)*" has

@@ -39,12 +39,16 @@ void Simulation::Step(const Kernel& from, const Boundary& at, unsigned char byte
   if (!OrderMatters()) std::ranges::sort(to.states);
 }
 
-bool Simulation::Accepts(const Kernel& from, const Boundary& at, const LookAheadTable* table,
-                         std::size_t pos) {
-  if (from.isFresh) return false;
-  return std::ranges::any_of(Resolve(from, at, table, pos), [this](StateId id) {
-    return id != kRestart && fProgram.states[id].op == Op::Accept;
-  });
+std::uint32_t Simulation::FirstAccept(const Kernel& from, const Boundary& at,
+                                      const LookAheadTable* table, std::size_t pos) {
+  std::uint32_t first = kNoAccept;
+  if (from.isFresh) return first;
+  for (const StateId id : Resolve(from, at, table, pos)) {
+    if (id == kRestart) continue;
+    const State& state = fProgram.states[id];
+    if (state.op == Op::Accept) first = std::min(first, state.value);
+  }
+  return first;
 }
 
 // The kernel's states with the assertions gone through or gone.

@@ -30,6 +30,7 @@ struct Kernel {
 };
 
 inline constexpr StateId kRestart = 0xFFFFFFFF;
+inline constexpr std::uint32_t kNoAccept = 0xFFFFFFFF;
 
 // The empty set of states of a program, emptied in one step.
 class StateSet {
@@ -68,8 +69,9 @@ public:
   virtual void Begin(Kernel& kernel) = 0;
   // Consumes the byte; `at` is the boundary in front of it.
   virtual void Step(const Kernel& from, const Boundary& at, unsigned char byte, Kernel& to) = 0;
-  // Whether a match ends here, nothing more being consumed.
-  virtual bool Accepts(const Kernel& from, const Boundary& at) = 0;
+  // The smallest number of an Accept whose match ends here, nothing more being consumed; or
+  // kNoAccept.
+  virtual std::uint32_t FirstAccept(const Kernel& from, const Boundary& at) = 0;
 };
 
 // Follows all ways of a program at once.
@@ -87,15 +89,15 @@ public:
   void Step(const Kernel& from, const Boundary& at, unsigned char byte, Kernel& to) override {
     Step(from, at, byte, to, nullptr, 0);
   }
-  bool Accepts(const Kernel& from, const Boundary& at) override {
-    return Accepts(from, at, nullptr, 0);
+  std::uint32_t FirstAccept(const Kernel& from, const Boundary& at) override {
+    return FirstAccept(from, at, nullptr, 0);
   }
 
   // The same for programs with look-ahead, which ask the table what holds at place pos.
   void Step(const Kernel& from, const Boundary& at, unsigned char byte, Kernel& to,
             const LookAheadTable* table, std::size_t pos);
-  bool Accepts(const Kernel& from, const Boundary& at, const LookAheadTable* table,
-               std::size_t pos);
+  std::uint32_t FirstAccept(const Kernel& from, const Boundary& at, const LookAheadTable* table,
+                            std::size_t pos);
 
 private:
   const std::vector<StateId>& Resolve(const Kernel& from, const Boundary& at,

@@ -79,9 +79,9 @@ void SuffixTruth::Step(const Kernel& from, const Boundary& at, unsigned char byt
   if (fGoal == Goal::Any) to.states.push_back(kRestart);
 }
 
-bool SuffixTruth::Accepts(const Kernel& from, const Boundary& at) {
+std::uint32_t SuffixTruth::FirstAccept(const Kernel& from, const Boundary& at) {
   Evaluate(from, at);
-  return fTruth.Contains(fProgram.start);
+  return fTruth.Contains(fProgram.start) ? 0 : kNoAccept;
 }
 
 // Inner parts come first, so whether a look-ahead holds is known when a state asks.

@@ -26,7 +26,7 @@ public:
 
   void Begin(Kernel& kernel) override;
   void Step(const Kernel& from, const Boundary& at, unsigned char byte, Kernel& to) override;
-  bool Accepts(const Kernel& from, const Boundary& at) override;
+  std::uint32_t FirstAccept(const Kernel& from, const Boundary& at) override;
 
 private:
   // The states of a look-ahead, or the last of them: of the program around all.

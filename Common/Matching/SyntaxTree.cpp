@@ -92,21 +92,21 @@ void SyntaxTree::Append(NodeId parent, NodeId& last, NodeId child) {
   last = child;
 }
 
-SyntaxTree SyntaxTree::OfParts(const SyntaxTree& from, const std::vector<NodeId>& parts) {
-  SyntaxTree tree;
+NodeId SyntaxTree::AddParts(const SyntaxTree& from, const std::vector<NodeId>& parts) {
   std::vector<Copied> open;
+  NodeId root = kNoNode;
   if (parts.size() == 1) {
-    open.push_back(tree.Copy(from, parts.front()));
-    tree.SetRoot(open.back().to);
+    open.push_back(Copy(from, parts.front()));
+    root = open.back().to;
   } else {
-    Node root;
-    root.kind = parts.empty() ? NodeKind::Empty : NodeKind::Concat;
-    tree.Count(root.kind);
-    tree.SetRoot(tree.Add(root));
+    Node whole;
+    whole.kind = parts.empty() ? NodeKind::Empty : NodeKind::Concat;
+    Count(whole.kind);
+    root = Add(whole);
     NodeId last = kNoNode;
     for (const NodeId part : parts) {
-      open.push_back(tree.Copy(from, part));
-      tree.Append(tree.Root(), last, open.back().to);
+      open.push_back(Copy(from, part));
+      Append(root, last, open.back().to);
     }
   }
   while (!open.empty()) {
@@ -115,11 +115,11 @@ SyntaxTree SyntaxTree::OfParts(const SyntaxTree& from, const std::vector<NodeId>
     NodeId last = kNoNode;
     for (NodeId child = from[parent.from].firstChild; child != kNoNode;
          child = from[child].nextSibling) {
-      open.push_back(tree.Copy(from, child));
-      tree.Append(parent.to, last, open.back().to);
+      open.push_back(Copy(from, child));
+      Append(parent.to, last, open.back().to);
     }
   }
-  return tree;
+  return root;
 }
 
 }  // namespace Matching

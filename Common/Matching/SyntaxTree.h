@@ -58,8 +58,15 @@ public:
     fNodes.push_back(node);
     return static_cast<NodeId>(fNodes.size() - 1);
   }
-  // A tree that matches what the parts of another match one behind the other, and captures nothing.
-  static SyntaxTree OfParts(const SyntaxTree& from, const std::vector<NodeId>& parts);
+  // A node that matches what the parts of another tree match one behind the other, and captures
+  // nothing.
+  NodeId AddParts(const SyntaxTree& from, const std::vector<NodeId>& parts);
+  // A tree of just that.
+  static SyntaxTree OfParts(const SyntaxTree& from, const std::vector<NodeId>& parts) {
+    SyntaxTree tree;
+    tree.SetRoot(tree.AddParts(from, parts));
+    return tree;
+  }
 
   // The index of a set equal to this one; equal sets share an index.
   std::uint32_t Intern(const ByteSet& set);

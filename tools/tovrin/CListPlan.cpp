@@ -27,7 +27,7 @@ const char* WordsFor(Dependence dependence) {
 }
 
 // A byte more makes a literal several times as rare.
-double ChanceOf(const std::vector<std::string>& literals) {
+double ChanceOfOne(const std::vector<std::string>& literals) {
   double chance = 0;
   for (const std::string& literal : literals) {
     chance += std::pow(4.0, 1.0 - static_cast<double>(literal.size()));
@@ -40,19 +40,18 @@ double ChanceOf(const std::vector<std::string>& literals) {
 CListPlan::CListPlan(const CRegexVectorHolder& holder) : fHolder(holder) {
   for (const auto& alternative : ListMatcher::Plan(holder.Scanners())) {
     const Road road = RoadOf(alternative);
-    const bool runs = road == Road::Required || road == Road::Always;
-    const double chance = road == Road::Always     ? 1
-                          : road == Road::Required ? ChanceOf(alternative.literals)
-                                                   : 0;
+    const bool runs = road >= Road::Required;
     fRows.push_back({road, &holder.ElementOf(alternative.scanner, alternative.group),
                      fmt::format("{}", fmt::join(alternative.literals, " ")),
-                     runs ? WordsFor(alternative.dependence) : "", chance});
+                     runs ? WordsFor(alternative.dependence) : "",
+                     ChanceOf(road, alternative.literals)});
     ++fCounts[static_cast<std::size_t>(road)];
   }
 }
 
 CListPlan::Road CListPlan::RoadOf(const ListMatcher::Alternative& alternative) {
   if (alternative.road == ListRoad::Required) return Road::Required;
+  if (alternative.road == ListRoad::Shared) return Road::Shared;
   if (alternative.road == ListRoad::Always) return Road::Always;
   if (alternative.forms.size() != 1) return Road::Literals;
   const LiteralForm& form = alternative.forms.front();
@@ -61,9 +60,16 @@ CListPlan::Road CListPlan::RoadOf(const ListMatcher::Alternative& alternative) {
   return form.gapAfter ? Road::Beginning : Road::Exact;
 }
 
+double CListPlan::ChanceOf(Road road, const std::vector<std::string>& literals) {
+  constexpr double kShare = 0.1;  // of a run for many
+  if (road == Road::Always) return 1;
+  if (road == Road::Shared) return kShare;
+  return road == Road::Required ? ChanceOfOne(literals) : 0;
+}
+
 const char* CListPlan::NameOf(Road road) {
   constexpr std::array<const char*, kRoadCount> kNames = {
-      "exact", "end", "beginning", "inside", "pieces", "literals", "required", "always"};
+      "exact", "end", "beginning", "inside", "pieces", "literals", "required", "shared", "always"};
   return kNames[static_cast<std::size_t>(road)];
 }
 

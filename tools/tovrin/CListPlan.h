@@ -30,9 +30,10 @@ private:
     Pieces,
     Literals,
     Required,
+    Shared,
     Always
   };
-  static constexpr std::size_t kRoadCount = 8;
+  static constexpr std::size_t kRoadCount = 9;
   static constexpr std::size_t kMostCostly = 10;
 
   struct Row {
@@ -45,6 +46,7 @@ private:
 
   static Road RoadOf(const Matching::ListMatcher::Alternative& alternative);
   static const char* NameOf(Road road);
+  static double ChanceOf(Road road, const std::vector<std::string>& literals);
   std::string DescribeMemory() const;
   std::string DescribeCosts() const;
 

@@ -95,8 +95,18 @@ struct Counting {
 };
 
 const Matching::ListOptions kAllOptions[] = {
-    {true, true, true},  {false, true, true},  {true, false, true},
-    {true, true, false}, {false, false, true}, {false, false, false},
+    {},
+    {.useAnchored = false},
+    {.useFloating = false},
+    {.useRequired = false},
+    {.useShared = false},
+    {.useNibbles = false},
+    {.useAnchored = false, .useFloating = false},
+    {.useAnchored = false, .useFloating = false, .useRequired = false},
+    {.useAnchored = false, .useFloating = false, .useRequired = false, .useShared = false},
+    // Automata for all of the list, of which some or all have no room for most texts.
+    {.useAnchored = false, .useFloating = false, .useRequired = false, .sharedBudget = 2000},
+    {.useAnchored = false, .useFloating = false, .useRequired = false, .sharedBudget = 0},
 };
 
 void ExpectAgreement(const Scanners& scanners, const Strings& texts) {
@@ -201,6 +211,21 @@ TEST(ListMatcher, PlansTheRoadOfEachElement) {
     EXPECT_EQ(plan[0].road, expected.first);
     EXPECT_THAT(plan[0].literals, testing::UnorderedElementsAreArray(expected.second));
   }
+}
+
+TEST(ListMatcher, PlansWhichElementsShareAnAutomaton) {
+  const std::pair<const char*, ListRoad> rows[] = {
+      {"((\\d+))", ListRoad::Shared},         {"(([a-z]\\b.*))", ListRoad::Shared},
+      {"(((?=\\d)[a-z]))", ListRoad::Always}, {"(((?!\\d)[^a]))", ListRoad::Always},
+      {"(([a-z])\\2)", ListRoad::Always},
+  };
+  for (const auto& [pattern, road] : rows) {
+    const auto plan = ListMatcher::Plan({{pattern, 2, 1}});
+    ASSERT_EQ(plan.size(), 1u) << pattern;
+    EXPECT_EQ(plan[0].road, road) << pattern;
+  }
+  EXPECT_EQ(ListMatcher::Plan({{"((\\d+))", 2, 1}}, {.useShared = false})[0].road,
+            ListRoad::Always);
 }
 
 TEST(ListMatcher, PlansWhyAScannerIsAskedAsAWhole) {
@@ -324,6 +349,79 @@ std::string RandomOf(std::mt19937& random, const Strings& parts, std::size_t mos
   std::string text;
   for (std::size_t i = random() % (most + 1); i > 0; --i) text += parts[random() % parts.size()];
   return text;
+}
+
+// The first alternative that matches is named without its captures, whatever answers it.
+TEST(ListMatcher, NamesTheFirstAlternativeThatMatches) {
+  Scanners scanners;
+  scanners.Add("", {"[ab]+", "(a|x)\\d", ".*key\\d", "a.*"}, "");
+  scanners.Add("^", {".*key.", "\\w+", "ab"}, "$");
+  ExpectAgreement(scanners, {"", "a", "b", "a1", "key1", "akey1", "akeys", "-key-", "word", "-"});
+  const ListMatcher matcher(scanners.List());
+  const Patterns patterns{scanners};
+  const std::pair<const char*, std::pair<std::uint32_t, std::uint32_t>> rows[] = {
+      {"ab", {0, 2}},   {"x1", {0, 3}},    {"1key1", {0, 5}}, {"akey1", {0, 5}},
+      {"akey", {0, 6}}, {"-key-", {1, 2}}, {"word", {1, 3}},
+  };
+  for (const auto& [text, expected] : rows) {
+    const auto hit = matcher.FindFirst(text, patterns);
+    ASSERT_TRUE(hit) << text;
+    EXPECT_EQ(hit->scanner, expected.first) << text;
+    EXPECT_EQ(hit->group, expected.second) << text;
+  }
+}
+
+// What a look-ahead captured stays when its alternative fails, and can be taken for the element.
+TEST(ListMatcher, AsksTheCapturesWhereALookAheadMayHaveLeftSome) {
+  Scanners scanners;
+  scanners.Add("", {"(?=(.*))b", "[ab]+", "ab"}, "");
+  ExpectAgreement(scanners, {"b", "ab", "aab", "c", ""});
+  EXPECT_EQ(ListMatcher(scanners.List()).FindFirst("ab", scanners)->group, 0u);
+}
+
+// Many elements that only automata decide, so that halves of them and halves of those are asked.
+TEST(ListMatcher, AgreesWhereManyElementsShareAutomata) {
+  std::mt19937 random(45);
+  const Strings parts = {"[ab]", "\\d",     "[^a]", ".*",  "a?",       "(a|[bc])",
+                         "^",    "[b1]{2}", "\\b",  "\\w", "(?=[ab])", "$"};
+  const Strings textParts = {"a", "B", "1", "\n", "b", " ", "c"};
+  for (int round = 0; round < 12; ++round) {
+    Scanners scanners;
+    for (std::size_t count = 1 + random() % 9; count > 0; --count) {
+      Strings alternatives;
+      for (std::size_t i = 1 + random() % 10; i > 0; --i) {
+        alternatives.push_back(RandomOf(random, parts, 4));
+      }
+      scanners.Add(random() % 4 == 0 ? "^.*" : "", alternatives, random() % 4 == 0 ? "$" : "");
+    }
+    Strings texts;
+    for (int i = 0; i < 30; ++i) texts.push_back(RandomOf(random, textParts, 6));
+    ExpectAgreement(scanners, texts);
+    if (HasFatalFailure()) return;
+  }
+}
+
+TEST(ListMatcher, SharesAutomataAmongThreads) {
+  Scanners scanners;
+  for (const char* byte : {"x", "y", "z", "u", "v"}) {
+    scanners.Add("", {std::string("\\d+[12]") + byte, std::string("[ab]+\\d") + byte}, "");
+  }
+  for (const std::size_t budget : {std::size_t{1500}, Matching::SharedAutomata::kBudget}) {
+    for (int round = 0; round < 10; ++round) {
+      const ListMatcher matcher(scanners.List(), {.useRequired = false, .sharedBudget = budget});
+      std::vector<std::thread> threads;
+      for (int i = 0; i < 8; ++i) {
+        threads.emplace_back([&] {
+          const Patterns patterns{scanners};
+          EXPECT_EQ(matcher.FindFirst("ab1y", patterns)->scanner, 1u);
+          EXPECT_EQ(matcher.FindFirst("3332z", patterns)->scanner, 2u);
+          EXPECT_TRUE(matcher.Matches("aaaaab7v", patterns));
+          EXPECT_FALSE(matcher.Matches("aaaaab7w", patterns));
+        });
+      }
+      for (auto& thread : threads) thread.join();
+    }
+  }
 }
 
 TEST(ListMatcher, AgreesWithTheScannersOnRandomLists) {

@@ -106,6 +106,42 @@ void FloatingLiterals::AddShort(std::uint32_t literal, std::vector<Run>& runs) {
   fPairs[PairIndex(WindowOf(whole, 0, 2), 0)] |= static_cast<std::uint8_t>(1U << whole.size);
 }
 
+// Each by its rarest bytes; those that begin alike share a bucket.
+void FloatingLiterals::AddFew(const std::vector<std::uint32_t>& few) {
+  const auto bytesOf = [this](const Few& one) {
+    const Literal& literal = fLiterals[one.literal];
+    return std::string_view(fArena).substr(
+        literal.offset + one.at, std::min<std::size_t>(literal.size, NibbleScan::kMostBytes));
+  };
+  for (const std::uint32_t literal : few) {
+    Few best{literal, 0};
+    for (Few other = best; other.at + NibbleScan::kMostBytes <= fLiterals[literal].size;
+         ++other.at) {
+      if (CommonnessOf(bytesOf(other)) < CommonnessOf(bytesOf(best))) best = other;
+    }
+    fFew.push_back(best);
+  }
+  std::ranges::sort(fFew, {}, bytesOf);
+  for (std::size_t bucket = 0; bucket < NibbleScan::kBucketCount; ++bucket) {
+    const std::size_t end = (bucket + 1) * fFew.size() / NibbleScan::kBucketCount;
+    for (std::size_t i = fBucketBegins[bucket]; i < end; ++i) {
+      fNibbles.Add(bytesOf(fFew[i]), bucket);
+    }
+    fBucketBegins[bucket + 1] = end;
+  }
+}
+
+// Up to which size literals are few enough: all that a pass would be made for, or none.
+std::size_t FloatingLiterals::LongestOfFew() const {
+  if (!fUseNibbles) return 0;
+  for (const std::size_t size : {kShortest<Long> - 1, kShortRun}) {
+    const auto count = std::ranges::count_if(
+        fLiterals, [size](const Literal& literal) { return literal.size <= size; });
+    if (static_cast<std::size_t>(count) <= kMostFew) return size;
+  }
+  return 0;
+}
+
 void FloatingLiterals::Freeze() {
   if (fLiterals.empty()) return;
   std::vector<std::uint32_t> load(std::clamp<std::size_t>(
@@ -113,8 +149,15 @@ void FloatingLiterals::Freeze() {
   std::vector<Run> longRuns;
   std::vector<Run> mediumRuns;
   std::array<std::vector<Run>, kShortRun + 1> shortRuns;  // by length
+  const std::size_t fewSize = LongestOfFew();
+  std::vector<std::uint32_t> few;
   for (std::uint32_t i = 0; i < fLiterals.size(); ++i) {
     const Literal& literal = fLiterals[i];
+    if (literal.size <= fewSize) {
+      few.push_back(i);
+      continue;
+    }
+    fHasMany = true;
     if (literal.size >= kShortest<Long>) {
       AddRuns<Long>(i, load, longRuns);
     } else if (literal.size >= kShortest<Medium>) {
@@ -123,6 +166,7 @@ void FloatingLiterals::Freeze() {
       AddShort(i, shortRuns[literal.size]);
     }
   }
+  if (!few.empty()) AddFew(few);
   Fill(fLong, longRuns);
   Fill(fMedium, mediumRuns);
   Fill(fSingles, shortRuns[1]);
@@ -209,6 +253,7 @@ std::size_t FloatingLiterals::MemorySize() const {
     size += table.filter.capacity() * sizeof(std::uint64_t) +
             table.slots.capacity() * sizeof(Slot) + table.entries.capacity() * sizeof(Entry);
   };
+  size += fFew.capacity() * sizeof(Few);
   add(fLong);
   add(fMedium);
   add(fSingles);

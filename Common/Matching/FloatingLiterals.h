@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "Common/Matching/ByteFold.h"
+#include "Common/Matching/NibbleScan.h"
 
 namespace Matching {
 
@@ -22,12 +23,16 @@ namespace Matching {
 // it, the rarest that it has: then it is enough to look at every fourth or second place of the
 // text, for at just one of them one of those runs begins. A short one is found by a pair of its
 // bytes, looked for at every place, and one of a single byte by that. Each of these passes is made
-// only when there is such a literal.
+// only when there is such a literal; where only a few literals ask for the slower ones, they are
+// looked for at 32 places together instead (NibbleScan).
 //
 // Letters of either case are equal. Filled by Add, closed by Freeze, and from then on read by any
 // thread.
 class FloatingLiterals {
 public:
+  explicit FloatingLiterals(bool useNibbles = true)
+      : fUseNibbles(useNibbles && NibbleScan::IsSupported()) {}
+
   // In folded form (FoldText), not empty. False when there is no room: more than 4 GiB of literals.
   bool Add(std::string_view folded, std::uint32_t id);
   void Freeze();
@@ -37,10 +42,12 @@ public:
   std::size_t MemorySize() const;
 
   // Calls onHit(id, position) for each place where a literal stands, until one call gives true;
-  // gives whether one did. Long literals come first, each kind in the order of the text.
+  // gives whether one did. In the order of the text for each kind of literal alone.
   template <class OnHit>
   bool Visit(std::string_view text, OnHit onHit) const {
     if (fLiterals.empty()) return false;
+    if (!fFew.empty() && VisitFew(text, onHit)) return true;
+    if (!fHasMany) return false;
     // Windows of eight bytes are read in place as far as the text has them, and then from here.
     char tail[2 * kWindow] = {};
     const std::size_t tailBegin =
@@ -107,6 +114,13 @@ private:
     Entry entry;
   };
 
+  // One of the few literals that are found by a string of its bytes.
+  struct Few {
+    std::uint32_t literal;
+    std::uint32_t at;  // where in the literal the string stands
+  };
+  static constexpr std::size_t kMostFew = 24;
+
   // Letters of both cases become one, and some other bytes too: good enough to look up by.
   static constexpr std::uint64_t kLoose = 0x2020202020202020ULL;
 
@@ -142,6 +156,8 @@ private:
   std::uint64_t WindowOf(const Literal& literal, std::size_t at, std::size_t size) const;
   std::uint64_t RunOf(const Literal& literal, std::size_t at, std::size_t size) const;
 
+  std::size_t LongestOfFew() const;
+  void AddFew(const std::vector<std::uint32_t>& few);
   template <class Kind>
   void AddRuns(std::uint32_t literal, std::vector<std::uint32_t>& load,
                std::vector<Run>& runs) const;
@@ -167,6 +183,31 @@ private:
   // The same in steps, for the pairs of short literals, of which one may begin at any of kStep
   // places.
   std::size_t NextPairs(const Windows& windows, std::size_t from) const;
+
+  template <class OnHit>
+  bool VisitFew(std::string_view text, OnHit& onHit) const {
+    NibbleScan::Places places;
+    for (std::size_t from = 0; fNibbles.Next(text, from, places);) {
+      for (std::uint32_t bits = places.bits; bits != 0; bits &= bits - 1) {
+        const auto k = static_cast<std::size_t>(std::countr_zero(bits));
+        if (VisitBuckets(places.buckets[k], text, places.first + k, onHit)) return true;
+      }
+    }
+    return false;
+  }
+
+  template <class OnHit>
+  bool VisitBuckets(unsigned buckets, std::string_view text, std::size_t at, OnHit& onHit) const {
+    for (; buckets != 0; buckets &= buckets - 1) {
+      const auto bucket = static_cast<std::size_t>(std::countr_zero(buckets));
+      for (std::size_t i = fBucketBegins[bucket]; i < fBucketBegins[bucket + 1]; ++i) {
+        const Literal& literal = fLiterals[fFew[i].literal];
+        const std::size_t before = fFew[i].at;
+        if (IsAt(literal, text, at, before) && onHit(literal.id, at - before)) return true;
+      }
+    }
+    return false;
+  }
 
   template <class Kind, class OnHit>
   bool VisitStrides(const Table& table, const Windows& windows, OnHit& onHit) const {
@@ -241,6 +282,11 @@ private:
   Table fSingles;
   std::vector<std::uint8_t> fPairs;  // by PairIndex, a bit for each length of runs; or empty
   std::array<bool, 256> fIsSingle{};
+  bool fUseNibbles;
+  bool fHasMany = false;  // literals that are not in fFew
+  NibbleScan fNibbles;
+  std::vector<Few> fFew;                                                  // by bucket
+  std::array<std::size_t, NibbleScan::kBucketCount + 1> fBucketBegins{};  // in fFew
 };
 
 }  // namespace Matching

@@ -11,6 +11,7 @@
 #include "Common/Matching/AnchoredLiterals.h"
 #include "Common/Matching/ByteFold.h"
 #include "Common/Matching/FloatingLiterals.h"
+#include "Common/Matching/NibbleScan.h"
 
 namespace {
 
@@ -157,7 +158,7 @@ TEST(AnchoredLiterals, AgreesWithComparingEveryLiteral) {
 TEST(FloatingLiterals, AgreesWithSearchingEveryLiteral) {
   std::mt19937 random(8);
   for (int round = 0; round < 300; ++round) {
-    FloatingLiterals table;
+    FloatingLiterals table(round % 3 != 0);
     std::vector<std::string> literals;
     for (std::uint32_t id = 0; id < 1 + random() % 40; ++id) {
       const std::string literal = FoldText(RandomText(random, 9, round % 2 ? "aB" : "abcd.\xE9"));
@@ -188,8 +189,7 @@ TEST(FloatingLiterals, AgreesWithSearchingEveryLiteral) {
   }
 }
 
-TEST(FloatingLiterals, FindsAcrossTheChunksOfALongText) {
-  FloatingLiterals table;
+void ExpectAcrossTheChunks(FloatingLiterals table) {
   for (const char* literal : {"x", "yz", "key", "word", "needle", "a longer needle"}) {
     table.Add(literal, static_cast<std::uint32_t>(std::string_view(literal).size()));
   }
@@ -205,6 +205,37 @@ TEST(FloatingLiterals, FindsAcrossTheChunksOfALongText) {
         return false;
       });
       EXPECT_EQ(hits, (Hits{{static_cast<std::uint32_t>(literal.size()), at}})) << literal;
+    }
+  }
+}
+
+TEST(FloatingLiterals, FindsAcrossTheChunksOfALongText) {
+  ExpectAcrossTheChunks(FloatingLiterals(true));
+  ExpectAcrossTheChunks(FloatingLiterals(false));
+}
+
+TEST(NibbleScan, MissesNoPlaceOfAText) {
+  if (!Matching::NibbleScan::IsSupported()) GTEST_SKIP() << "the processor has no AVX2";
+  Matching::NibbleScan scan;
+  const std::string strings[] = {"a", "b1", ".\xE9x", "{zq-"};
+  for (std::size_t i = 0; i < std::size(strings); ++i) scan.Add(strings[i], 2 * i);
+  for (std::size_t size = 1; size < 100; ++size) {
+    for (std::size_t i = 0; i < std::size(strings); ++i) {
+      for (std::size_t at = 0; at + strings[i].size() <= size; ++at) {
+        std::string text(size, 'O');
+        text.replace(at, strings[i].size(), strings[i]);
+        for (char& c : text)
+          c = c >= 'a' && c <= 'z' && at % 2 == 0 ? static_cast<char>(c - 32) : c;
+        std::size_t from = 0;
+        Matching::NibbleScan::Places places{};
+        std::vector<std::pair<std::size_t, unsigned>> found;
+        while (scan.Next(text, from, places)) {
+          for (std::size_t k = 0; k < 32; ++k) {
+            if (places.bits >> k & 1) found.emplace_back(places.first + k, places.buckets[k]);
+          }
+        }
+        EXPECT_EQ(found, (decltype(found){{at, 1U << (2 * i)}})) << text;
+      }
     }
   }
 }

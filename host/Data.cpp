@@ -12,9 +12,7 @@ void Data::Interface_Assign(const void* bytes, std::size_t size) {
 
 std::size_t Data::Interface_Read(void* buffer, std::size_t size, std::size_t offset) const {
   if (offset >= fBytes.size()) return 0;
-  const std::size_t count = std::min(size, fBytes.size() - offset);
-  std::memcpy(buffer, fBytes.data() + offset, count);
-  return count;
+  return fBytes.copy(static_cast<char*>(buffer), size, offset);
 }
 
 std::uint8_t Data::Interface_IsEqual(const IDataRef* other) const {

@@ -126,9 +126,7 @@ private:
     char small[1024] = {};
     const std::size_t need = fill(small, sizeof small);
     if (need < sizeof small) return std::string(small);
-    std::string large(
-        need + 1,
-        '\0');  // one byte of slack: "allocate that many" fits only if need counts the NUL
+    std::string large(need, '\0');  // whose own end serves where need does not count the NUL
     fill(large.data(), need);
     return std::string(large.c_str());
   }

@@ -44,10 +44,15 @@ public:
   bool IsEqual(const IUserDefinedType* other) const {
     return other && !other->LessThan(this) && !LessThan(other);
   }
+  // The text before is gone in any case, also where the serialising throws.
   void ToString(std::string& text, IContext* context) const {
+    text.clear();
     text = CompactTextOf(Serialize(context));
   }
-  void ToString(std::string& text) const { text = CompactTextOf(Serialize()); }
+  void ToString(std::string& text) const {
+    text.clear();
+    text = CompactTextOf(Serialize());
+  }
   std::size_t ToStringSize(IContext* context) const {
     return CompactTextOf(Serialize(context)).size();
   }

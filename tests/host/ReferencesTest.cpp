@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstring>
 #include <functional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -279,6 +280,24 @@ TEST(IUserDefinedType, HasAnEmptyTextWithoutJson) {
   EXPECT_EQ(object->ToStringSize(nullptr), 0u);
 }
 
+class Unserialisable final : public Ordered {
+public:
+  Unserialisable() : Ordered(0) {}
+
+private:
+  IJSON* Interface_Serialize(IContext*) const override { throw std::runtime_error("not this one"); }
+};
+
+TEST(IUserDefinedType, HasAnEmptyTextWhereItCannotBeSerialised) {
+  const AutoRefPtr<Unserialisable> object(new Unserialisable);
+  std::string text = "left over";
+  EXPECT_THROW(object->ToString(text, nullptr), std::runtime_error);
+  EXPECT_EQ(text, "");
+  text = "left over";
+  EXPECT_THROW(object->ToString(text), std::runtime_error);
+  EXPECT_EQ(text, "");
+}
+
 TEST(IJSON, AsksAgainWithRoomWhenATextIsLong) {
   for (const std::size_t length : {0, 3, 1022, 1023, 1024, 5000}) {
     SCOPED_TRACE(length);
@@ -341,6 +360,12 @@ TEST(Data, ReadsFromAnOffset) {
     EXPECT_EQ(data->Read(buffer, row.size, row.offset), row.expected.size());
     EXPECT_EQ(std::string(buffer), row.expected);
   }
+}
+
+TEST(Data, ReadsNothingIntoNoBuffer) {
+  EXPECT_EQ(Bytes("abc")->Read(nullptr, 0, 0), 0u);
+  EXPECT_EQ(Bytes("abc")->Read(nullptr, 5, 3), 0u);
+  EXPECT_EQ(Bytes("")->Read(nullptr, 5, 0), 0u);
 }
 
 TEST(Data, HoldsBytesAndNotText) {

@@ -128,6 +128,26 @@ TEST(Registration, StoresWhatALaterCallFetches) {
   EXPECT_EQ(OwnTessarinId(module), 0u);
 }
 
+// Whichever step fails, the exception comes out as it went in; what was fetched until then stays.
+TEST(Registration, LetsTheHostsExceptionsOutAndDropsItsReferences) {
+  const LoadedModule module;
+  const StartUp host({{"Tessarin", 21}, {"Tessarin.List", 25}});
+  constexpr std::int64_t kCallbacks = 4;  // policy, transaction and two types
+  for (std::int64_t place = 0; place < kCallbacks; ++place) {
+    SCOPED_TRACE(place);
+    CHostFaults::Arm(place);
+    EXPECT_THROW(Register(module, host.info.get()), HostFault);
+    CHostFaults::Disarm();
+    EXPECT_EQ(host.info->GetCount(), 1);
+    EXPECT_EQ(host.policy->GetCount(), 2);
+    EXPECT_EQ(host.policy->context->GetCount(), 1);
+    EXPECT_EQ(OwnTessarinId(module), place < kCallbacks - 1 ? 0u : 21u);
+  }
+  CHostFaults::Arm(kCallbacks);
+  EXPECT_EQ(Register(module, host.info.get()), 0);
+  CHostFaults::Disarm();
+}
+
 TEST(Registration, DoesNotTouchTheIdThatAFactoryIsGiven) {
   const LoadedModule module;
   const StartUp host({{"Tessarin", 21}, {"Tessarin.List", 25}});

@@ -5,8 +5,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "host/Data.h"
@@ -133,6 +135,74 @@ TEST(SetHost, AnswersFalseToDataThatDoesNotDeliverItsBytes) {
   EXPECT_EQ(answer.Changes(), std::vector<std::string>{"AssignBoolean false"});
   EXPECT_TRUE(SetHost(module, PointerTo(host)).Boolean());
   EXPECT_EQ(host->GetCount(), 2) << "the slot was still free";
+}
+
+// Hands over bytes of a pointer, and may do more on the way.
+class ActingData final : public InterfaceImpl<IDataRef> {
+public:
+  ActingData(const IHost* host, std::function<void()> inSize, std::function<void()> inRead)
+      : fHost(host), fInSize(std::move(inSize)), fInRead(std::move(inRead)) {}
+
+private:
+  std::size_t Interface_GetSize() const override {
+    fInSize();
+    return sizeof fHost;
+  }
+  void Interface_Assign(const void*, std::size_t) override {}
+  std::size_t Interface_Read(void* buffer, std::size_t size, std::size_t) const override {
+    fInRead();
+    std::memcpy(buffer, &fHost, size);
+    return size;
+  }
+  std::uint8_t Interface_IsEqual(const IDataRef*) const override { return 0; }
+  IDataRef* Interface_Clone() const override { return nullptr; }
+
+  const IHost* const fHost;
+  const std::function<void()> fInSize, fInRead;
+};
+
+class RefusingHost final : public QuietHost {
+  void Interface_AddRef() const override { throw HostFault(); }
+};
+
+TEST(SetHost, LetsTheHostsExceptionsOutAndStaysEmpty) {
+  const auto host = MakeHost();
+  const AutoRefPtr<QuietHost> refusing(new RefusingHost);
+  const auto quiet = [] {};
+  const auto fail = [] { throw HostFault(); };
+  {
+    const LoadedModule module;
+    const AutoRefPtr<IDataRef> datas[] = {
+        AutoRefPtr<IDataRef>(new ActingData(host.get(), fail, quiet)),
+        AutoRefPtr<IDataRef>(new ActingData(host.get(), quiet, fail)),
+        AutoRefPtr<IDataRef>(new ActingData(refusing.get(), quiet, quiet)),
+    };
+    for (const auto& data : datas) {
+      EXPECT_THROW(SetHost(module, TestVariant::Data(data)), HostFault);
+      EXPECT_EQ(data->GetCount(), 1);
+    }
+    EXPECT_EQ(host->GetCount(), 1);
+    EXPECT_TRUE(SetHost(module, PointerTo(host)).Boolean());
+    EXPECT_EQ(host->GetCount(), 2) << "the slot was still free";
+  }
+  EXPECT_EQ(host->GetCount(), 1);
+  EXPECT_EQ(refusing->GetCount(), 1);
+}
+
+// The call within comes to its end first, so its host is the first.
+TEST(SetHost, KeepsTheHostThatComesWhileAnotherIsRead) {
+  const auto outer = MakeHost();
+  const auto inner = MakeHost();
+  {
+    const LoadedModule module;
+    const auto handOver = [&] { EXPECT_TRUE(SetHost(module, PointerTo(inner)).Boolean()); };
+    const AutoRefPtr<IDataRef> data(new ActingData(
+        outer.get(), [] {}, handOver));
+    EXPECT_TRUE(SetHost(module, TestVariant::Data(data)).Boolean());
+    EXPECT_EQ(inner->GetCount(), 2);
+    EXPECT_EQ(outer->GetCount(), 1);
+  }
+  EXPECT_EQ(inner->GetCount(), 1);
 }
 
 TEST(SetHost, RefusesWhatIsNoData) {

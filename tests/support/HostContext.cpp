@@ -21,10 +21,12 @@ TypeId TestContext::Interface_FindType(const char* name) const {
 }
 
 IContext* TestPolicy::Interface_CreateTransaction(const char* name) {
+  CHostFaults::Pass();
   transactions.emplace_back(name);
   return Share(context.get()).release();
 }
 
 IPolicy* TestModuleInfo::Interface_GetPolicy() const {
+  CHostFaults::Pass();
   return Share(policy.get()).release();
 }

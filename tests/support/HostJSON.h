@@ -10,25 +10,10 @@
 #include "host/IJSON.h"
 #include "host/InterfaceImpl.h"
 
-// A JSON value for tests that knows its text and nothing else, and how its text was asked for.
-class TextJSON final : public Tovrin::InterfaceImpl<Tovrin::IJSON> {
-public:
-  explicit TextJSON(std::string text) : fText(std::move(text)) {}
-
-  // The buffer sizes that ToString was called with, in order.
-  mutable std::vector<std::size_t> sizesOffered;
-  // The indents, likewise.
-  mutable std::vector<std::string> indents;
-
-private:
-  std::size_t Interface_ToString(const char* indent, char* buffer,
-                                 std::size_t size) const override {
-    sizesOffered.push_back(size);
-    indents.emplace_back(indent ? indent : "(null)");
-    if (size > fText.size()) std::memcpy(buffer, fText.c_str(), fText.size() + 1);
-    return fText.size() + 1;
-  }
-
+// Answers every operation with nothing; tests override what they need.
+class NeutralJSON : public Tovrin::InterfaceImpl<Tovrin::IJSON> {
+protected:
+  std::size_t Interface_ToString(const char*, char*, std::size_t) const override { return {}; }
   bool Interface_Parse(const char*) override { return {}; }
   bool Interface_LessThan(const Tovrin::IJSON*) const override { return {}; }
   bool Interface_Equals(const Tovrin::IJSON*) const override { return {}; }
@@ -95,6 +80,26 @@ private:
   std::int64_t Interface_Serialize(void*, std::size_t) const override { return {}; }
   std::uint8_t Interface_GetErrorStatus() const override { return {}; }
   std::size_t Interface_GetErrorMessage(char*, std::size_t, bool*) const override { return {}; }
+};
+
+// A JSON value for tests that knows its text and nothing else, and how its text was asked for.
+class TextJSON final : public NeutralJSON {
+public:
+  explicit TextJSON(std::string text) : fText(std::move(text)) {}
+
+  // The buffer sizes that ToString was called with, in order.
+  mutable std::vector<std::size_t> sizesOffered;
+  // The indents, likewise.
+  mutable std::vector<std::string> indents;
+
+private:
+  std::size_t Interface_ToString(const char* indent, char* buffer,
+                                 std::size_t size) const override {
+    sizesOffered.push_back(size);
+    indents.emplace_back(indent ? indent : "(null)");
+    if (size > fText.size()) std::memcpy(buffer, fText.c_str(), fText.size() + 1);
+    return fText.size() + 1;
+  }
 
   const std::string fText;
 };

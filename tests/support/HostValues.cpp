@@ -71,6 +71,7 @@ const char* TestVariant::Interface_GetString() const {
 std::size_t TestVariant::Interface_GetStringSize() const {
   CHostFaults::Pass();
   ++fReads;
+  if (fClaimedSize) return *fClaimedSize;
   return fText ? fText->size() : 0;
 }
 
@@ -78,6 +79,12 @@ IDataRef* TestVariant::Interface_GetData() const {
   CHostFaults::Pass();
   ++fReads;
   return Share(fData.get()).release();
+}
+
+IStream* TestVariant::Interface_GetStream() const {
+  CHostFaults::Pass();
+  ++fReads;
+  return Share(fStream.get()).release();
 }
 
 IUserDefinedType* TestVariant::Interface_GetUserDefined() const {
@@ -150,8 +157,9 @@ void TestVariant::Interface_AssignData(IDataRef* data) {
   fChanges.emplace_back("AssignData");
 }
 
-void TestVariant::Interface_AssignStream(IStream*) {
+void TestVariant::Interface_AssignStream(IStream* stream) {
   CHostFaults::Pass();
+  fStream = Share(stream);
   fChanges.emplace_back("AssignStream");
 }
 

@@ -13,6 +13,7 @@
 #include "host/AutoRefPtr.h"
 #include "host/IDataRef.h"
 #include "host/IMapGeneric.h"
+#include "host/IStream.h"
 #include "host/IUserDefinedType.h"
 #include "host/IVariant.h"
 #include "host/IVectorGeneric.h"
@@ -23,8 +24,9 @@
 // What a host's callback throws when its turn has come.
 class HostFault : public std::exception {};
 
-// Lets a host fail: once armed, the callbacks of these values and of TestContext are counted, and
-// the one at that place throws a HostFault. References are never refused. For one thread.
+// Lets a host fail: once armed, the callbacks of these values and of those in HostContext.h are
+// counted, and the one at that place throws a HostFault. References are never refused. For one
+// thread.
 class CHostFaults {
 public:
   static void Arm(std::int64_t place) { fPlace = place; }  // 0: the very next
@@ -55,6 +57,9 @@ public:
   static Tovrin::AutoRefPtr<TestVariant> Vector(
       Tovrin::TypeId type, const Tovrin::AutoRefPtr<const Tovrin::IVectorGeneric>& vector);
 
+  // Tells of another size of its text than it has.
+  void ClaimSize(std::size_t size) { fClaimedSize = size; }
+
   // The changes in order, each as the operation's name and what it brought: "AssignBoolean false",
   // "AssignNumber 7", "AssignString null 0", "AssignString 'text'", "AssignVector null".
   const std::vector<std::string>& Changes() const { return fChanges; }
@@ -69,7 +74,7 @@ private:
   const char* Interface_GetString() const override;
   std::size_t Interface_GetStringSize() const override;
   Tovrin::IDataRef* Interface_GetData() const override;
-  Tovrin::IStream* Interface_GetStream() const override { return nullptr; }
+  Tovrin::IStream* Interface_GetStream() const override;
   Tovrin::IUserDefinedType* Interface_GetUserDefined() const override;
   std::size_t Interface_GetVectorSize() const override;
   const Tovrin::IVectorGeneric* Interface_GetVector() const override;
@@ -81,7 +86,7 @@ private:
   void Interface_AssignNumber(double value) override;
   void Interface_AssignString(const char* bytes, std::size_t size) override;
   void Interface_AssignData(Tovrin::IDataRef* data) override;
-  void Interface_AssignStream(Tovrin::IStream*) override;
+  void Interface_AssignStream(Tovrin::IStream* stream) override;
   void Interface_SetUserDefined(Tovrin::IUserDefinedType* object) override;
   void Interface_AssignVector(const Tovrin::IVectorGeneric* vector) override;
   void Interface_AssignMap(const Tovrin::IMapGeneric* map) override;
@@ -93,7 +98,9 @@ private:
   bool fBoolean = false;
   double fNumber = 0;
   std::optional<std::string> fText;
+  std::optional<std::size_t> fClaimedSize;
   Tovrin::AutoRefPtr<Tovrin::IDataRef> fData;
+  Tovrin::AutoRefPtr<Tovrin::IStream> fStream;
   Tovrin::AutoRefPtr<Tovrin::IUserDefinedType> fObject;
   Tovrin::AutoRefPtr<const Tovrin::IVectorGeneric> fVector;
   Tovrin::AutoRefPtr<const Tovrin::IMapGeneric> fMap;

@@ -25,9 +25,10 @@ std::string StatusMessage(FunctionStatus status, std::string_view kind, std::str
   return text.append(kind).append(" '").append(name).append("'");
 }
 
-ImportedFunction::ImportedFunction(const ImportedFunctionNames& names, IContext& context)
+ImportedFunction::ImportedFunction(const ImportedFunctionNames& names, IContext& context,
+                                   std::uint64_t instanceId)
     : fNames(names) {
-  Resolve(context, context.GetTovrinInstanceId());
+  Resolve(context, instanceId);
 }
 
 void ImportedFunction::Resolve(IContext& context, std::uint64_t instanceId) {
@@ -42,8 +43,7 @@ std::string ImportedFunction::Title() const {
   return std::string("Tovrin function ") + fNames.name + " (imported as " + fNames.importedAs + ")";
 }
 
-bool ImportedFunction::Prepare(IContext& context) {
-  const std::uint64_t instanceId = context.GetTovrinInstanceId();
+bool ImportedFunction::Prepare(IContext& context, std::uint64_t instanceId) {
   if (instanceId != fInstanceId.load(std::memory_order_relaxed)) Resolve(context, instanceId);
 
   if (!fFunction.load(std::memory_order_relaxed)) {

@@ -33,11 +33,12 @@ struct ImportedFunctionNames {
 // last thread that resolves wins.
 class ImportedFunction {
 public:
-  ImportedFunction(const ImportedFunctionNames& names, IContext& context);
+  ImportedFunction(const ImportedFunctionNames& names, IContext& context, std::uint64_t instanceId);
 
-  // Ready to be called: resolved for this context's instance, with the state of the context noted
-  // in the debug log. A function that does not exist is raised in the context, and gives false.
-  bool Prepare(IContext& context);
+  // Ready to be called: resolved for this instance, which is the context's, with the state of the
+  // context noted in the debug log. A function that does not exist is raised in the context, and
+  // gives false.
+  bool Prepare(IContext& context, std::uint64_t instanceId);
 
   // Calls, and raises a failure status in the context. Only after Prepare gave true.
   void Call(IContext& context, std::span<IVariant* const> arguments, IVariant* result) const;
@@ -87,8 +88,9 @@ public:
 
   static Result Call(IContext* context, std::initializer_list<IVariant*> arguments = {}) {
     if (!context) return Result{};
-    static ImportedFunction imported(Function::kNames, *context);
-    if (!imported.Prepare(*context)) return Result{};
+    const std::uint64_t instanceId = context->GetTovrinInstanceId();
+    static ImportedFunction imported(Function::kNames, *context, instanceId);
+    if (!imported.Prepare(*context, instanceId)) return Result{};
 
     const AutoRefPtr<IVariant> result = ImportedResult<Result>::Make(*context, Function::kNames);
     imported.Call(*context, {arguments.begin(), arguments.size()}, result.get());

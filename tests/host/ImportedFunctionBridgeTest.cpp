@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -66,12 +67,16 @@ public:
   AutoRefPtr<ILogger> logger;
   TypeId userType = 0;
 
+  mutable int timesAskedForInstance = 0;
   std::vector<std::string> asked;   // for functions
   std::vector<std::string> raised;  // through the error handler
   std::vector<TypeId> made;
 
 private:
-  std::uint64_t Interface_GetTovrinInstanceId() const override { return instanceId; }
+  std::uint64_t Interface_GetTovrinInstanceId() const override {
+    ++timesAskedForInstance;
+    return instanceId;
+  }
   ModuleFunction Interface_GetFunction(const char* name, std::uint32_t count,
                                        const char* const* types, IModuleInfo** out,
                                        std::uint32_t flag) override {
@@ -321,6 +326,30 @@ TEST(ImportedFunctionBridge, ResolvesAtFirstUseForInstanceZero) {
   const AutoRefPtr<ImportingContext> context(new ImportingContext(0));
   EXPECT_TRUE(ImportedFunctionBridge<FirstUse>::Call(context.get()));
   EXPECT_EQ(context->asked, (Lines{"First.Use 1 'BOOLEAN' ''"}));
+  EXPECT_EQ(context->timesAskedForInstance, 1);
+  EXPECT_TRUE(ImportedFunctionBridge<FirstUse>::Call(context.get()));
+  EXPECT_EQ(context->timesAskedForInstance, 2) << "once a call";
+}
+
+// A first use that fails leaves nothing behind, and the next is the first again.
+struct FailingUse {
+  using Result = bool;
+  static constexpr ImportedFunctionNames kNames{"Failing.Use", "Failing_Use", "BOOLEAN", ""};
+};
+
+class FailingContext final : public NeutralContext {
+  ModuleFunction Interface_GetFunction(const char*, std::uint32_t, const char* const*,
+                                       IModuleInfo**, std::uint32_t) override {
+    throw std::runtime_error("the host's own");
+  }
+};
+
+TEST(ImportedFunctionBridge, ResolvesAgainAfterAFirstUseThatFailed) {
+  gTarget = Target{};
+  const AutoRefPtr<FailingContext> failing(new FailingContext);
+  EXPECT_THROW(ImportedFunctionBridge<FailingUse>::Call(failing.get()), std::runtime_error);
+  const AutoRefPtr<ImportingContext> context(new ImportingContext(0));
+  EXPECT_TRUE(ImportedFunctionBridge<FailingUse>::Call(context.get()));
 }
 
 }  // namespace

@@ -23,20 +23,27 @@ TEST(Program, UsesTheModuleBesideIt) {
   EXPECT_THAT(result.output, HasSubstr("\nmodule 1.0.0.0, "));
 }
 
-TEST(Program, LooksForItsModuleInTheLibFolderNextToItsOwn) {
-  const CTemporaryFolder prefix;
-  std::filesystem::create_directories(prefix.Path() / "bin");
-  std::filesystem::create_directories(prefix.Path() / "lib");
-  const auto program = prefix.Path() / "bin" / "tovrin";
-  std::filesystem::copy_file(BinDir() / "tovrin", program);
-  const ChildResult lost = RunChild({{program.string(), "--version"}, {}, false, {}});
-  EXPECT_EQ(lost.status, 1);
-  EXPECT_THAT(lost.errors, StartsWith("no module at " + prefix.Path().string() + "/bin/"));
+TEST(Program, LooksForItsModuleInTheLibFoldersNextToItsOwn) {
+  std::vector<std::string> folders = {"bin", "lib"};
+  const std::string triplet = TESSARIN_TRIPLET;
+  if (!triplet.empty()) folders.push_back("lib/" + triplet);
+  for (const std::string& folder : folders) {
+    SCOPED_TRACE(folder);
+    const CTemporaryFolder prefix;
+    std::filesystem::create_directories(prefix.Path() / "bin");
+    std::filesystem::create_directories(prefix.Path() / folder);
+    const auto program = prefix.Path() / "bin" / "tovrin";
+    std::filesystem::copy_file(BinDir() / "tovrin", program);
+    const ChildResult lost = RunChild({{program.string(), "--version"}, {}, false, {}});
+    EXPECT_EQ(lost.status, 1);
+    EXPECT_THAT(lost.errors, StartsWith("no module at " + prefix.Path().string() + "/bin/"));
+    EXPECT_THAT(lost.errors, HasSubstr(prefix.Path().string() + "/" + folder + "/libtessarin.so"));
 
-  std::filesystem::copy_file(TestModule("sound"), prefix.Path() / "lib" / "libtessarin.so");
-  const ChildResult found = RunChild({{program.string(), "--version"}, {}, false, {}});
-  EXPECT_EQ(found.status, 0);
-  EXPECT_THAT(found.output, HasSubstr("module 3.2.1"));
+    std::filesystem::copy_file(TestModule("sound"), prefix.Path() / folder / "libtessarin.so");
+    const ChildResult found = RunChild({{program.string(), "--version"}, {}, false, {}});
+    EXPECT_EQ(found.status, 0);
+    EXPECT_THAT(found.output, HasSubstr("module 3.2.1"));
+  }
 }
 
 TEST(Program, EndsWithStatusTwoForACommandLineThatItCannotRead) {

@@ -36,6 +36,9 @@ constexpr std::array<const char*, 15> kDescriptions = {
     "GetAlternativeProcedureDependencies",
 };
 
+// Where an installation keeps its libraries, from its root.
+constexpr const char* kLibraryFolders[] = {TESSARIN_LIBRARY_FOLDERS};
+
 CSharedLibrary Load(const std::string& path) {
   try {
     return CSharedLibrary(path);
@@ -207,7 +210,10 @@ void CModule::TakeOutFunctions() {
 std::filesystem::path FindOwnModule() {
   const std::filesystem::path folder = ProgramPath().parent_path();
   const std::string file = SharedLibraryFileName("tessarin");
-  const std::array places = {folder / file, folder.parent_path() / TESSARIN_LIBRARY_FOLDER / file};
+  std::vector<std::filesystem::path> places = {folder / file};
+  for (const char* libraries : kLibraryFolders) {
+    places.push_back(folder.parent_path() / libraries / file);
+  }
   for (const auto& place : places) {
     if (std::filesystem::exists(place)) return place;
   }

@@ -62,6 +62,8 @@ std::uint8_t Tessarin::Interface_Deserialize(const IJSON* json) {
 IJSON* Tessarin::Interface_Serialize() const {
   auto json = JSON::JSONWrapper::CreateObject();
   json->Parse("{}");  // the way to an object that keeps the order of its keys
+  // Contract: what JSON cannot hold, text that is not UTF-8, leaves the object without its member
+  // and with the setter's error; of a text with a zero byte it holds what stands in front of that.
   json->Set("value", fExpression);
   return json.release();
 }

@@ -72,6 +72,13 @@ TEST(ModuleExports, AreTheNamesOfTheVersionScript) {
   EXPECT_EQ(ShownByTheLibrary().plain, listed);
 }
 
+// A host loads it by its path; a name of its own would bind who links it to that name.
+TEST(ModuleExports, StandInALibraryWithoutANameOfItsOwn) {
+  const std::string sections = OutputOf("readelf -d '" + LoadedModule::Path() + "'");
+  EXPECT_NE(sections.find("NEEDED"), std::string::npos);
+  EXPECT_EQ(sections.find("SONAME"), std::string::npos);
+}
+
 // The members of the interfaces as tests/host/interfaces.txt records them: "IVariant::GetType()
 // const".
 Names RecordedMembers() {

@@ -105,8 +105,26 @@ TEST(SerialisedForms, ExpressionsComeBackAsTheyWere) {
     EXPECT_EQ(Text(restored), text);
     EXPECT_TRUE(saved->IsEqual(restored.get()));
   }
-  // Contract: JSON holds no text that is not UTF-8, so the member is missing.
-  EXPECT_EQ(Saved(Expression("\xff")->GetUserDefined()), "{}");
+}
+
+// Contract: JSON refuses text that is not UTF-8, so the member is missing, which no object is
+// restored from; the setter takes a text up to its zero byte.
+TEST(SerialisedForms, WhatJsonCannotHoldIsNotSaved) {
+  for (const char* text : {"\xff", "a\xC3", "\x80", "[\x80-\xBF]"}) {
+    SCOPED_TRACE(testing::PrintToString(text));
+    const auto argument = Expression(text);
+    const Json json = argument->GetUserDefined()->Serialize();
+    EXPECT_EQ(json->GetErrorStatus(), IJSON::StatusError) << "a host can see it";
+    EXPECT_EQ(json->GetErrorMessage(),
+              "Can't set key/value pair into JSON, value for key \"value\" is not a valid "
+              "UTF8-string");
+    EXPECT_EQ(json->ToString(""), "{}");
+    const Object restored = Expression("before")->GetUserDefined();
+    EXPECT_FALSE(restored->Deserialize(json.get()));
+    EXPECT_EQ(Text(restored), "before");
+    EXPECT_EQ(Text(argument->GetUserDefined()), text) << "what cannot be saved works all the same";
+  }
+  EXPECT_EQ(Saved(Expression(std::string("a\0b", 3))->GetUserDefined()), R"({"value":"a"})");
 }
 
 TEST(SerialisedForms, AnExpressionIsNotReadFromAnythingElse) {
@@ -161,9 +179,14 @@ TEST(SerialisedForms, AListIsItsTypeAndItsTexts) {
 }
 
 TEST(SerialisedForms, AListsTextsAreWrittenWithoutEscapes) {
-  const Object quoted = NewList();
-  Add(quoted, "a\"b");
-  EXPECT_EQ(Saved(quoted), "{}");  // Contract: the text is refused, and what was there stays
+  // Contract: a text that this breaks is refused, and what was there stays.
+  for (const char* text : {"a\"b", "\\d", "a\tb", "\xff"}) {
+    SCOPED_TRACE(testing::PrintToString(text));
+    const Object breaking = NewList();
+    Add(breaking, text);
+    EXPECT_EQ(Saved(breaking), "{}");
+    EXPECT_EQ(breaking->Serialize()->GetErrorStatus(), IJSON::StatusError);
+  }
   const Object escaped = NewList();
   Add(escaped, R"(a\"b)");
   const Object restored = NewList();

@@ -62,7 +62,7 @@ bench: setup build/bench/build.ninja
 	@set -e; for program in build/bench/bench/*_bench; do $$program $(BENCH_FLAGS); done
 
 fuzz: setup-fuzz build/fuzz/build.ninja
-	cmake --build build/fuzz -j $(JOBS)
+	cmake --build build/fuzz -j $(JOBS) --target fuzz_programs
 	@./cmake/fuzz.sh build/fuzz $(FUZZ_SECONDS)
 
 # The module's exports and all that a host reaches through them, as abigail reads it out of the debugger's

@@ -1,7 +1,10 @@
 #include "tests/module/DefinitionEntries.h"
 
 #include <algorithm>
+#include <regex>
 #include <stdexcept>
+
+#include "tests/support/SharedData.h"
 
 namespace {
 
@@ -86,4 +89,14 @@ std::vector<DefinitionEntry> ReadDefinition(std::string_view text) {
   std::vector<DefinitionEntry> entries;
   for (Reader reader(text); !reader.AtEnd();) entries.push_back(ReadEntry(reader));
   return entries;
+}
+
+std::set<std::string> NamesOfTheVersionScript() {
+  static const std::regex kName(R"(^\s*([A-Za-z_]\w*);$)");
+  std::set<std::string> names;
+  for (const std::string& line : ReadLines(SourceDir() / "cmake/exports.map")) {
+    std::smatch match;
+    if (std::regex_match(line, match, kName)) names.insert(match[1]);
+  }
+  return names;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,3 +16,6 @@ struct DefinitionEntry {
 
 // Reads a whole definition text by its grammar; throws std::runtime_error where it departs from it.
 std::vector<DefinitionEntry> ReadDefinition(std::string_view text);
+
+// The C names that cmake/exports.map lists.
+std::set<std::string> NamesOfTheVersionScript();

@@ -56,18 +56,8 @@ Exports ShownByTheLibrary() {
   return exports;
 }
 
-Names ListedInTheVersionScript() {
-  static const std::regex kName(R"(^\s*([A-Za-z_]\w*);$)");
-  Names names;
-  for (const std::string& line : ReadLines(SourceDir() / "cmake/exports.map")) {
-    std::smatch match;
-    if (std::regex_match(line, match, kName)) names.insert(match[1]);
-  }
-  return names;
-}
-
 TEST(ModuleExports, AreTheNamesOfTheVersionScript) {
-  const Names listed = ListedInTheVersionScript();
+  const Names listed = NamesOfTheVersionScript();
   EXPECT_EQ(listed.size(), 57u);
   EXPECT_EQ(ShownByTheLibrary().plain, listed);
 }

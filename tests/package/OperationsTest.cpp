@@ -74,6 +74,8 @@ TEST(Operations, NamesEverySetting) {
   const Texts named = FirstColumn(Section("Settings"));
   EXPECT_EQ(std::set<std::string>(named.begin(), named.end()),
             std::set<std::string>(read.begin(), read.end()));
+  const std::string manual = ReadWholeFile(SourceDir() / "tools/tovrin/tovrin.1");
+  for (const std::string& name : read) EXPECT_NE(manual.find(name), std::string::npos) << name;
 }
 
 // Rows of the catalogue that the sources use, with "..." for the values. One without words of its

@@ -62,7 +62,7 @@ void ReportBadExpression(const std::string& element) {
             {"formatType", "a valid Regex"}});
 }
 
-bool Name(const std::string& element, CUsePtr<CUnicodeString>* source) {
+bool Name(std::string_view element, CUsePtr<CUnicodeString>* source) {
   *source = MakeUseCounted<CUnicodeString>(element);
   return true;
 }
@@ -188,6 +188,7 @@ std::vector<Matching::ListScanner> CRegexVectorHolder::Scanners() const {
     if (!HasBackReference(scanner.pattern)) {
       scanner.firstGroup = static_cast<std::uint32_t>(entry.FirstAlternativeGroup());
       scanner.groupCount = static_cast<std::uint32_t>(entry.fSources->size());
+      scanner.names = entry.fSources->data();
     }
     scanners.push_back(scanner);
   }
@@ -197,13 +198,8 @@ std::vector<Matching::ListScanner> CRegexVectorHolder::Scanners() const {
 namespace {
 
 // An alternative's own automaton fails as its scanner would.
-template <class Ask>
-auto GuardedRuns(Ask ask) {
-  try {
-    return ask();
-  } catch (const std::regex_error& failure) {
-    throw CRegexException(std::string("Runtime error in regex matching: '") + failure.what() + "'");
-  }
+[[noreturn]] void FailAsScanner(const std::regex_error& failure) {
+  throw CRegexException(std::string("Runtime error in regex matching: '") + failure.what() + "'");
 }
 
 // The entries as the list matcher asks them.
@@ -228,27 +224,31 @@ const std::string& CRegexVectorHolder::ElementOf(std::size_t scanner, std::size_
 bool CRegexVectorHolder::Find(std::string_view text, CUsePtr<CUnicodeString>* source) const {
   if (!fMatcher) return FindInEntries(text, source);
 
-  return GuardedRuns([&] {
+  try {
     const AskedEntries scanners{fEntries};
     if (!source) return fMatcher->Matches(text, scanners);
     std::uint32_t from = 0;
     while (const auto hit = fMatcher->FindFirst(text, scanners, from)) {
-      if (hit->group != 0) return Name(ElementOf(hit->scanner, hit->group), source);
+      if (hit->group != 0) return Name(hit->name, source);
       if (FindInEntry(fEntries[hit->scanner], text, source)) return true;
       from = hit->scanner + 1;
     }
     return false;
-  });
+  } catch (const std::regex_error& failure) {
+    FailAsScanner(failure);
+  }
 }
 
 void CRegexVectorHolder::VisitRuns(std::string_view text, const OnRun& onRun) const {
   if (!fMatcher) return;
-  GuardedRuns([&] {
+  try {
     fMatcher->VisitRuns(text, AskedEntries{fEntries},
                         [&](std::uint32_t scanner, std::uint32_t group, bool matched) {
                           onRun(ElementOf(scanner, group), matched);
                         });
-  });
+  } catch (const std::regex_error& failure) {
+    FailAsScanner(failure);
+  }
 }
 
 bool CRegexVectorHolder::FindInEntries(std::string_view text,

@@ -232,10 +232,14 @@ public:
 
   void Add(std::uint32_t number, const ListScanner& scanner) {
     const Reading reading = Read(scanner, fOptions);
-    fMatcher.fNaming.push_back(reading.naming);
     fMatcher.fMayFail = fMatcher.fMayFail || reading.mayFail;
     for (const Reading::Alternative& alternative : reading.alternatives) {
-      Add({number, alternative.group}, alternative.verdict,
+      const Part part{number, alternative.group, reading.naming};
+      const bool hasName = scanner.names != nullptr && part.group != 0;
+      const std::string_view name =
+          hasName ? scanner.names[part.group - scanner.firstGroup] : std::string_view();
+      const std::uint32_t id = fMatcher.fParts.Add(part, name);
+      Add(id, alternative.verdict,
           alternative.dependence == Dependence::None ? scanner.firstGroup : kNone);
     }
   }
@@ -244,7 +248,7 @@ public:
     fMatcher.fTails.Freeze();
     fMatcher.fHeads.Freeze();
     fMatcher.fFloating.Freeze();
-    fMatcher.fParts.shrink_to_fit();
+    fMatcher.fParts.Freeze();
     fMatcher.fTargets.shrink_to_fit();
     fMatcher.fForms.shrink_to_fit();
     fMatcher.fConfirmed.shrink_to_fit();
@@ -261,9 +265,7 @@ private:
     return static_cast<std::uint32_t>(fMatcher.fConfirmed.size() - 1);
   }
 
-  void Add(const Part& part, const Verdict& verdict, std::uint32_t firstGroup) {
-    const auto id = static_cast<std::uint32_t>(fMatcher.fParts.size());
-    fMatcher.fParts.push_back(part);
+  void Add(std::uint32_t id, const Verdict& verdict, std::uint32_t firstGroup) {
     bool fits = verdict.road < ListRoad::Shared;
     for (const LiteralForm& form : verdict.forms) fits = fits && AddForm(form, id);
     if (fits && verdict.road <= ListRoad::Floating) return;
@@ -325,7 +327,7 @@ void ListMatcher::AddShared(std::uint32_t first, std::uint32_t end, const Patter
   std::uint32_t scanner = kNone;  // whose tree that is
   for (std::uint32_t i = first; i < end; ++i) {
     const Confirmed& confirmed = fConfirmed[fShared[i]];
-    const Part& part = fParts[confirmed.part];
+    const Part part = fParts[confirmed.part];
     if (part.scanner != scanner) parsed = Parse(patternOf(part.scanner));
     scanner = part.scanner;
     roots.push_back(
@@ -449,11 +451,16 @@ ListMatcher::Memory ListMatcher::MemoryUse() const {
                     fForms.capacity() * sizeof(LiteralForm);
   for (const LiteralForm& form : fForms) {
     memory.floating += form.pieces.capacity() * sizeof(std::string);
-    for (const std::string& piece : form.pieces) memory.floating += piece.capacity();
+    for (const std::string& piece : form.pieces) {
+      const bool isOutside = piece.capacity() > std::string().capacity();
+      memory.floating += isOutside ? piece.capacity() + 1 : 0;
+    }
   }
-  memory.alternatives = sizeof *this + fParts.capacity() * sizeof(Part) + fNaming.capacity() +
+  const std::size_t tables = sizeof fTails + sizeof fHeads + sizeof fFloating;  // count their own
+  memory.alternatives = sizeof *this - tables + fParts.MemorySize() +
                         (fShared.capacity() + fAlways.capacity()) * sizeof(std::uint32_t) +
-                        fSharedAutomata->MemorySize() + fConfirmed.capacity() * sizeof(Confirmed) +
+                        sizeof *fSharedAutomata + fSharedAutomata->MemorySize() +
+                        fConfirmed.capacity() * sizeof(Confirmed) +
                         fConfirmed.size() * sizeof(fAutomata[0]);
   memory.automata = fSharedAutomata->AutomatonMemory();
   for (std::size_t i = 0; i < fConfirmed.size(); ++i) {

@@ -16,6 +16,7 @@
 #include "Common/Matching/AnchoredLiterals.h"
 #include "Common/Matching/Expression.h"
 #include "Common/Matching/FloatingLiterals.h"
+#include "Common/Matching/ListParts.h"
 #include "Common/Matching/LiteralForms.h"
 #include "Common/Matching/SharedAutomata.h"
 #include "Common/Matching/SyntaxTree.h"
@@ -28,6 +29,8 @@ struct ListScanner {
   std::string_view pattern;
   std::uint32_t firstGroup = 0;  // number of the first alternative's group; 0: there is none
   std::uint32_t groupCount = 0;  // groups from that one on that stand for an element or are in one
+  // What each of these groups is called; null where nobody asks.
+  const std::string* names = nullptr;
 };
 
 // How an alternative of a list is answered.
@@ -71,7 +74,8 @@ public:
   // The first scanner in the order of the list that matches.
   struct Hit {
     std::uint32_t scanner;
-    std::uint32_t group;  // of the alternative that its own captures would name; 0: ask them
+    std::uint32_t group;         // of the alternative that its own captures would name; 0: ask them
+    std::string_view name = {};  // of that group; the matcher's
   };
 
   explicit ListMatcher(const std::vector<ListScanner>& scanners, const Options& options = {});
@@ -127,13 +131,10 @@ public:
   void VisitRuns(std::string_view text, const Scanners& scanners, OnRun onRun) const;
 
 private:
+  using Part = ListPart;
+  using Naming = ListNaming;
   static constexpr std::uint32_t kNone = 0xFFFFFFFF;
 
-  // An alternative; its index is its id, and follows the order of the list.
-  struct Part {
-    std::uint32_t scanner;
-    std::uint32_t group;
-  };
   // What a floating literal stands for: a form of an alternative, or one that is to be confirmed.
   struct Target {
     std::uint32_t part;
@@ -145,13 +146,6 @@ private:
     std::uint32_t part;
     std::uint32_t firstGroup;  // of its scanner; kNone when the scanner itself is to be asked
   };
-  // How a scanner's captures choose among its alternatives, unless the text is empty.
-  enum class Naming : std::uint8_t {
-    ByCaptures,  // only they tell
-    InOrder,     // the first that matches
-    Latest,      // a greedy star stands before all of them: what begins latest
-  };
-
   class Builder;
 
   // Where line ends stand in a text, looked for once it matters: gaps do not go over them.
@@ -232,14 +226,17 @@ private:
   void AddShared(std::uint32_t first, std::uint32_t end, const PatternOf& patternOf,
                  SyntaxTree& tree, std::vector<NodeId>& roots) const;
 
-  // Calls onHit(part, form or null, size) for the alternatives that literals decide, the size being
+  // Call onHit(part, form or null, size) for the alternatives that literals decide, the size being
   // that of the literal where there is no form, and onCandidate(number in fConfirmed) for those
   // that they pick, until one gives true.
+  template <class OnHit>
+  bool VisitAnchored(std::string_view text, OnHit onHit) const;
   template <class OnHit, class OnCandidate>
-  bool VisitLiterals(std::string_view text, OnHit onHit, OnCandidate onCandidate) const;
+  bool VisitFloating(std::string_view text, OnHit onHit, OnCandidate onCandidate) const;
+  // VisitAnchored decides about all alternatives, and there is nothing else to ask.
+  bool IsAllAnchored() const { return fTargets.empty() && fConfirmed.empty(); }
 
-  std::vector<Part> fParts;
-  std::vector<Naming> fNaming;  // by scanner
+  ListParts fParts;
   AnchoredLiterals fTails{AnchoredLiterals::Side::Tail};
   AnchoredLiterals fHeads{AnchoredLiterals::Side::Head};
   FloatingLiterals fFloating;
@@ -256,8 +253,8 @@ private:
   mutable std::unique_ptr<std::atomic<const Expression*>[]> fAutomata;
 };
 
-template <class OnHit, class OnCandidate>
-bool ListMatcher::VisitLiterals(std::string_view text, OnHit onHit, OnCandidate onCandidate) const {
+template <class OnHit>
+bool ListMatcher::VisitAnchored(std::string_view text, OnHit onHit) const {
   LineEnds lineEnds(text);
   if (fEmptyPart != kNone && text.empty() && onHit(fEmptyPart, nullptr, 0)) return true;
   if (fAnythingPart != kNone && lineEnds.None() && onHit(fAnythingPart, nullptr, 0)) return true;
@@ -266,11 +263,14 @@ bool ListMatcher::VisitLiterals(std::string_view text, OnHit onHit, OnCandidate 
       })) {
     return true;
   }
-  if (fHeads.Visit(text, [&](std::uint32_t part, std::size_t size) {
-        return lineEnds.NoneIn(size, text.size()) && onHit(part, nullptr, size);
-      })) {
-    return true;
-  }
+  return fHeads.Visit(text, [&](std::uint32_t part, std::size_t size) {
+    return lineEnds.NoneIn(size, text.size()) && onHit(part, nullptr, size);
+  });
+}
+
+template <class OnHit, class OnCandidate>
+bool ListMatcher::VisitFloating(std::string_view text, OnHit onHit, OnCandidate onCandidate) const {
+  LineEnds lineEnds(text);
   return fFloating.Visit(text, [&](std::uint32_t id, std::size_t) {
     const Target& target = fTargets[id];
     if (target.form == kNone) return onCandidate(target.confirmed);
@@ -284,11 +284,11 @@ void ListMatcher::VisitRuns(std::string_view text, const Scanners& scanners, OnR
   Asked asked;
   const auto run = [&](std::uint32_t number) {
     if (!asked.Add(number)) return false;
-    const Part& part = fParts[fConfirmed[number].part];
+    const Part part = fParts[fConfirmed[number].part];
     onRun(part.scanner, part.group, Confirms(number, text, scanners));
     return false;
   };
-  VisitLiterals(
+  VisitFloating(
       text, [](std::uint32_t, const LiteralForm*, std::size_t) { return false; }, run);
   for (const std::uint32_t number : fAlways) run(number);
 }
@@ -296,14 +296,14 @@ void ListMatcher::VisitRuns(std::string_view text, const Scanners& scanners, OnR
 template <class Scanners>
 bool ListMatcher::Matches(std::string_view text, const Scanners& scanners) const {
   if (fMayFail) return FindFirst(text, scanners).has_value();  // the first one counts
+  const auto onHit = [](std::uint32_t, const LiteralForm*, std::size_t) { return true; };
+  if (VisitAnchored(text, onHit)) return true;
+  if (IsAllAnchored()) return false;
   Asked asked;
   const auto confirms = [&](std::uint32_t number) {
     return asked.Add(number) && Confirms(number, text, scanners);
   };
-  if (VisitLiterals(
-          text, [](std::uint32_t, const LiteralForm*, std::size_t) { return true; }, confirms)) {
-    return true;
-  }
+  if (VisitFloating(text, onHit, confirms)) return true;
   if (FindShared(text, scanners, 0, kNone) != kNone) return true;
   for (const std::uint32_t number : fAlways) {
     if (confirms(number)) return true;
@@ -344,10 +344,11 @@ std::optional<ListMatcher::Hit> ListMatcher::FindFirst(std::string_view text,
     bestStart = start;
   };
   const auto onHit = [&](std::uint32_t part, const LiteralForm* form, std::size_t size) {
-    const std::uint32_t scanner = fParts[part].scanner;
+    const Part hit = fParts[part];
+    const std::uint32_t scanner = hit.scanner;
     if (scanner > best || scanner < from) return false;
     std::size_t start = 0;
-    if (fNaming[scanner] == Naming::Latest) {
+    if (hit.naming == Naming::Latest) {
       start = form ? LatestStart(text, *form) : text.size() - size;
     }
     const bool isBetter =
@@ -357,9 +358,10 @@ std::optional<ListMatcher::Hit> ListMatcher::FindFirst(std::string_view text,
   };
   const auto onCandidate = [&](std::uint32_t number) {
     const std::uint32_t part = fConfirmed[number].part;
-    const std::uint32_t scanner = fParts[part].scanner;
+    const Part asking = fParts[part];
+    const std::uint32_t scanner = asking.scanner;
     if (scanner > best || scanner < from) return false;
-    if (scanner == best && (fNaming[scanner] != Naming::InOrder || part >= bestPart)) return false;
+    if (scanner == best && (asking.naming != Naming::InOrder || part >= bestPart)) return false;
     if (!asked.Add(number)) return false;
     try {
       if (Confirms(number, text, scanners)) take(part, 0, nullptr);
@@ -368,7 +370,8 @@ std::optional<ListMatcher::Hit> ListMatcher::FindFirst(std::string_view text,
     }
     return false;
   };
-  VisitLiterals(text, onHit, onCandidate);
+  VisitAnchored(text, onHit);
+  if (!IsAllAnchored()) VisitFloating(text, onHit, onCandidate);
   const std::uint32_t shared = FindShared(text, scanners, from, bestPart);
   if (shared != kNone) take(shared, 0, nullptr);
   for (const std::uint32_t number : fAlways) {
@@ -377,8 +380,9 @@ std::optional<ListMatcher::Hit> ListMatcher::FindFirst(std::string_view text,
   }
   if (failure) std::rethrow_exception(failure);
   if (best == kNone) return std::nullopt;
-  const bool isNamed = fNaming[best] != Naming::ByCaptures && !text.empty();
-  return Hit{best, isNamed ? fParts[bestPart].group : 0};
+  const Part named = fParts[bestPart];
+  if (named.naming == Naming::ByCaptures || text.empty()) return Hit{best, 0};
+  return Hit{best, named.group, fParts.NameOf(bestPart)};
 }
 
 }  // namespace Matching

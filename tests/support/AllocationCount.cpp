@@ -2,17 +2,26 @@
 
 #include <cstddef>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 
 namespace {
 
 constinit thread_local long count = 0;
+constinit thread_local long bytes = 0;
 constinit thread_local long untilFault = 0;  // requests; 0 or less for none to come
+
+// A block has its size in front.
+constexpr std::size_t kFront = alignof(std::max_align_t);
+static_assert(kFront >= sizeof(std::size_t));
 
 }  // namespace
 
 long AllocationCount() {
   return count;
+}
+long AllocatedBytes() {
+  return bytes;
 }
 
 AllocationFault::AllocationFault(long which) {
@@ -30,14 +39,22 @@ bool AllocationFault::HasFailed() const {
 void* operator new(std::size_t size) {
   ++count;
   if (untilFault > 0 && --untilFault == 0) throw std::bad_alloc();
-  if (void* const block = std::malloc(size == 0 ? 1 : size)) return block;
-  throw std::bad_alloc();
+  auto* const front = static_cast<char*>(std::malloc(kFront + size));
+  if (!front) throw std::bad_alloc();
+  std::memcpy(front, &size, sizeof size);
+  bytes += static_cast<long>(size);
+  return front + kFront;
 }
 void operator delete(void* block) noexcept {
-  std::free(block);
+  if (!block) return;
+  char* const front = static_cast<char*>(block) - kFront;
+  std::size_t size;
+  std::memcpy(&size, front, sizeof size);
+  bytes -= static_cast<long>(size);
+  std::free(front);
 }
 void operator delete(void* block, std::size_t) noexcept {
-  std::free(block);
+  ::operator delete(block);
 }
 void* operator new[](std::size_t size) {
   return ::operator new(size);

@@ -5,6 +5,8 @@
 // Linked on its own (tessarin::allocation_count), since it replaces the operators of the whole
 // program.
 long AllocationCount();
+// The bytes of those that it has not given back.
+long AllocatedBytes();
 
 // While it stands, one request of the thread that made it fails: the first, the second and so on.
 class AllocationFault {

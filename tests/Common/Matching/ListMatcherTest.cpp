@@ -191,6 +191,22 @@ TEST(ListMatcher, NamesWhatTheCapturesName) {
   EXPECT_FALSE(matcher.FindFirst("x", none));
 }
 
+// A name is that of the group, for whoever gave names.
+TEST(ListMatcher, GivesTheNameOfTheGroupThatItNames) {
+  const Strings names = {"dot a", "", "dot b"};
+  const std::vector<ListScanner> list = {{"^.*((\\.(a|b)a)|(\\.b))$", 2, 3, names.data()},
+                                         {"((a)|(b))", 2, 2}};
+  const ListMatcher matcher(list);
+  const std::pair<const char*, const char*> rows[] = {
+      {"x.aa", "dot a"}, {"x.BA", "dot a"}, {".b", "dot b"}, {"a", ""}};
+  for (const auto& [text, name] : rows) {
+    const auto hit = matcher.FindFirst(text, Forbidden());
+    ASSERT_TRUE(hit) << text;
+    EXPECT_NE(hit->group, 0u) << text;
+    EXPECT_EQ(hit->name, name) << text;
+  }
+}
+
 // The plan: which road answers typical elements.
 TEST(ListMatcher, PlansTheRoadOfEachElement) {
   const std::pair<const char*, std::pair<ListRoad, Strings>> rows[] = {

@@ -6,9 +6,11 @@
 // of Vectorscan and of RE2::Set once that has seen every text, where the build finds them; the
 // first pass over fresh texts (FirstPass) shows what learning costs.
 //
-// RE2::Set is asked about the texts that it comes to know in ten seconds. Each row tells the
-// nanoseconds of processor time a text, what building took, and our rows how many times a peer's
-// time they take (to_Hash and so on) and the matcher's bytes an element. Vectorscan gets a wildcard
+// RE2::Set is asked about the texts that it comes to know in ten seconds. All times are of the
+// processor. Each row tells the nanoseconds a text and the seconds of building; our rows how many
+// times a peer's time they take (to_Hash and so on), the first pass how many times the later ones'
+// (to_List), and two sizes an element: the matcher's bytes, and those of what the list keeps anyway
+// (kept_each): the elements, the sources and the scanners' texts. Vectorscan gets a wildcard
 // without the stars at its ends, which it then compiles many times as fast.
 //
 // The data are the public lists and texts beside the checkout; without them the rows that need them
@@ -16,7 +18,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -24,15 +25,14 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <random>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "Common/CRegexVectorHolder.h"
 #include "Common/CUnicodeString.h"
 #include "Common/CVariant.h"
-#include "Common/Matching/ByteFold.h"
-#include "tests/support/SharedData.h"
+#include "bench/Common/ListWorkloads.h"
 
 #if TESSARIN_HAS_RE2
 #include <re2/set.h>
@@ -43,160 +43,11 @@
 
 namespace {
 
-using Strings = std::vector<std::string>;
+using namespace ListWorkloads;
 
-double SecondsSince(std::chrono::steady_clock::time_point start) {
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+double SecondsSince(std::clock_t start) {
+  return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
 }
-
-Strings Lines(const std::string& file) {
-  const auto path = file.empty() ? std::nullopt : SharedPath("data/" + file);
-  return path ? ReadLines(*path) : Strings();
-}
-
-// A list and the texts that it is asked about.
-struct Workload {
-  Strings elements;
-  Strings names;         // what a hash of names would hold; none for other kinds
-  bool isExact = false;  // the names are whole texts
-  Strings texts;
-};
-
-std::string Escaped(const std::string& name) {
-  std::string text;
-  for (const char c : name) text += c == '.' ? "\\." : std::string(1, c);
-  return text;
-}
-
-// Texts in one piece of memory, in a fixed random order, none longer than a kilobyte.
-Strings Shuffled(Strings texts) {
-  std::mt19937 random(1);
-  std::shuffle(texts.begin(), texts.end(), random);
-  for (std::string& text : texts) {
-    if (text.size() > 1000) text.resize(1000);
-  }
-  return {texts.begin(), texts.end()};
-}
-
-// Host names of which every twentieth is made a hit: a real first label and a listed name.
-Strings HostTexts(const Strings& names, bool isExact) {
-  std::mt19937 random(2);
-  Strings texts = Lines("hostnames-100k.txt");
-  for (std::size_t i = 0; i < texts.size(); i += 20) {
-    const std::string& label = texts[random() % texts.size()];
-    const std::string& name = names[random() % names.size()];
-    texts[i] = isExact ? name : label.substr(0, label.find('.')) + "." + name;
-  }
-  return Shuffled(std::move(texts));
-}
-
-Strings Names(std::size_t count) {
-  const Strings hosts = Lines("hosts-100k.txt");
-  Strings names;
-  if (hosts.empty()) return names;
-  for (std::size_t i = 0; i < count; ++i) {
-    const std::size_t round = i / hosts.size();
-    names.push_back((round ? "label" + std::to_string(round) + "." : "") + hosts[i % hosts.size()]);
-  }
-  return names;
-}
-
-Workload NameWorkload(std::size_t count, const std::string& before, const std::string& after,
-                      bool escapes) {
-  Workload workload;
-  workload.names = Names(count);
-  if (workload.names.empty()) return workload;
-  workload.isExact = before.empty();
-  for (const std::string& name : workload.names) {
-    workload.elements.push_back(before + (escapes ? Escaped(name) : name) + after);
-  }
-  workload.texts = HostTexts(workload.names, workload.isExact);
-  return workload;
-}
-
-Workload FileWorkload(const std::string& list, std::size_t count, bool isRegex,
-                      const std::string& texts) {
-  Workload workload;
-  for (const std::string& line : Lines(list)) {
-    if (workload.elements.size() == count) break;
-    if (line.empty()) continue;
-    const std::string element = isRegex ? "regex(" + line + ")" : line;
-    if (CRegex::CreateFromValue(element)) workload.elements.push_back(element);
-  }
-  workload.texts = Shuffled(Lines(texts));
-  return workload;
-}
-
-Workload MixedWorkload(std::size_t count) {
-  Workload workload;
-  const Strings names = Names(count);
-  const Strings expressions = FileWorkload("regexes-whole.txt", count, true, "").elements;
-  if (names.empty() || expressions.empty()) return workload;
-  for (std::size_t i = 0; i < count; ++i) {
-    if (i % 10 < 7) {
-      workload.elements.push_back("*." + names[i]);
-    } else {
-      workload.elements.push_back(i % 10 < 9 ? names[i] : expressions[i / 10 % expressions.size()]);
-    }
-  }
-  workload.texts = HostTexts(names, false);
-  return workload;
-}
-
-// The ideal for names: one pass from the end, and a look into an open table at each dot.
-class HashOfNames {
-public:
-  explicit HashOfNames(const Workload& workload) : fIsExact(workload.isExact) {
-    std::size_t slots = 64;
-    while (slots < workload.names.size() * 2) slots *= 2;
-    fSlots.resize(slots);
-    for (const std::string& name : workload.names) {
-      std::uint64_t hash = kSeed;
-      for (auto c = name.rbegin(); c != name.rend(); ++c) hash = Step(hash, Matching::FoldByte(*c));
-      std::size_t slot = (hash >> 20) & (slots - 1);
-      while (fSlots[slot].size != 0) slot = (slot + 1) & (slots - 1);
-      fSlots[slot] = {hash, static_cast<std::uint32_t>(fNames.size()),
-                      static_cast<std::uint32_t>(name.size())};
-      fNames += Matching::FoldText(name);
-    }
-  }
-
-  bool Matches(const std::string& text) const {
-    std::uint64_t hash = kSeed;
-    for (std::size_t i = text.size(); i-- > 0;) {
-      const unsigned char c = Matching::FoldByte(text[i]);
-      if (c == '.' && !fIsExact && Holds(hash, text, i + 1)) return true;
-      hash = Step(hash, c);
-    }
-    return fIsExact && Holds(hash, text, 0);
-  }
-
-private:
-  struct Slot {
-    std::uint64_t hash = 0;
-    std::uint32_t offset = 0;
-    std::uint32_t size = 0;
-  };
-  static constexpr std::uint64_t kSeed = 0x1234567;
-  static std::uint64_t Step(std::uint64_t hash, unsigned char c) {
-    return (hash ^ c) * 0x9E3779B97F4A7C15U;
-  }
-  bool Holds(std::uint64_t hash, const std::string& text, std::size_t from) const {
-    const std::size_t mask = fSlots.size() - 1;
-    for (std::size_t i = (hash >> 20) & mask; fSlots[i].size != 0; i = (i + 1) & mask) {
-      const Slot& slot = fSlots[i];
-      if (slot.hash != hash || slot.size != text.size() - from) continue;
-      if (Matching::EqualsFolded(text.data() + from, fNames.data() + slot.offset, slot.size)) {
-        return true;
-      }
-    }
-    return false;
-  }
-
-  const bool fIsExact;
-  std::vector<Slot> fSlots;
-  std::string fNames;
-};
 
 struct BuiltList {
   CUsePtr<CVariant> value;
@@ -210,7 +61,7 @@ BuiltList Build(const Workload& workload) {
   for (const std::string& element : workload.elements) {
     list.value->AddToList(MakeText(element).Get());
   }
-  const auto start = std::chrono::steady_clock::now();
+  const std::clock_t start = std::clock();
   list.holder = std::make_unique<CRegexVectorHolder>(list.value);
   list.seconds = SecondsSince(start);
   return list;
@@ -223,14 +74,23 @@ struct Case {
   std::string name;
   MakeWorkload make;
   Workload workload;
-  std::map<std::string, double> peers;  // nanoseconds a text
+  std::optional<BuiltList> list;
+  std::map<std::string, double> peers;  // nanoseconds a text; our own later passes as "List"
+
+  const BuiltList& List() {
+    if (!list) list = Build(workload);
+    return *list;
+  }
 };
 
 // False when the data are not there.
 bool Prepare(benchmark::State& state, Case& own) {
   static Case* current = nullptr;
   if (current != &own) {
-    if (current != nullptr) current->workload = Workload();
+    if (current != nullptr) {
+      current->list.reset();
+      current->workload = Workload();
+    }
     current = &own;
     own.workload = own.make();
   }
@@ -247,36 +107,49 @@ double AskAll(benchmark::State& state, const Strings& texts, Ask ask) {
     hits = 0;
     for (const std::string& text : texts) hits += ask(text) ? 1 : 0;
   }
-  const double seconds = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
-  const double each = seconds * 1e9 / static_cast<double>(state.iterations() * texts.size());
+  const double each =
+      SecondsSince(start) * 1e9 / static_cast<double>(state.iterations() * texts.size());
   state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * texts.size()));
   state.counters["hits"] = static_cast<double>(hits);
   state.counters["ns_text"] = each;
   return each;
 }
 
+// Bytes that the contract of a list has it keep, whoever answers: elements, sources and scanners.
+std::size_t KeptBytes(const Workload& workload, const CRegexVectorHolder& holder) {
+  std::size_t kept = 0;
+  for (const std::string& element : workload.elements) kept += element.size();
+  for (const RegexVectorEntry& entry : holder.Entries()) {
+    kept += entry.fScanner->Pattern().size() + entry.fScanner->Source().size();
+    for (const std::string& source : *entry.fSources) kept += source.size();
+  }
+  return kept;
+}
+
 void SetCounters(benchmark::State& state, const Case& own, const BuiltList& list, double each) {
   const auto* matcher = list.holder->Matcher();
+  const auto count = static_cast<double>(own.workload.elements.size());
   state.counters["build_s"] = list.seconds;
-  state.counters["bytes_each"] = matcher ? static_cast<double>(matcher->MemorySize()) /
-                                               static_cast<double>(own.workload.elements.size())
-                                         : 0;
+  state.counters["bytes_each"] = matcher ? static_cast<double>(matcher->MemorySize()) / count : 0;
+  state.counters["kept_each"] = static_cast<double>(KeptBytes(own.workload, *list.holder)) / count;
   for (const auto& [peer, time] : own.peers) state.counters["to_" + peer] = each / time;
 }
 
 void ListAnswers(benchmark::State& state, Case& own) {
   if (!Prepare(state, own)) return;
-  const BuiltList list = Build(own.workload);
+  const BuiltList& list = own.List();
   list.value->TriggerRegexBuild();
+  own.peers.erase("List");
   const double each = AskAll(state, own.workload.texts, [&](const std::string& text) {
     return list.value->Matches(text) == 1;
   });
   SetCounters(state, own, list, each);
+  own.peers["List"] = each;
 }
 
 void ListNames(benchmark::State& state, Case& own) {
   if (!Prepare(state, own)) return;
-  const BuiltList list = Build(own.workload);
+  const BuiltList& list = own.List();
   const double each = AskAll(state, own.workload.texts, [&](const std::string& text) {
     CUsePtr<CUnicodeString> element;
     return list.holder->Find(text, &element);
@@ -287,7 +160,8 @@ void ListNames(benchmark::State& state, Case& own) {
 // Each text once, on a list that has learnt nothing yet.
 void ListFirstPass(benchmark::State& state, Case& own) {
   if (!Prepare(state, own)) return;
-  const BuiltList list = Build(own.workload);
+  own.list.reset();
+  const BuiltList& list = own.List();
   const double each = AskAll(state, own.workload.texts, [&](const std::string& text) {
     return list.holder->Find(text, nullptr);
   });
@@ -310,7 +184,7 @@ void Re2SetAnswers(benchmark::State& state, Case& own) {
   options.set_log_errors(false);
   options.set_max_mem(std::int64_t{256} << 20);
   re2::RE2::Set set(options, re2::RE2::ANCHOR_BOTH);
-  const auto start = std::chrono::steady_clock::now();
+  const std::clock_t start = std::clock();
   for (const std::string& element : own.workload.elements) {
     std::string expression(CRegex::StripRegexForm(element));
     if (CRegex::IsWildcardForm(element)) CRegex::GlobToExpression(element, false, expression);
@@ -417,7 +291,7 @@ private:
 
 void VectorscanAnswers(benchmark::State& state, Case& own) {
   if (!Prepare(state, own)) return;
-  const auto start = std::chrono::steady_clock::now();
+  const std::clock_t start = std::clock();
   const Vectorscan database(own.workload.elements);
   if (!database.IsValid()) return state.SkipWithError("Vectorscan refuses the list");
   state.counters["build_s"] = SecondsSince(start);
@@ -463,31 +337,30 @@ int main(int argc, char** argv) {
   for (const std::size_t count : {100, 1'000, 10'000, 100'000, 1'000'000}) {
     Register(
         "names_behind_stars/" + std::to_string(count),
-        [count] { return NameWorkload(count, "*.", "", false); }, true);
+        [count] { return OfNames(count, "*.", "", false); }, true);
   }
   for (const std::size_t count : {100, 1'000, 10'000, 100'000}) {
     Register(
         "names_as_expressions/" + std::to_string(count),
-        [count] { return NameWorkload(count, "regex(^(.*\\.)?", "$)", true); }, true);
+        [count] { return OfNames(count, "regex(^(.*\\.)?", "$)", true); }, true);
   }
   Register(
-      "exact_names/10000", [] { return NameWorkload(10'000, "", "", false); }, true);
+      "exact_names/10000", [] { return OfNames(10'000, "", "", false); }, true);
   for (const std::size_t count : {1'000, 5'000}) {
     Register(
         "url_globs/" + std::to_string(count),
-        [count] { return FileWorkload("globs-url.txt", count, false, "requests.txt"); }, false);
+        [count] { return OfFile("globs-url.txt", count, false, "requests.txt"); }, false);
   }
   for (const std::size_t count : {100, 500}) {
     Register(
         "expressions/" + std::to_string(count),
-        [count] { return FileWorkload("regexes-whole.txt", count, true, "urls-100k.txt"); }, false);
+        [count] { return OfFile("regexes-whole.txt", count, true, "urls-100k.txt"); }, false);
   }
   Register(
       "user_agents/500",
-      [] { return FileWorkload("regexes-useragent-whole.txt", 500, true, "useragents.txt"); },
-      false);
+      [] { return OfFile("regexes-useragent-whole.txt", 500, true, "useragents.txt"); }, false);
   Register(
-      "mixed/10000", [] { return MixedWorkload(10'000); }, false);
+      "mixed/10000", [] { return OfAllKinds(10'000); }, false);
   ReportMissingPeers();
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();

@@ -87,10 +87,10 @@ bool GetRegexHolderDiagnostics() {
 }
 
 bool HasBackReference(std::string_view expression) {
-  for (std::size_t i = 0; i + 1 < expression.size(); ++i) {
-    if (expression[i] != '\\') continue;
-    ++i;
-    if (expression[i] >= '1' && expression[i] <= '9') return true;
+  constexpr auto kNone = std::string_view::npos;
+  for (std::size_t i = expression.find('\\'); i != kNone; i = expression.find('\\', i + 2)) {
+    if (i + 1 == expression.size()) break;
+    if (expression[i + 1] >= '1' && expression[i + 1] <= '9') return true;
   }
   return false;
 }

@@ -155,6 +155,11 @@ bool IsGreedyGap(const SyntaxTree& tree, const std::vector<NodeId>& parts,
          forms->front().pieces.empty();
 }
 
+// Whether what parts match says nothing about the pieces of a form that they are a part of.
+bool HasNoPieces(const std::optional<std::vector<LiteralForm>>& forms) {
+  return forms && forms->size() == 1 && forms->front().pieces.empty();
+}
+
 // An alternative that took the empty text cannot be told from one that took no part.
 bool IsNeverEmpty(const std::optional<std::vector<LiteralForm>>& forms) {
   return forms && std::all_of(forms->begin(), forms->end(),
@@ -179,8 +184,18 @@ public:
     bool mayFail = false;  // it is asked itself, and can run out of steps
   };
 
-  static Reading Read(const ListScanner& scanner, const Options& options) {
-    const ParseResult parsed = Parse(scanner.pattern);
+  // What reading a scanner takes; the next one uses the memory again.
+  //
+  // Perf: blocks of this size, taken and given back for each scanner, were a third of a large
+  // list's building; see list_bench, build_s.
+  struct Workspace {
+    ParseResult parsed;
+    LiteralForms literals;
+  };
+
+  static Reading Read(const ListScanner& scanner, const Options& options, Workspace& workspace) {
+    ParseResult& parsed = workspace.parsed;
+    parsed = Parse(scanner.pattern, std::move(parsed.tree));
     Reading reading;
     if (parsed.error) {  // asked about every text
       reading.mayFail = true;
@@ -190,7 +205,11 @@ public:
     const SyntaxTree& tree = parsed.tree;
     reading.mayFail = tree.Has(NodeKind::BackReference);
     const Shape shape = ShapeOf(tree, scanner.firstGroup);
-    const LiteralForms literals(tree);
+    LiteralForms& literals = workspace.literals;
+    literals.TurnTo(tree);
+    const bool isBare =
+        HasNoPieces(literals.Whole(shape.before)) && HasNoPieces(literals.Whole(shape.after));
+    reading.alternatives.reserve(shape.alternatives.size());
     bool areElements = true;  // all alternatives
     bool isDecided = true;    // by literals, all of them
     for (const NodeId id : shape.alternatives) {
@@ -200,8 +219,8 @@ public:
       const std::vector<NodeId> parts = shape.PartsOf(id);
       Verdict verdict = Judge(literals, parts, options);
       areElements = areElements && isElement;
-      isDecided =
-          isDecided && verdict.road <= ListRoad::Floating && IsNeverEmpty(literals.Whole({id}));
+      isDecided = isDecided && verdict.road <= ListRoad::Floating &&
+                  (isBare ? IsNeverEmpty(verdict.forms) : IsNeverEmpty(literals.Whole({id})));
       const Dependence dependence = tree.Has(NodeKind::BackReference) ? Dependence::BackReference
                                     : isElement                       ? Dependence::None
                                                                       : Dependence::Shape;
@@ -231,7 +250,7 @@ public:
   }
 
   void Add(std::uint32_t number, const ListScanner& scanner) {
-    const Reading reading = Read(scanner, fOptions);
+    const Reading reading = Read(scanner, fOptions, fWorkspace);
     fMatcher.fMayFail = fMatcher.fMayFail || reading.mayFail;
     for (const Reading::Alternative& alternative : reading.alternatives) {
       const Part part{number, alternative.group, reading.naming};
@@ -306,6 +325,7 @@ private:
 
   ListMatcher& fMatcher;
   const Options fOptions;
+  Workspace fWorkspace;
 };
 
 ListMatcher::ListMatcher(const std::vector<ListScanner>& scanners, const Options& options)
@@ -429,8 +449,9 @@ bool ListMatcher::Asked::AddToMany(std::uint32_t number) {
 std::vector<ListMatcher::Alternative> ListMatcher::Plan(const std::vector<ListScanner>& scanners,
                                                         const Options& options) {
   std::vector<Alternative> plan;
+  Builder::Workspace workspace;
   for (std::uint32_t i = 0; i < scanners.size(); ++i) {
-    Builder::Reading reading = Builder::Read(scanners[i], options);
+    Builder::Reading reading = Builder::Read(scanners[i], options, workspace);
     for (Builder::Reading::Alternative& alternative : reading.alternatives) {
       std::vector<std::string> texts = std::move(alternative.verdict.required);
       for (const LiteralForm& form : alternative.verdict.forms) {

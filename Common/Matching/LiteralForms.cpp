@@ -93,6 +93,7 @@ public:
         return true;
       case NodeKind::LineEnd:
         for (Draft& draft : fDrafts) draft.ended = true;
+        fHaveEnds = true;
         return true;
       default:
         return false;
@@ -124,7 +125,7 @@ private:
     if (!set.isFew) return false;
     const std::string& bytes = set.bytes;
     // A byte behind the end of the text: no text is like that.
-    std::erase_if(fDrafts, [](const Draft& draft) { return draft.ended; });
+    if (fHaveEnds) std::erase_if(fDrafts, [](const Draft& draft) { return draft.ended; });
     if (bytes.size() == 1) {
       for (Draft& draft : fDrafts) Append(draft.form, bytes.front());
       return true;
@@ -205,6 +206,7 @@ private:
   const SyntaxTree& fTree;
   const Meanings& fMeanings;
   std::vector<Draft> fDrafts{1};
+  bool fHaveEnds = false;  // some draft has ended, perhaps one that is gone
 };
 
 // How unlikely one of the literals is to turn up by chance: the shortest decides.
@@ -303,13 +305,15 @@ private:
 
 }  // namespace
 
-LiteralForms::LiteralForms(const SyntaxTree& tree) : fTree(tree) {
+void LiteralForms::TurnTo(const SyntaxTree& tree) {
+  fTree = &tree;
+  fMeanings.clear();
   fMeanings.reserve(tree.Sets().size());
   for (const ByteSet& set : tree.Sets()) fMeanings.push_back(MeaningOf(set));
 }
 
 std::optional<Forms> LiteralForms::Whole(const std::vector<NodeId>& parts) const {
-  Reader reader(fTree, fMeanings);
+  Reader reader(*fTree, fMeanings);
   for (const NodeId part : parts) {
     if (!reader.Read(part)) return std::nullopt;
   }
@@ -317,7 +321,7 @@ std::optional<Forms> LiteralForms::Whole(const std::vector<NodeId>& parts) const
 }
 
 std::vector<std::string> LiteralForms::Required(const std::vector<NodeId>& parts) const {
-  return Requirement(fTree, fMeanings).Of(parts);
+  return Requirement(*fTree, fMeanings).Of(parts);
 }
 
 }  // namespace Matching

@@ -23,7 +23,8 @@ struct LiteralForm {
 // What follows from the tree of an expression, or a part of it, about the literals of its matches.
 //
 // An optional part or an alternation gives several forms, of which a text must have one; none at
-// all says that no text matches. Reads the tree it was made for, which must outlive it.
+// all says that no text matches. Reads the tree it was made for, or turned to, which must outlive
+// it.
 class LiteralForms {
 public:
   static constexpr std::size_t kMaxForms = 32;      // of one expression
@@ -31,7 +32,9 @@ public:
   static constexpr std::size_t kMaxDepth = 64;      // of nodes that are looked into
   static constexpr std::size_t kMaxRequired = 256;  // literals of which one is required
 
-  explicit LiteralForms(const SyntaxTree& tree);
+  LiteralForms() = default;  // for TurnTo alone
+  explicit LiteralForms(const SyntaxTree& tree) { TurnTo(tree); }
+  void TurnTo(const SyntaxTree& tree);
 
   // The forms that say all of what the parts one behind the other match, or nothing when literals
   // and gaps cannot say it. Positions count: parts are the whole of the expression.
@@ -50,7 +53,7 @@ public:
   };
 
 private:
-  const SyntaxTree& fTree;
+  const SyntaxTree* fTree = nullptr;
   std::vector<SetMeaning> fMeanings;  // by the index of the set
 };
 

@@ -42,8 +42,10 @@ struct Frame {
 // behind, unused but counted. The limit is tested at the moments at which the library would.
 class Parser {
 public:
-  Parser(std::string_view expression, bool keepsTree)
-      : fScanner(expression), fKeepsTree(keepsTree) {}
+  Parser(std::string_view expression, bool keepsTree, SyntaxTree&& storage)
+      : fScanner(expression), fKeepsTree(keepsTree), fTree(std::move(storage)) {
+    fTree.Clear();
+  }
 
   ParseResult Parse() {
     Spend(1);  // the beginning of group 0
@@ -353,9 +355,9 @@ private:
   std::uint64_t fStateCount = 0;
 };
 
-ParseResult Read(std::string_view expression, bool keepsTree) {
+ParseResult Read(std::string_view expression, bool keepsTree, SyntaxTree&& storage) {
   try {
-    return Parser(expression, keepsTree).Parse();
+    return Parser(expression, keepsTree, std::move(storage)).Parse();
   } catch (const SyntaxError& error) {
     ParseResult refused;
     refused.error = error;
@@ -365,12 +367,12 @@ ParseResult Read(std::string_view expression, bool keepsTree) {
 
 }  // namespace
 
-ParseResult Parse(std::string_view expression) {
-  return Read(expression, true);
+ParseResult Parse(std::string_view expression, SyntaxTree storage) {
+  return Read(expression, true, std::move(storage));
 }
 
 ParseResult Validate(std::string_view expression) {
-  return Read(expression, false);
+  return Read(expression, false, SyntaxTree());
 }
 
 }  // namespace Matching

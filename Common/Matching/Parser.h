@@ -23,8 +23,8 @@ struct ParseResult {
 // Reads an expression of the ECMAScript grammar as the standard library in use reads it with the
 // flags ECMAScript and icase in the classic locale: the same verdict, the same error, the same
 // groups. Takes any bytes; needs a fixed amount of stack however deep the expression nests, and
-// memory in proportion to its length.
-[[nodiscard]] ParseResult Parse(std::string_view expression);
+// memory in proportion to its length, that of a tree which nobody needs any more first.
+[[nodiscard]] ParseResult Parse(std::string_view expression, SyntaxTree storage = SyntaxTree());
 
 // The same verdict and the same number of groups, with a tree that has no nodes: for the very many
 // expressions that are only asked whether they are one.

@@ -1,5 +1,7 @@
 #include "Common/Matching/SyntaxTree.h"
 
+#include <algorithm>
+#include <iterator>
 #include <string>
 #include <utility>
 
@@ -40,6 +42,15 @@ void DumpSet(std::ostream& out, const ByteSet& set) {
 }
 
 }  // namespace
+
+void SyntaxTree::Clear() {
+  fNodes.clear();
+  fSets.clear();
+  fSetIndex.clear();
+  std::fill(std::begin(fKindCounts), std::end(fKindCounts), 0);
+  fRoot = kNoNode;
+  fGroupCount = 0;
+}
 
 std::uint32_t SyntaxTree::Intern(const ByteSet& set) {
   const auto [place, isNew] = fSetIndex.emplace(set, static_cast<std::uint32_t>(fSets.size()));

@@ -54,6 +54,8 @@ struct Node {
 // Built by the parser; read-only afterwards, and then safe from any thread.
 class SyntaxTree {
 public:
+  // Empties the tree; its memory serves the next one.
+  void Clear();
   NodeId Add(const Node& node) {
     fNodes.push_back(node);
     return static_cast<NodeId>(fNodes.size() - 1);

@@ -10,7 +10,9 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
 find_program(TESSARIN_CCACHE ccache)
 if(TESSARIN_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${TESSARIN_CCACHE})
+  # Without these two it keeps nothing that was compiled with precompiled headers.
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env
+      CCACHE_SLOPPINESS=pch_defines,time_macros ${TESSARIN_CCACHE})
 endif()
 
 add_library(tessarin_options INTERFACE)

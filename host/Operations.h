@@ -1,7 +1,5 @@
 #pragma once
 
-#include <tuple>
-
 #include "host/ICallStack.h"
 #include "host/IConfiguration.h"
 #include "host/IContext.h"
@@ -37,20 +35,24 @@ constexpr auto Pick(Signature Interface::*member) {
   return member;
 }
 
-// The members that stand for a slot, in slot order, without those of the base.
+// Members in the order of their slots.
+template <auto... Members>
+struct MemberList {};
+
+// The members that stand for a slot, without those of the base.
 template <class Interface>
-inline constexpr auto kOperations = std::tuple();
+inline constexpr MemberList<> kOperations;
 
 // The members with logic of their own, and the second forms of an argument.
 template <class Interface>
-inline constexpr auto kConveniences = std::tuple();
+inline constexpr MemberList<> kConveniences;
 
 template <>
-inline constexpr auto kOperations<IObject> = std::tuple(&IObject::AddRef, &IObject::Release,
-                                                        &IObject::GetCount);
+inline constexpr MemberList<&IObject::AddRef, &IObject::Release, &IObject::GetCount>
+    kOperations<IObject>;
 
 template <>
-inline constexpr auto kOperations<IJSON> = std::tuple(
+inline constexpr MemberList<
     &IJSON::Parse, &IJSON::LessThan, &IJSON::Equals, &IJSON::ToString, &IJSON::ToCachedString,
     &IJSON::FindNodePath,
     Pick<AutoRefPtr<IJSON>(const char*, const char*) const>(&IJSON::ElementMatching),
@@ -76,37 +78,38 @@ inline constexpr auto kOperations<IJSON> = std::tuple(
     Pick<bool(IJSON::ForEachFn, void*) const>(&IJSON::ForEach),
     Pick<bool(IJSON::ForEachFn, void*, IContext*) const>(&IJSON::ForEach), &IJSON::Clone,
     &IJSON::SerializedSize, &IJSON::Deserialize, &IJSON::Serialize, &IJSON::GetErrorStatus,
-    &IJSON::GetErrorMessage);
+    &IJSON::GetErrorMessage>
+    kOperations<IJSON>;
 
 template <>
-inline constexpr auto kConveniences<IJSON> =
-    std::tuple(Pick<bool(const char*, const std::string&)>(&IJSON::Set));
+inline constexpr MemberList<Pick<bool(const char*, const std::string&)>(&IJSON::Set)>
+    kConveniences<IJSON>;
 
 template <>
-inline constexpr auto kOperations<IDataRef> = std::tuple(&IDataRef::GetSize, &IDataRef::Assign,
-                                                         &IDataRef::Read, &IDataRef::IsEqual,
-                                                         &IDataRef::Clone, &IDataRef::GetData);
+inline constexpr MemberList<&IDataRef::GetSize, &IDataRef::Assign, &IDataRef::Read,
+                            &IDataRef::IsEqual, &IDataRef::Clone, &IDataRef::GetData>
+    kOperations<IDataRef>;
 
 template <>
-inline constexpr auto kOperations<IUserDefinedType> =
-    std::tuple(&IUserDefinedType::GetName, &IUserDefinedType::Clone, &IUserDefinedType::GetType,
-               &IUserDefinedType::LessThan,
-               Pick<bool(const IJSON*, IContext*)>(&IUserDefinedType::Deserialize),
-               Pick<bool(const IJSON*)>(&IUserDefinedType::Deserialize),
-               Pick<AutoRefPtr<IJSON>(IContext*) const>(&IUserDefinedType::Serialize),
-               Pick<AutoRefPtr<IJSON>() const>(&IUserDefinedType::Serialize),
-               &IUserDefinedType::FromBinaryData, &IUserDefinedType::ToBinaryData);
+inline constexpr MemberList<&IUserDefinedType::GetName, &IUserDefinedType::Clone,
+                            &IUserDefinedType::GetType, &IUserDefinedType::LessThan,
+                            Pick<bool(const IJSON*, IContext*)>(&IUserDefinedType::Deserialize),
+                            Pick<bool(const IJSON*)>(&IUserDefinedType::Deserialize),
+                            Pick<AutoRefPtr<IJSON>(IContext*) const>(&IUserDefinedType::Serialize),
+                            Pick<AutoRefPtr<IJSON>() const>(&IUserDefinedType::Serialize),
+                            &IUserDefinedType::FromBinaryData, &IUserDefinedType::ToBinaryData>
+    kOperations<IUserDefinedType>;
 
 template <>
-inline constexpr auto kConveniences<IUserDefinedType> =
-    std::tuple(&IUserDefinedType::IsEqual,
-               Pick<void(std::string&, IContext*) const>(&IUserDefinedType::ToString),
-               Pick<void(std::string&) const>(&IUserDefinedType::ToString),
-               Pick<std::size_t(IContext*) const>(&IUserDefinedType::ToStringSize),
-               Pick<std::size_t() const>(&IUserDefinedType::ToStringSize));
+inline constexpr MemberList<&IUserDefinedType::IsEqual,
+                            Pick<void(std::string&, IContext*) const>(&IUserDefinedType::ToString),
+                            Pick<void(std::string&) const>(&IUserDefinedType::ToString),
+                            Pick<std::size_t(IContext*) const>(&IUserDefinedType::ToStringSize),
+                            Pick<std::size_t() const>(&IUserDefinedType::ToStringSize)>
+    kConveniences<IUserDefinedType>;
 
 template <>
-inline constexpr auto kOperations<IVariant> = std::tuple(
+inline constexpr MemberList<
     &IVariant::GetType, &IVariant::GetTypeAsString, &IVariant::GetBoolean, &IVariant::GetNumber,
     &IVariant::GetString, &IVariant::GetStringSize, &IVariant::GetData, &IVariant::GetStream,
     &IVariant::GetUserDefined, &IVariant::GetVectorSize, &IVariant::GetVector,
@@ -114,28 +117,32 @@ inline constexpr auto kOperations<IVariant> = std::tuple(
     &IVariant::AssignBoolean, Pick<void(double)>(&IVariant::AssignNumber),
     Pick<void(const char*, std::size_t)>(&IVariant::AssignString), &IVariant::AssignData,
     &IVariant::AssignStream, &IVariant::SetUserDefined, &IVariant::AssignVector,
-    &IVariant::AssignMap, &IVariant::Clone, &IVariant::Deserialize, &IVariant::Serialize);
+    &IVariant::AssignMap, &IVariant::Clone, &IVariant::Deserialize, &IVariant::Serialize>
+    kOperations<IVariant>;
 
 template <>
-inline constexpr auto kConveniences<IVariant> =
-    std::tuple(Pick<void(std::int32_t)>(&IVariant::AssignNumber),
-               Pick<void(std::int64_t)>(&IVariant::AssignNumber),
-               Pick<void(std::uint64_t)>(&IVariant::AssignNumber),
-               Pick<void(const std::string&)>(&IVariant::AssignString), &IVariant::ToString);
+inline constexpr MemberList<Pick<void(std::int32_t)>(&IVariant::AssignNumber),
+                            Pick<void(std::int64_t)>(&IVariant::AssignNumber),
+                            Pick<void(std::uint64_t)>(&IVariant::AssignNumber),
+                            Pick<void(const std::string&)>(&IVariant::AssignString),
+                            &IVariant::ToString>
+    kConveniences<IVariant>;
 
 template <>
-inline constexpr auto kOperations<IVectorGeneric> =
-    std::tuple(&IVectorGeneric::GetSize, &IVectorGeneric::GetElementType, &IVectorGeneric::Get,
-               &IVectorGeneric::Append, &IVectorGeneric::Serialize, &IVectorGeneric::Deserialize);
+inline constexpr MemberList<&IVectorGeneric::GetSize, &IVectorGeneric::GetElementType,
+                            &IVectorGeneric::Get, &IVectorGeneric::Append,
+                            &IVectorGeneric::Serialize, &IVectorGeneric::Deserialize>
+    kOperations<IVectorGeneric>;
 
 template <>
-inline constexpr auto kOperations<IMapGeneric> =
-    std::tuple(&IMapGeneric::GetKeyType, &IMapGeneric::GetMappedValueType, &IMapGeneric::GetSize,
-               &IMapGeneric::GetKeyAt, &IMapGeneric::GetValueAt, &IMapGeneric::Insert,
-               &IMapGeneric::Serialize, &IMapGeneric::Deserialize);
+inline constexpr MemberList<&IMapGeneric::GetKeyType, &IMapGeneric::GetMappedValueType,
+                            &IMapGeneric::GetSize, &IMapGeneric::GetKeyAt, &IMapGeneric::GetValueAt,
+                            &IMapGeneric::Insert, &IMapGeneric::Serialize,
+                            &IMapGeneric::Deserialize>
+    kOperations<IMapGeneric>;
 
 template <>
-inline constexpr auto kOperations<ILogger> = std::tuple(
+inline constexpr MemberList<
     &ILogger::IsDebugLogEnabled,
     Pick<void(const char*, std::uint32_t, const AutoRefPtr<IJSON>&, std::uint32_t, IContext*)>(
         &ILogger::DebugLog),
@@ -150,24 +157,27 @@ inline constexpr auto kOperations<ILogger> = std::tuple(
     Pick<void(const char*, std::uint32_t, const AutoRefPtr<IJSON>&, std::uint32_t, IContext*)>(
         &ILogger::UserDefinedLog),
     Pick<void(const char*, std::uint32_t, const char*, std::uint32_t, IContext*)>(
-        &ILogger::UserDefinedLog));
+        &ILogger::UserDefinedLog)>
+    kOperations<ILogger>;
 
 template <>
-inline constexpr auto kOperations<IModuleInfo> = std::tuple(
-    &IModuleInfo::GetThreadPool, &IModuleInfo::GetEventScheduler, &IModuleInfo::GetPolicy,
-    &IModuleInfo::GetConfiguration, &IModuleInfo::GetLogger, &IModuleInfo::GetUserDefinedData,
-    &IModuleInfo::SetUserDefinedData, &IModuleInfo::GetTelemetry, &IModuleInfo::GetModuleName,
-    &IModuleInfo::GetFuncOrProcName);
+inline constexpr MemberList<&IModuleInfo::GetThreadPool, &IModuleInfo::GetEventScheduler,
+                            &IModuleInfo::GetPolicy, &IModuleInfo::GetConfiguration,
+                            &IModuleInfo::GetLogger, &IModuleInfo::GetUserDefinedData,
+                            &IModuleInfo::SetUserDefinedData, &IModuleInfo::GetTelemetry,
+                            &IModuleInfo::GetModuleName, &IModuleInfo::GetFuncOrProcName>
+    kOperations<IModuleInfo>;
 
 template <>
-inline constexpr auto kOperations<IPolicy> = std::tuple(
+inline constexpr MemberList<
     &IPolicy::CreateTransaction, &IPolicy::ExecuteTransaction, &IPolicy::CleanupTransaction,
     &IPolicy::GetUserDataId, &IPolicy::LoadData, &IPolicy::LoadValue,
     &IPolicy::CreateUserDefinedVariable, &IPolicy::ContinueRemoteTransaction,
-    &IPolicy::GetTovrinInstanceId, &IPolicy::ToJson);
+    &IPolicy::GetTovrinInstanceId, &IPolicy::ToJson>
+    kOperations<IPolicy>;
 
 template <>
-inline constexpr auto kOperations<IContext> = std::tuple(
+inline constexpr MemberList<
     &IContext::GetTransactionId, &IContext::SetInterrupted, &IContext::ClearInterrupted,
     &IContext::IsInterrupted, &IContext::IsResuming, &IContext::ExitCalled, &IContext::ClearExit,
     &IContext::EndCalled, &IContext::ClearEnd, &IContext::InterruptWithEvent,
@@ -195,10 +205,11 @@ inline constexpr auto kOperations<IContext> = std::tuple(
     &IContext::GetTracePathPrefix, &IContext::SetTracePathPrefix, &IContext::PrintCallStack,
     &IContext::GetPolicyRevision, &IContext::MicrosecondsSinceStart, &IContext::CPUTimeMicroseconds,
     &IContext::IsPreRun, &IContext::SetResultMaybe, &IContext::SetResuming,
-    &IContext::GetPolicyStatementBlockId);
+    &IContext::GetPolicyStatementBlockId>
+    kOperations<IContext>;
 
 template <>
-inline constexpr auto kConveniences<IContext> = std::tuple(
+inline constexpr MemberList<
     Pick<void(std::uint64_t, std::int32_t)>(&IContext::SetUserDataAsNumber),
     Pick<void(std::uint64_t, const std::string&)>(&IContext::SetUserDataAsString),
     &IContext::CreateStringVector, &IContext::CreateNumberVector, &IContext::CreateBooleanVector,
@@ -223,80 +234,85 @@ inline constexpr auto kConveniences<IContext> = std::tuple(
     Pick<void(const char*, std::uint32_t, const AutoRefPtr<IJSON>&)>(&IContext::DebugLog),
     Pick<void(const char*, const char*)>(&IContext::ErrorLog),
     Pick<void(const char*, const std::string&)>(&IContext::ErrorLog),
-    Pick<void(const char*, const AutoRefPtr<IJSON>&)>(&IContext::ErrorLog));
+    Pick<void(const char*, const AutoRefPtr<IJSON>&)>(&IContext::ErrorLog)>
+    kConveniences<IContext>;
 
 template <>
-inline constexpr auto kOperations<IHost> =
-    std::tuple(&IHost::PrintError, &IHost::PrintDebug, &IHost::IsDebugActive,
-               &IHost::IsFunctionLevelEnabled, &IHost::IsLevelEnabled,
-               &IHost::ApplyDebugConfiguration, &IHost::ReportFatalError, &IHost::GetTemporaryFile);
+inline constexpr MemberList<&IHost::PrintError, &IHost::PrintDebug, &IHost::IsDebugActive,
+                            &IHost::IsFunctionLevelEnabled, &IHost::IsLevelEnabled,
+                            &IHost::ApplyDebugConfiguration, &IHost::ReportFatalError,
+                            &IHost::GetTemporaryFile>
+    kOperations<IHost>;
 
 template <>
-inline constexpr auto kOperations<IStream> = std::tuple(&IStream::GetCurrentSize, &IStream::Read,
-                                                        &IStream::DiscardBefore,
-                                                        &IStream::IsFinished,
-                                                        &IStream::NeedMoreData);
+inline constexpr MemberList<&IStream::GetCurrentSize, &IStream::Read, &IStream::DiscardBefore,
+                            &IStream::IsFinished, &IStream::NeedMoreData>
+    kOperations<IStream>;
 
 template <>
-inline constexpr auto kConveniences<IStream> = std::tuple(&IStream::IsEqual);
+inline constexpr MemberList<&IStream::IsEqual> kConveniences<IStream>;
 
 template <>
-inline constexpr auto kOperations<IHash> = std::tuple(
-    &IHash::Clone, &IHash::LessThan, Pick<bool(const IJSON*, IContext*)>(&IHash::Deserialize),
-    Pick<bool(const IJSON*)>(&IHash::Deserialize),
-    Pick<AutoRefPtr<IJSON>(IContext*) const>(&IHash::Serialize),
-    Pick<AutoRefPtr<IJSON>() const>(&IHash::Serialize));
+inline constexpr MemberList<&IHash::Clone, &IHash::LessThan,
+                            Pick<bool(const IJSON*, IContext*)>(&IHash::Deserialize),
+                            Pick<bool(const IJSON*)>(&IHash::Deserialize),
+                            Pick<AutoRefPtr<IJSON>(IContext*) const>(&IHash::Serialize),
+                            Pick<AutoRefPtr<IJSON>() const>(&IHash::Serialize)>
+    kOperations<IHash>;
 
 template <>
-inline constexpr auto kConveniences<IHash> =
-    std::tuple(&IHash::IsEqual, Pick<void(std::string&, IContext*) const>(&IHash::ToString),
-               Pick<void(std::string&) const>(&IHash::ToString),
-               Pick<std::size_t(IContext*) const>(&IHash::ToStringSize),
-               Pick<std::size_t() const>(&IHash::ToStringSize));
+inline constexpr MemberList<&IHash::IsEqual,
+                            Pick<void(std::string&, IContext*) const>(&IHash::ToString),
+                            Pick<void(std::string&) const>(&IHash::ToString),
+                            Pick<std::size_t(IContext*) const>(&IHash::ToStringSize),
+                            Pick<std::size_t() const>(&IHash::ToStringSize)>
+    kConveniences<IHash>;
 
 template <>
-inline constexpr auto kOperations<ICallStack> =
-    std::tuple(&ICallStack::IsResuming, &ICallStack::EnterFrame, &ICallStack::EnterFrame_WithName,
-               &ICallStack::LeaveFrame, &ICallStack::MarkFrameForExit, &ICallStack::RegisterMemory,
-               &ICallStack::PrintCallStack);
+inline constexpr MemberList<&ICallStack::IsResuming, &ICallStack::EnterFrame,
+                            &ICallStack::EnterFrame_WithName, &ICallStack::LeaveFrame,
+                            &ICallStack::MarkFrameForExit, &ICallStack::RegisterMemory,
+                            &ICallStack::PrintCallStack>
+    kOperations<ICallStack>;
 
 template <>
-inline constexpr auto kOperations<IConfiguration> = std::tuple(
+inline constexpr MemberList<
     Pick<bool(const char*)>(&IConfiguration::LoadFromString), &IConfiguration::GetSize,
     &IConfiguration::HasKey, &IConfiguration::IsBoolean, &IConfiguration::IsInteger,
     &IConfiguration::IsReal, &IConfiguration::IsString, &IConfiguration::IsJSON,
     &IConfiguration::GetInteger, &IConfiguration::GetReal, &IConfiguration::GetBoolean,
     &IConfiguration::GetJSON, &IConfiguration::LoadConfigData, &IConfiguration::GetString,
-    &IConfiguration::ToString, &IConfiguration::GetAllMatchingKeys);
+    &IConfiguration::ToString, &IConfiguration::GetAllMatchingKeys>
+    kOperations<IConfiguration>;
 
 template <>
-inline constexpr auto kConveniences<IConfiguration> =
-    std::tuple(Pick<bool(const std::string&)>(&IConfiguration::LoadFromString));
+inline constexpr MemberList<Pick<bool(const std::string&)>(&IConfiguration::LoadFromString)>
+    kConveniences<IConfiguration>;
 
 template <>
-inline constexpr auto kOperations<IThreadPool> = std::tuple(&IThreadPool::AddJobToThreadPool,
-                                                            &IThreadPool::AddPermanentThread,
-                                                            &IThreadPool::StopPermanentThread);
+inline constexpr MemberList<&IThreadPool::AddJobToThreadPool, &IThreadPool::AddPermanentThread,
+                            &IThreadPool::StopPermanentThread>
+    kOperations<IThreadPool>;
 
 template <>
-inline constexpr auto kOperations<IEvent> = std::tuple(&IEvent::HasError, &IEvent::RemoveIfFired,
-                                                       &IEvent::GetUserDefinedData);
+inline constexpr MemberList<&IEvent::HasError, &IEvent::RemoveIfFired, &IEvent::GetUserDefinedData>
+    kOperations<IEvent>;
 
 template <>
-inline constexpr auto kOperations<IFDEvent> = std::tuple(&IFDEvent::GetFD,
-                                                         &IFDEvent::GetNotificationFlags);
+inline constexpr MemberList<&IFDEvent::GetFD, &IFDEvent::GetNotificationFlags>
+    kOperations<IFDEvent>;
 
 template <>
-inline constexpr auto kOperations<IGenericEvent> = std::tuple(&IGenericEvent::Signal);
+inline constexpr MemberList<&IGenericEvent::Signal> kOperations<IGenericEvent>;
 
 template <>
-inline constexpr auto kOperations<IEventScheduler> =
-    std::tuple(&IEventScheduler::CreateGenericEvent, &IEventScheduler::CreateTimerEvent,
-               &IEventScheduler::CreateFDEvent, &IEventScheduler::RemoveEvent,
-               &IEventScheduler::MakeSocketNonBlocking);
+inline constexpr MemberList<&IEventScheduler::CreateGenericEvent,
+                            &IEventScheduler::CreateTimerEvent, &IEventScheduler::CreateFDEvent,
+                            &IEventScheduler::RemoveEvent, &IEventScheduler::MakeSocketNonBlocking>
+    kOperations<IEventScheduler>;
 
 template <>
-inline constexpr auto kOperations<ICounter> = std::tuple(
+inline constexpr MemberList<
     Pick<void(const char*, std::uint64_t)>(&ICounter::Increment),
     Pick<void(const IHash*, std::uint64_t)>(&ICounter::Increment),
     Pick<void(const char*, std::uint64_t)>(&ICounter::Decrement),
@@ -334,18 +350,20 @@ inline constexpr auto kOperations<ICounter> = std::tuple(
     Pick<AutoRefPtr<IVariant>(const char*, std::uint64_t, bool*) const>(&ICounter::GetData),
     Pick<AutoRefPtr<IVariant>(const IHash*, std::uint64_t, bool*) const>(&ICounter::GetData),
     Pick<AutoRefPtr<IVariant>(const char*, bool*) const>(&ICounter::GetCurrentData),
-    Pick<AutoRefPtr<IVariant>(const IHash*, bool*) const>(&ICounter::GetCurrentData));
+    Pick<AutoRefPtr<IVariant>(const IHash*, bool*) const>(&ICounter::GetCurrentData)>
+    kOperations<ICounter>;
 
 template <>
-inline constexpr auto kConveniences<ICounter> = std::tuple(&ICounter::ResetAll);
+inline constexpr MemberList<&ICounter::ResetAll> kConveniences<ICounter>;
 
 template <>
-inline constexpr auto kOperations<ITelemetry> = std::tuple(
+inline constexpr MemberList<
     &ITelemetry::Clear, &ITelemetry::RegisterValueHolder, &ITelemetry::RegisterCounter,
     &ITelemetry::Register, &ITelemetry::RegisterMatching, &ITelemetry::RegisterModule,
     &ITelemetry::IsRegistered, &ITelemetry::IsRegisteredMatching, &ITelemetry::IsValueHolder,
     &ITelemetry::Deregister, &ITelemetry::DeregisterMatching, &ITelemetry::DeregisterValueHolder,
     &ITelemetry::DeregisterMatchingValueHolder, &ITelemetry::GetId, &ITelemetry::Clone,
-    &ITelemetry::GetAllRegistered, &ITelemetry::GetAll);
+    &ITelemetry::GetAllRegistered, &ITelemetry::GetAll>
+    kOperations<ITelemetry>;
 
 }  // namespace Tovrin

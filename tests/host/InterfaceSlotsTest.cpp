@@ -8,8 +8,8 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
-#include <regex>
 #include <string>
+#include <string_view>
 #include <tuple>
 #include <type_traits>
 #include <typeinfo>
@@ -25,7 +25,7 @@
 
 // The order of the operations is what a host built apart from us calls by. The tests lay an object
 // of their own making under each interface: its table is an array of functions that note their
-// place. This file is compiled without the sanitizer that looks an object's class up in its table.
+// place. This file is compiled without the sanitizer that would find that out.
 
 // Reaches the destructor, which is protected in every interface that has one in its table. Not in
 // the unnamed namespace: a compiler that sees all classes derived from it would find that there is
@@ -125,68 +125,84 @@ struct Spelt {};
 template <auto Member>
 struct Named {};
 
-// "Spelt<int>" without "Spelt<" and ">", and with our names and that of texts in their short form.
-template <class Carrier>
-std::string InnerName() {
+void ReplaceAll(std::string& text, std::string_view what, std::string_view with) {
+  for (auto at = text.find(what); at != text.npos; at = text.find(what, at + with.size())) {
+    text.replace(at, what.size(), with);
+  }
+}
+
+// Of "Spelt<int>" what is in the brackets, with our names and that of texts in their short form.
+std::string InnerName(const std::type_info& carrier) {
   int status = 0;
   const std::unique_ptr<char, void (*)(void*)> demangled(
-      abi::__cxa_demangle(typeid(Carrier).name(), nullptr, nullptr, &status), std::free);
-  static const std::regex kOurs("Tovrin::");
-  static const std::regex kText("std::__cxx11::basic_string<char, [^>]*>, std::allocator<char> >");
-  const std::string text = std::regex_replace(
-      std::regex_replace(std::string(demangled.get()), kText, "std::string"), kOurs, "");
+      abi::__cxa_demangle(carrier.name(), nullptr, nullptr, &status), std::free);
+  std::string text(demangled.get());
+  ReplaceAll(text,
+             "std::__cxx11::basic_string<char, std::char_traits<char>, std::allocator<char> >",
+             "std::string");
+  ReplaceAll(text, "Tovrin::", "");
   const std::size_t begin = text.find('<') + 1;
   std::string name = text.substr(begin, text.rfind('>') - begin);
   while (name.ends_with(' ')) name.pop_back();
   return name;
 }
 
-// "IVariant::GetType"
-template <auto Member>
-std::string MemberName() {
-  static const std::regex kMember(R"(.*&\(?([\w:]+).*)");
-  return std::regex_replace(InnerName<Named<Member>>(), kMember, "$1");
+// "IVariant::GetType" of "&(IVariant::GetType() const)"
+std::string MemberName(const std::type_info& carrier) {
+  const std::string name = InnerName(carrier);
+  const std::size_t begin = name.find_first_not_of("&(");
+  return name.substr(begin, name.find_first_of("()", begin) - begin);
+}
+
+// A member's types: those of its arguments, and that of its result.
+struct Signature {
+  std::vector<const std::type_info*> arguments;
+  const char* constness;
+  const std::type_info* result;
+};
+template <class Interface, class Result, class... Arguments>
+Signature SignatureOf(Result (Interface::*)(Arguments...)) {
+  return {{&typeid(Spelt<Arguments>)...}, "", &typeid(Spelt<Result>)};
+}
+template <class Interface, class Result, class... Arguments>
+Signature SignatureOf(Result (Interface::*)(Arguments...) const) {
+  return {{&typeid(Spelt<Arguments>)...}, " const", &typeid(Spelt<Result>)};
 }
 
 // "(unsigned int) const -> std::string"
-template <class Result, class... Arguments>
-std::string Signature(const char* constness) {
+std::string Text(const Signature& signature) {
   std::string arguments;
-  ((arguments += (arguments.empty() ? "" : ", ") + InnerName<Spelt<Arguments>>()), ...);
-  return '(' + arguments + ')' + constness + " -> " + InnerName<Spelt<Result>>();
-}
-template <class Interface, class Result, class... Arguments>
-std::string SignatureOf(Result (Interface::*)(Arguments...)) {
-  return Signature<Result, Arguments...>("");
-}
-template <class Interface, class Result, class... Arguments>
-std::string SignatureOf(Result (Interface::*)(Arguments...) const) {
-  return Signature<Result, Arguments...>(" const");
+  for (const std::type_info* argument : signature.arguments) {
+    arguments += (arguments.empty() ? "" : ", ") + InnerName(*argument);
+  }
+  return '(' + arguments + ')' + signature.constness + " -> " + InnerName(*signature.result);
 }
 
 std::string Row(const std::string& slot, const std::string& what) {
   return std::string(5 - slot.size(), ' ') + slot + "  " + what + '\n';
 }
 
-template <const auto& Members, class SlotName>
-std::string Rows(SlotName slotName) {
-  using Tuple = std::remove_cvref_t<decltype(Members)>;
-  return [&]<std::size_t... I>(std::index_sequence<I...>) {
-    return (std::string() + ... +
-            Row(slotName(std::get<I>(Members)),
-                MemberName<std::get<I>(Members)>() + SignatureOf(std::get<I>(Members))));
-  }
-  (std::make_index_sequence<std::tuple_size_v<Tuple>>());
+// The members are many: what is instantiated for each is no more than its name and its call.
+template <auto Member, class SlotName>
+void AddRow(std::string& rows, const SlotName& slotName) {
+  rows += Row(slotName(Member), MemberName(typeid(Named<Member>)) + Text(SignatureOf(Member)));
+}
+
+template <auto... Members, class SlotName>
+std::string Rows(MemberList<Members...>, [[maybe_unused]] const SlotName& slotName) {
+  std::string rows;
+  (AddRow<Members>(rows, slotName), ...);
+  return rows;
 }
 
 // The table of one interface: each member with the slot that it calls, or "-" where it has none of
 // its own, and where the destructor stands if the table has one.
 template <class Interface>
 std::string Table() {
-  std::string table = InnerName<Spelt<Interface>>() + '\n';
-  table += Rows<kOperations<Interface>>(
-      [](auto member) { return std::to_string(SlotOf([&] { CallMember(member); })); });
-  table += Rows<kConveniences<Interface>>([](auto) { return std::string("-"); });
+  std::string table = InnerName(typeid(Spelt<Interface>)) + '\n';
+  table += Rows(kOperations<Interface>,
+                [](auto member) { return std::to_string(SlotOf([&] { CallMember(member); })); });
+  table += Rows(kConveniences<Interface>, [](auto) { return std::string("-"); });
   if constexpr (std::has_virtual_destructor_v<Deletable<Interface>>) {
     using Object = Deletable<Interface>;
     auto* object = static_cast<Object*>(static_cast<void*>(&gObject));

@@ -16,7 +16,6 @@ namespace RefHost {
 namespace {
 
 constexpr auto kUnusable = ExitStatus::Environment;
-constexpr auto kFailed = ExitStatus::Source;
 
 using Dump = void (CRegexVectorHolder::*)(std::vector<std::string>&) const;
 

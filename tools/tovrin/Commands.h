@@ -13,6 +13,9 @@
 // and stores what is to be done when it was chosen.
 namespace RefHost {
 
+// Of the commands that end as grep does: something could not be read, or had no answer.
+inline constexpr auto kFailed = ExitStatus::Source;
+
 // What all commands share.
 struct CommandLine {
   CLI::App& application;

@@ -21,7 +21,6 @@ namespace {
 // As grep ends.
 constexpr auto kFound = ExitStatus::Success;
 constexpr auto kNothingFound = ExitStatus::Environment;
-constexpr auto kFailed = ExitStatus::Source;
 
 constexpr std::string_view kStandardInput = "-";
 constexpr std::size_t kOutputBlock = std::size_t{64} << 10;

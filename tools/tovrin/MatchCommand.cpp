@@ -20,7 +20,6 @@ namespace {
 // As grep ends.
 constexpr auto kSelected = ExitStatus::Success;
 constexpr auto kNothingSelected = ExitStatus::Environment;
-constexpr auto kFailed = ExitStatus::Source;
 
 struct MatchOptions {
   std::string listPath;

@@ -147,11 +147,11 @@ std::string InnerName(const std::type_info& carrier) {
   return name;
 }
 
-// "IVariant::GetType" of "&(IVariant::GetType() const)"
+// "IVariant::GetType" of "&(IVariant::GetType[abi:cxx11]() const)"
 std::string MemberName(const std::type_info& carrier) {
   const std::string name = InnerName(carrier);
   const std::size_t begin = name.find_first_not_of("&(");
-  return name.substr(begin, name.find_first_of("()", begin) - begin);
+  return name.substr(begin, name.find_first_of("()[", begin) - begin);
 }
 
 // A member's types: those of its arguments, and that of its result.

@@ -7,7 +7,6 @@
 #include <fstream>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "Common/CDirectory.h"
@@ -195,9 +194,10 @@ TEST_F(CBufferSwapTest, SwapsBesideOtherProcesses) {
     }
     return isRight;
   };
-  std::thread other([&] { EXPECT_EQ(InChild(work), 0); });
-  EXPECT_EQ(InChild(work), 0);
-  other.join();
+  const CForkedWork one(work);
+  const CForkedWork other(work);
+  EXPECT_EQ(one.Status(), 0);
+  EXPECT_EQ(other.Status(), 0);
   EXPECT_THAT(Names(), IsEmpty());
 }
 

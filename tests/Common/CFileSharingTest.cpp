@@ -46,17 +46,14 @@ void Count(const std::string& path, int times) {
 TEST_F(CFileSharing, LocksBetweenProcessesAndObjects) {
   const std::string path = fFolder.Write("count", "0      ").string();
   constexpr int kTimes = 300;
-  std::thread inThread([&] { Count(path, kTimes); });
-  std::thread inProcess([&] {
-    EXPECT_EQ(InChild([&] {
-                Count(path, kTimes);
-                return true;
-              }),
-              0);
+  const CForkedWork inProcess([&] {
+    Count(path, kTimes);
+    return true;
   });
+  std::thread inThread([&] { Count(path, kTimes); });
   Count(path, kTimes);
   inThread.join();
-  inProcess.join();
+  EXPECT_EQ(inProcess.Status(), 0);
   EXPECT_EQ(std::atoi(ReadWholeFile(path).c_str()), 3 * kTimes);
 }
 

@@ -22,16 +22,32 @@
 
 // Conditions under which file operations have to fail, and what is left behind afterwards.
 
-// Runs the work in a copy of this process and answers its exit status, or 128 + the signal that
-// ended it. What the work expects in vain makes the status 1, and is printed as ever.
-inline int InChild(const std::function<bool()>& work) {
-  const pid_t child = fork();
-  if (child < 0) throw std::system_error(errno, std::generic_category(), "fork");
-  if (child == 0) _exit(work() ? 0 : 1);
-  int status = 0;
-  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+// Work in a copy of this process, beside whatever follows. Made before a test has other threads: a
+// copy has none of them, and would wait for ever for what one of them holds. What the work expects
+// in vain makes the exit status 1, and is printed as ever.
+class CForkedWork {
+public:
+  explicit CForkedWork(const std::function<bool()>& work) : fChild(fork()) {
+    if (fChild < 0) throw std::system_error(errno, std::generic_category(), "fork");
+    if (fChild == 0) _exit(work() ? 0 : 1);
   }
-  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  CForkedWork(const CForkedWork&) = delete;
+  CForkedWork& operator=(const CForkedWork&) = delete;
+
+  // Waits for its end, once: the exit status, or 128 + the signal that ended it.
+  int Status() const {
+    int status = 0;
+    while (waitpid(fChild, &status, 0) < 0 && errno == EINTR) {
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  }
+
+private:
+  pid_t fChild;
+};
+
+inline int InChild(const std::function<bool()>& work) {
+  return CForkedWork(work).Status();
 }
 
 // Files cannot grow beyond a size while this lives: the disk is full.

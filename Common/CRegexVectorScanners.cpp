@@ -36,7 +36,7 @@ public:
   }
 
 private:
-  void ProcessGroup(const PrefixGroup& group, PrefixGroup& last) {
+  void ProcessGroup(PrefixGroup& group, PrefixGroup& last) {
     Open(group);
     const bool isLast = &group == &last;
     std::size_t resume = 0;  // first item behind the last scanner
@@ -76,11 +76,11 @@ private:
   bool HasAlternatives() const { return fMerged.size() > fOpen.size(); }
 
   // Wildcards are not checked one by one: a bad one shows in its scanner.
-  void AddItem(const PrefixGroup& group, const RegexWithSource& item, PrefixGroup& last) {
+  void AddItem(const PrefixGroup& group, RegexWithSource& item, PrefixGroup& last) {
     if (CRegex::IsWildcardForm(item.fSource)) {
-      WriteAlternative(item, 0);
+      WriteAlternative(item, 0, &group == &last);
     } else if (const CRegexPtr alone = CRegex::Create(item.fExpression, false)) {
-      WriteAlternative(item, alone->GetCaptureCount());
+      WriteAlternative(item, alone->GetCaptureCount(), &group == &last);
     } else if (fOptimize && &group != &last) {
       last.AddToGroup(group.Prefix() + item.fExpression, item.fSource);
       WarnOfPrefix(group.Prefix(), item.fExpression);
@@ -90,7 +90,8 @@ private:
     }
   }
 
-  void WriteAlternative(const RegexWithSource& item, std::uint64_t captureCount) {
+  // The last group's items are handed over to none, and give their source away.
+  void WriteAlternative(RegexWithSource& item, std::uint64_t captureCount, bool isLast) {
     if (HasAlternatives()) {
       fMerged += '|';
       ++fSeparators;
@@ -98,7 +99,7 @@ private:
     fMerged += '(';
     fMerged += item.fExpression;
     fMerged += ')';
-    fSources.push_back(item.fSource);
+    fSources.push_back(isLast ? std::move(item.fSource) : item.fSource);
     fSources.resize(fSources.size() + captureCount);
   }
 

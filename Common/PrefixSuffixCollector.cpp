@@ -34,16 +34,16 @@ void SortPrefixes(std::vector<std::string>& prefixes) {
 
 }  // namespace
 
-void PrefixGroup::AddToGroup(std::string_view expression, std::string source) {
-  const std::string_view middle =
-      expression.substr(fPrefix.size(), expression.size() - AffixLength());
-  fItems.push_back({std::string(middle), std::move(source)});
+void PrefixGroup::AddToGroup(std::string expression, std::string source) {
+  expression.resize(expression.size() - fSuffix.size());
+  expression.erase(0, fPrefix.size());
+  fItems.push_back({std::move(expression), std::move(source)});
 }
 
-bool PrefixGroup::TryAddToGroup(std::string_view expression, const std::string& source) {
+bool PrefixGroup::TryAddToGroup(std::string&& expression, std::string&& source) {
   if (expression.size() < AffixLength()) return false;
   if (!expression.starts_with(fPrefix) || !expression.ends_with(fSuffix)) return false;
-  AddToGroup(expression, source);
+  AddToGroup(std::move(expression), std::move(source));
   return true;
 }
 
@@ -107,11 +107,13 @@ void PrefixSuffixCollector::Parse() {
 }
 
 void PrefixSuffixCollector::Distribute() {
-  for (const RegexWithSource& input : fInputs) {
+  for (RegexWithSource& input : fInputs) {
+    RegexWithSource taken = fMeasure ? input : std::move(input);
     for (PrefixGroup& group : fGroups) {
-      if (group.TryAddToGroup(input.fExpression, input.fSource)) break;
+      if (group.TryAddToGroup(std::move(taken.fExpression), std::move(taken.fSource))) break;
     }
   }
+  if (!fMeasure) fInputs.clear();
 }
 
 void PrefixSuffixCollector::ReportFailure(const std::string& text) {

@@ -30,9 +30,10 @@ public:
   const std::vector<RegexWithSource>& Items() const { return fItems; }
 
   // Takes the expression without its prefix and suffix. The caller knows that it has both.
-  void AddToGroup(std::string_view expression, std::string source);
-  // Takes it if it is long enough and begins and ends as the group does, byte for byte.
-  bool TryAddToGroup(std::string_view expression, const std::string& source);
+  void AddToGroup(std::string expression, std::string source);
+  // Takes it if it is long enough and begins and ends as the group does, byte for byte; else both
+  // texts stay as they are.
+  bool TryAddToGroup(std::string&& expression, std::string&& source);
 
   // For the builder of scanners, which may drop what it has built.
   std::vector<RegexWithSource>& Items() { return fItems; }
@@ -68,7 +69,7 @@ public:
   // The last group has no prefix and takes whatever no other took.
   std::vector<PrefixGroup>& Groups() { return fGroups; }
 
-  // What the diagnostics print.
+  // What the diagnostics print. The inputs are in the groups unless times are measured.
   const std::vector<RegexWithSource>& Inputs() const { return fInputs; }
   const std::vector<std::vector<RegexToken>>& TokenLists() const { return fTokenLists; }
   const CRadixTree& Tree() const { return fTree; }

@@ -33,7 +33,7 @@ std::uint64_t Load(const char* bytes, std::size_t size) {
 // Up to eight bytes from the anchored side on behind the first `base`, the first of them lowest;
 // zeros behind the last.
 template <AnchoredLiterals::Side kSide>
-std::uint64_t WordOf(const char* text, std::size_t size, std::size_t base) {
+inline std::uint64_t WordOf(const char* text, std::size_t size, std::size_t base) {
   constexpr bool kIsTail = kSide == AnchoredLiterals::Side::Tail;
   const std::size_t count = std::min(size - base, kWord);
   const std::size_t cut = 4 * (kWord - count);  // half of the bits that are not the word's

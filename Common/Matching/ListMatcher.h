@@ -233,6 +233,20 @@ private:
   bool VisitAnchored(std::string_view text, OnHit onHit) const;
   template <class OnHit, class OnCandidate>
   bool VisitFloating(std::string_view text, OnHit onHit, OnCandidate onCandidate) const;
+  // What was found of the scanners from some one on.
+  struct Best {
+    std::uint32_t scanner = kNone;  // the first found to match or to fail
+    std::uint32_t part = kNone;     // its alternative to name, or any where literals do not tell
+    std::size_t start = 0;          // where that begins, as far as it matters
+    bool hasFailed = false;
+  };
+  // Takes an alternative that literals decide, as VisitAnchored tells of it, if it is better.
+  void Offer(std::string_view text, std::uint32_t from, std::uint32_t part, const LiteralForm* form,
+             std::size_t size, Best& best) const;
+  // The rest of FindFirst, apart from it since all that it sets up costs as much as finding a name.
+  template <class Scanners>
+  void FindBeyondAnchored(std::string_view text, const Scanners& scanners, std::uint32_t from,
+                          Best& best) const;
   // VisitAnchored decides about all alternatives, and there is nothing else to ask.
   bool IsAllAnchored() const { return fTargets.empty() && fConfirmed.empty(); }
 
@@ -332,57 +346,65 @@ template <class Scanners>
 std::optional<ListMatcher::Hit> ListMatcher::FindFirst(std::string_view text,
                                                        const Scanners& scanners,
                                                        std::uint32_t from) const {
+  Best best;
+  VisitAnchored(text, [&](std::uint32_t part, const LiteralForm* form, std::size_t size) {
+    Offer(text, from, part, form, size, best);
+    return false;
+  });
+  if (!IsAllAnchored()) FindBeyondAnchored(text, scanners, from, best);
+  if (best.part == kNone) return std::nullopt;
+  const Part named = fParts[best.part];
+  if (named.naming == Naming::ByCaptures || text.empty()) return Hit{named.scanner, 0};
+  return Hit{named.scanner, named.group, fParts.NameOf(best.part)};
+}
+
+inline void ListMatcher::Offer(std::string_view text, std::uint32_t from, std::uint32_t part,
+                               const LiteralForm* form, std::size_t size, Best& best) const {
+  const Part hit = fParts[part];
+  if (hit.scanner > best.scanner || hit.scanner < from) return;
+  std::size_t start = 0;
+  if (hit.naming == Naming::Latest) {
+    start = form ? LatestStart(text, *form) : text.size() - size;
+  }
+  const bool isBetter = hit.scanner < best.scanner || best.hasFailed || start > best.start ||
+                        (start == best.start && part < best.part);
+  if (isBetter) best = {hit.scanner, part, start, false};
+}
+
+template <class Scanners>
+void ListMatcher::FindBeyondAnchored(std::string_view text, const Scanners& scanners,
+                                     std::uint32_t from, Best& best) const {
   Asked asked;
-  std::uint32_t best = kNone;      // the first scanner found to match or to fail
-  std::exception_ptr failure;      // what it failed with
-  std::uint32_t bestPart = kNone;  // its alternative to name, or any where literals do not tell
-  std::size_t bestStart = 0;       // where that begins, as far as it matters
-  const auto take = [&](std::uint32_t part, std::size_t start, std::exception_ptr raised) {
-    best = fParts[part].scanner;
-    failure = std::move(raised);
-    bestPart = part;
-    bestStart = start;
-  };
+  std::exception_ptr failure;  // what the best one failed with, if it did
   const auto onHit = [&](std::uint32_t part, const LiteralForm* form, std::size_t size) {
-    const Part hit = fParts[part];
-    const std::uint32_t scanner = hit.scanner;
-    if (scanner > best || scanner < from) return false;
-    std::size_t start = 0;
-    if (hit.naming == Naming::Latest) {
-      start = form ? LatestStart(text, *form) : text.size() - size;
-    }
-    const bool isBetter =
-        scanner < best || failure || start > bestStart || (start == bestStart && part < bestPart);
-    if (isBetter) take(part, start, nullptr);
+    Offer(text, from, part, form, size, best);
     return false;
   };
   const auto onCandidate = [&](std::uint32_t number) {
     const std::uint32_t part = fConfirmed[number].part;
     const Part asking = fParts[part];
     const std::uint32_t scanner = asking.scanner;
-    if (scanner > best || scanner < from) return false;
-    if (scanner == best && (asking.naming != Naming::InOrder || part >= bestPart)) return false;
+    if (scanner > best.scanner || scanner < from) return false;
+    if (scanner == best.scanner && (asking.naming != Naming::InOrder || part >= best.part)) {
+      return false;
+    }
     if (!asked.Add(number)) return false;
     try {
-      if (Confirms(number, text, scanners)) take(part, 0, nullptr);
+      if (Confirms(number, text, scanners)) best = {scanner, part, 0, false};
     } catch (...) {
-      take(part, 0, std::current_exception());
+      failure = std::current_exception();
+      best = {scanner, part, 0, true};
     }
     return false;
   };
-  VisitAnchored(text, onHit);
-  if (!IsAllAnchored()) VisitFloating(text, onHit, onCandidate);
-  const std::uint32_t shared = FindShared(text, scanners, from, bestPart);
-  if (shared != kNone) take(shared, 0, nullptr);
+  VisitFloating(text, onHit, onCandidate);
+  const std::uint32_t shared = FindShared(text, scanners, from, best.part);
+  if (shared != kNone) best = {fParts[shared].scanner, shared, 0, false};
   for (const std::uint32_t number : fAlways) {
-    if (fParts[fConfirmed[number].part].scanner > best) break;
+    if (fParts[fConfirmed[number].part].scanner > best.scanner) break;
     onCandidate(number);
   }
-  if (failure) std::rethrow_exception(failure);
-  if (best == kNone) return std::nullopt;
-  const Part named = fParts[bestPart];
-  if (named.naming == Naming::ByCaptures || text.empty()) return Hit{best, 0};
-  return Hit{best, named.group, fParts.NameOf(bestPart)};
+  if (best.hasFailed) std::rethrow_exception(failure);
 }
 
 }  // namespace Matching

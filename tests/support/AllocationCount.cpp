@@ -34,8 +34,8 @@ bool AllocationFault::HasFailed() const {
   return untilFault <= 0;
 }
 
-// The form without exceptions comes through these. Those for arrays would, too, but not in a
-// sanitizer's runtime.
+// The other forms come through the first two by default, but not in a sanitizer's runtime: all of
+// them stand here, since a block that goes through one comes from another.
 void* operator new(std::size_t size) {
   ++count;
   if (untilFault > 0 && --untilFault == 0) throw std::bad_alloc();
@@ -63,5 +63,21 @@ void operator delete[](void* block) noexcept {
   ::operator delete(block);
 }
 void operator delete[](void* block, std::size_t) noexcept {
+  ::operator delete(block);
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  try {
+    return ::operator new(size);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+void* operator new[](std::size_t size, const std::nothrow_t& tag) noexcept {
+  return ::operator new(size, tag);
+}
+void operator delete(void* block, const std::nothrow_t&) noexcept {
+  ::operator delete(block);
+}
+void operator delete[](void* block, const std::nothrow_t&) noexcept {
   ::operator delete(block);
 }

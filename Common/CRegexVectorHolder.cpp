@@ -185,7 +185,7 @@ std::vector<Matching::ListScanner> CRegexVectorHolder::Scanners() const {
   for (const RegexVectorEntry& entry : fEntries) {
     Matching::ListScanner scanner{entry.fScanner->Pattern()};
     // An expression that stands alone has no alternatives to tell apart.
-    if (!HasBackReference(scanner.pattern)) {
+    if (entry.fSources->size() > 1 || !HasBackReference(scanner.pattern)) {
       scanner.firstGroup = static_cast<std::uint32_t>(entry.FirstAlternativeGroup());
       scanner.groupCount = static_cast<std::uint32_t>(entry.fSources->size());
       scanner.names = entry.fSources->data();

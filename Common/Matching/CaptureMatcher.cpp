@@ -41,7 +41,7 @@ bool CaptureMatcher::Run(const CaptureQuery& query, std::vector<std::size_t>& sl
 
 bool CaptureMatcher::Backtrack(const CaptureQuery& query, std::vector<std::size_t>& slots) {
   fVisitBase = query.firstStart;
-  fVisited.assign(fVisitCount * (query.end - query.firstStart + 1) / 64 + 1, 0);
+  fVisited.clear();
   // A visit that led to nothing leads to nothing from a later start as well, so all share the
   // marks.
   for (std::size_t start = query.firstStart; start <= query.lastStart; ++start) {
@@ -54,6 +54,8 @@ bool CaptureMatcher::Backtrack(const CaptureQuery& query, std::vector<std::size_
 bool CaptureMatcher::Visit(StateId id, std::size_t pos) {
   const std::size_t bit = (pos - fVisitBase) * fVisitCount + fVisitNumber[id];
   const std::uint64_t mask = std::uint64_t{1} << (bit & 63);
+  // As far as the match has come, and some more: a walk over a text is very many short runs.
+  if (bit / 64 >= fVisited.size()) fVisited.resize(2 * (bit / 64) + 16, 0);
   if ((fVisited[bit / 64] & mask) != 0) return false;
   fVisited[bit / 64] |= mask;
   return true;

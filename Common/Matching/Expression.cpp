@@ -5,8 +5,10 @@
 
 #include "Common/Matching/CaptureMatcher.h"
 #include "Common/Matching/ExactMatcher.h"
+#include "Common/Matching/FormMatch.h"
 #include "Common/Matching/LazyDfa.h"
 #include "Common/Matching/LiteralFilter.h"
+#include "Common/Matching/LiteralForms.h"
 #include "Common/Matching/LookAheads.h"
 #include "Common/Matching/Parser.h"
 #include "Common/Matching/Program.h"
@@ -67,7 +69,25 @@ bool StartsAtBegin(const Program& program) {
   return program.states[id].op == Op::LineBegin;
 }
 
+// Forms that say all about an expression and that a text is compared with, or nothing: where they
+// are too many, or where a piece may hold what a gap must not.
+std::optional<std::vector<LiteralForm>> FormsOf(const SyntaxTree& tree,
+                                                const LiteralForms& literals) {
+  constexpr std::size_t kMaxForms = 8;
+  auto forms = literals.Whole({tree.Root()});
+  if (!forms || forms->size() > kMaxForms || std::ranges::any_of(*forms, MixesLineEnds)) return {};
+  return forms;
+}
+
 }  // namespace
+
+// What the searches of one walk over a text find out for those that follow. The flags of a search
+// without a byte in front of it are those of the first, which shares nothing but the literals.
+struct Expression::Notes {
+  std::size_t literalsFrom = 0;  // from here on, literals must be looked for again
+  // Behind the first place, and whether matches of look-aheads may be empty.
+  std::optional<LookAheadTable> lookAheads[2];
+};
 
 // All that one expression compiles to.
 class Expression::Engine {
@@ -81,7 +101,11 @@ public:
         fLookAheads(fTree, fLookAheadNumbers, fClasses, options.automatonBudget),
         fStartsAtBegin(StartsAtBegin(fProgram)),
         fTakesMostBytes(CountFirstBytes(fProgram, fTree) > kManyBytes) {
-    if (options.useLiterals) fLiterals = LiteralFilter(fTree);
+    if (options.useLiterals) {
+      const LiteralForms literals(fTree);
+      fForms = FormsOf(fTree, literals);
+      fLiterals = LiteralFilter(literals.Required({fTree.Root()}));
+    }
     if (options.unrollEmptyPasses) fUnrolled = UnrollEmptyPasses(fProgram);
     if (fTree.Has(NodeKind::BackReference) || !AreLookAheadCapturesPlain(fTree)) {
       fUnrolled.reset();
@@ -114,49 +138,54 @@ public:
   }
 
   bool IsMatch(std::string_view text) const {
+    if (fForms) return IsMatchByForms(text);
     if (!MayMatchWhole(text)) return false;
-    if (MayUseAutomata()) {
-      return Automaton(WholeForward).Run({text, 0, false}, 0) != kNowhere;
-    }
-    if (MayAskSuffixes()) return IsMatchBySuffixes(text);
+    if (MayUseAutomata()) return IsMatchByAutomata(text);
     Captures captures;
-    return MatchCaptures(text, captures);
+    return RunWhole(text, captures);
   }
 
   bool Search(std::string_view text) const {
-    if (!fLiterals.MayMatch(text, 0)) return false;
-    if (MayUseAutomata()) {
-      return Automaton(AnyForward).Run({text, 0, false}, 0) != kNowhere;
-    }
-    if (MaySearchSuffixes()) return SearchBySuffixes(text);
+    if (!fLiterals.MayMatch(text)) return false;
+    if (MaySearchByAutomata()) return IsFoundByAutomata(text);
     Captures captures;
     return SearchCaptures(text, 0, {}, captures);
   }
 
   bool MatchCaptures(std::string_view text, Captures& captures) const {
-    if (!MayMatchWhole(text)) return false;
-    const Subject subject{text, 0, false};
-    if (MayAskSuffixes() && !IsMatchBySuffixes(text)) return false;
-    if (!fUnrolled) return RunExact(subject, 0, 0, true, false, captures);
-    if (MayUseAutomata() && Automaton(WholeForward).Run(subject, 0) == kNowhere) return false;
-    CaptureQuery query{
-        .subject = subject, .start = fUnrolled->start, .end = text.size(), .mustReachEnd = true};
-    return RunCaptures(query, captures);
+    const bool isSure = fForms || MayUseAutomata();
+    if (isSure ? !IsMatch(text) : !MayMatchWhole(text)) return false;
+    if (isSure && fTree.GroupCount() == 0) {
+      captures.assign(1, {0, text.size(), true});
+      return true;
+    }
+    return RunWhole(text, captures);
   }
 
   bool SearchCaptures(std::string_view text, std::size_t from, const SearchFlags& flags,
                       Captures& captures) const {
-    if (!fLiterals.MayMatch(text, from)) return false;
-    const bool isWholeText = from == 0 && !flags.hasPrevious;
-    if (isWholeText && MaySearchSuffixes() && !SearchBySuffixes(text)) return false;
+    Notes notes;
+    return SearchCaptures(text, from, flags, notes, captures);
+  }
+
+  bool SearchCaptures(std::string_view text, std::size_t from, const SearchFlags& flags,
+                      Notes& notes, Captures& captures) const {
+    if (from >= notes.literalsFrom) {
+      const std::size_t place = fLiterals.Next(text, from);
+      if (place == LiteralFilter::kNowhere) return false;
+      notes.literalsFrom = place + 1;
+    }
     const Subject subject{text, from, flags.hasPrevious};
     const bool isAnchored = flags.onlyNonEmptyHere || fStartsAtBegin;
+    if (fUnrolled && fLookAheads.IsEmpty() && fOptions.useAutomata) {
+      return SearchByAutomata(subject, isAnchored, flags, captures);
+    }
+    const bool isWholeText = from == 0 && !flags.hasPrevious && !flags.onlyNonEmptyHere;
+    if (isWholeText && MaySearchByAutomata() && !IsFoundByAutomata(text)) return false;
     const std::size_t lastStart = isAnchored ? from : text.size();
     if (!fUnrolled) {
       return RunExact(subject, from, lastStart, false, flags.onlyNonEmptyHere, captures);
     }
-    if (MayUseAutomata()) return SearchByAutomata(subject, isAnchored, flags, captures);
-
     CaptureQuery query{.subject = subject,
                        .start = fUnrolled->start,
                        .firstStart = from,
@@ -166,11 +195,11 @@ public:
     if (fLookAheads.AskForBegin() && !flags.hasPrevious) {
       // The first place is the only one at which look-aheads see no byte in front of the match.
       query.lastStart = from;
-      if (RunCaptures(query, captures)) return true;
+      if (RunCaptures(query, notes, captures)) return true;
       if (lastStart == from) return false;
-      return SearchCaptures(text, from + 1, {true, false}, captures);
+      return SearchCaptures(text, from + 1, {true, false}, notes, captures);
     }
-    return RunCaptures(query, captures);
+    return RunCaptures(query, notes, captures);
   }
 
 private:
@@ -190,25 +219,43 @@ private:
   // A whole match that fails mostly fails at its first bytes, sooner than literals are looked for,
   // unless nearly every byte will do there.
   [[nodiscard]] bool MayMatchWhole(std::string_view text) const {
-    return !fTakesMostBytes || fLiterals.MayMatch(text, 0);
+    return !fTakesMostBytes || fLiterals.MayMatch(text);
   }
 
+  // For yes and no.
   [[nodiscard]] bool MayUseAutomata() const {
-    return fOptions.useAutomata && fLookAheads.IsEmpty() && !fTree.Has(NodeKind::BackReference);
-  }
-
-  [[nodiscard]] bool MayAskSuffixes() const {
-    return fOptions.useAutomata && !fLookAheads.IsEmpty() && !fTree.Has(NodeKind::BackReference);
+    return fOptions.useAutomata && !fTree.Has(NodeKind::BackReference);
   }
   // A look-ahead's own beginning is one thing to a match at the first place, and another to others.
-  [[nodiscard]] bool MaySearchSuffixes() const {
-    return MayAskSuffixes() && !fLookAheads.AskForBegin();
+  [[nodiscard]] bool MaySearchByAutomata() const {
+    return MayUseAutomata() && !fLookAheads.AskForBegin();
   }
-  [[nodiscard]] bool IsMatchBySuffixes(std::string_view text) const {
-    return Automaton(WholeBySuffixes).Run({text, 0, false}, text.size()) != kNowhere;
+  [[nodiscard]] bool IsMatchByAutomata(std::string_view text) const {
+    const Subject subject{text, 0, false};
+    return (fLookAheads.IsEmpty()
+                ? Automaton(WholeForward).Run(subject, 0)
+                : Automaton(WholeBySuffixes).Run(subject, text.size())) != kNowhere;
   }
-  [[nodiscard]] bool SearchBySuffixes(std::string_view text) const {
-    return Automaton(AnyBySuffixes).Run({text, 0, false}, text.size()) != kNowhere;
+  [[nodiscard]] bool IsFoundByAutomata(std::string_view text) const {
+    const Subject subject{text, 0, false};
+    return (fLookAheads.IsEmpty() ? Automaton(AnyForward).Run(subject, 0)
+                                  : Automaton(AnyBySuffixes).Run(subject, text.size())) != kNowhere;
+  }
+  [[nodiscard]] bool IsMatchByForms(std::string_view text) const {
+    LineEnds lineEnds(text);
+    return std::ranges::any_of(*fForms, [&](const LiteralForm& form) {
+      return (!HasGap(form) || lineEnds.None()) && HasForm(text, form);
+    });
+  }
+
+  // The whole text, which may match.
+  bool RunWhole(std::string_view text, Captures& captures) const {
+    const Subject subject{text, 0, false};
+    if (!fUnrolled) return RunExact(subject, 0, 0, true, false, captures);
+    CaptureQuery query{
+        .subject = subject, .start = fUnrolled->start, .end = text.size(), .mustReachEnd = true};
+    Notes notes;
+    return RunCaptures(query, notes, captures);
   }
 
   // The automaton of that kind, built at first use: whoever comes second deletes his own.
@@ -291,10 +338,12 @@ private:
     return false;
   }
 
-  bool RunCaptures(CaptureQuery& query, Captures& captures) const {
+  bool RunCaptures(CaptureQuery& query, Notes& notes, Captures& captures) const {
     if (fLookAheads.IsEmpty()) return RunMatcher(query, captures);
-    const LookAheadTable table = fLookAheads.Evaluate(query.subject, query.refusesEmpty);
-    query.table = &table;
+    std::optional<LookAheadTable> own;
+    auto& table = query.subject.hasPrevious ? notes.lookAheads[query.refusesEmpty ? 1 : 0] : own;
+    if (!table) table = fLookAheads.Evaluate(query.subject, query.refusesEmpty);
+    query.table = &*table;
     return RunMatcher(query, captures);
   }
 
@@ -354,6 +403,7 @@ private:
   const LookAheads fLookAheads;
   const bool fStartsAtBegin;   // no match begins behind the first place
   const bool fTakesMostBytes;  // there is hardly a byte that no match begins with
+  std::optional<std::vector<LiteralForm>> fForms;  // say all of what a whole text matches
   LiteralFilter fLiterals;
 
   // Built at first use and published by compare-and-swap.
@@ -412,6 +462,11 @@ std::size_t Expression::AutomatonMemory() const {
   return fEngine->AutomatonMemory();
 }
 
+MatchIterator::MatchIterator(const Expression& expression, std::string_view text)
+    : fExpression(expression), fText(text), fNotes(std::make_unique<Expression::Notes>()) {}
+
+MatchIterator::~MatchIterator() = default;
+
 bool MatchIterator::Next(Captures& captures) {
   if (fIsDone) return false;
   fIsDone = true;  // a search that throws ends the walk
@@ -425,15 +480,19 @@ bool MatchIterator::Next(Captures& captures) {
 bool MatchIterator::FindNext(Captures& captures) {
   if (fIsFirst) {
     fIsFirst = false;
-    return fExpression.SearchCaptures(fText, 0, {}, captures);
+    return Search({}, captures);
   }
   if (fWasEmpty) {
     if (fFrom == fText.size()) return false;
-    if (fExpression.SearchCaptures(fText, fFrom, {fHasPrevious, true}, captures)) return true;
+    if (Search({fHasPrevious, true}, captures)) return true;
     ++fFrom;
   }
   fHasPrevious = true;
-  return fExpression.SearchCaptures(fText, fFrom, {fHasPrevious, false}, captures);
+  return Search({fHasPrevious, false}, captures);
+}
+
+bool MatchIterator::Search(const SearchFlags& flags, Captures& captures) {
+  return fExpression.fEngine->SearchCaptures(fText, fFrom, flags, *fNotes, captures);
 }
 
 }  // namespace Matching

@@ -95,7 +95,9 @@ public:
   [[nodiscard]] std::size_t AutomatonMemory() const;
 
 private:
+  friend class MatchIterator;
   class Engine;
+  struct Notes;
   explicit Expression(std::unique_ptr<Engine> engine);
 
   std::unique_ptr<Engine> fEngine;
@@ -104,20 +106,27 @@ private:
 // Walks over all matches of a text, as std::regex_iterator does: behind an empty match a match that
 // is not empty is tried at the same place, and then the walk moves on by one byte.
 //
+// What one search finds out about the rest of the text is kept for the next, so all of them
+// together look at it but once.
+//
 // The expression and the text must outlive it. Belongs to one thread.
 class MatchIterator {
 public:
-  MatchIterator(const Expression& expression, std::string_view text)
-      : fExpression(expression), fText(text) {}
+  MatchIterator(const Expression& expression, std::string_view text);
+  MatchIterator(const MatchIterator&) = delete;
+  MatchIterator& operator=(const MatchIterator&) = delete;
+  ~MatchIterator();
 
   // The next match; false when there is none, and from then on.
   bool Next(Captures& captures);
 
 private:
   bool FindNext(Captures& captures);
+  bool Search(const SearchFlags& flags, Captures& captures);
 
   const Expression& fExpression;
   std::string_view fText;
+  std::unique_ptr<Expression::Notes> fNotes;
   std::size_t fFrom = 0;      // where the last match ended
   bool fHasPrevious = false;  // from the second search on, but not while one place is tried again
   bool fIsFirst = true;

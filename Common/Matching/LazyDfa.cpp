@@ -309,8 +309,10 @@ const LazyDfa::DfaState* LazyDfa::FindIn(const DfaState* from, const DfaState* e
   return nullptr;
 }
 
-// The one state with this kernel; null when it does not exist and the budget is spent.
-const LazyDfa::DfaState* LazyDfa::Intern(const Kernel& kernel) const {
+// The one state with this kernel, which is put in order; null when it does not exist and the budget
+// is spent.
+const LazyDfa::DfaState* LazyDfa::Intern(Kernel& kernel) const {
+  if (fSetup.goal != Goal::First) std::ranges::sort(kernel.states);
   const std::size_t hash = HashKernel(kernel);
   auto& bucket = fBuckets[hash % kBucketCount];
   DfaState* head = bucket.load(std::memory_order_acquire);

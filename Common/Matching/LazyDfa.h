@@ -105,7 +105,7 @@ private:
   const DfaState* Grow(const DfaState& from, unsigned char byte, Workspace& workspace) const;
   void StepKernel(const Kernel& from, unsigned char byte, Kernel& to, Workspace& workspace) const;
   std::uint32_t AcceptAtEdge(const DfaState& state, Lease& lease) const;
-  const DfaState* Intern(const Kernel& kernel) const;
+  const DfaState* Intern(Kernel& kernel) const;
   [[nodiscard]] Boundary Around(const Kernel& kernel, bool isWordAhead) const;
   [[nodiscard]] const DfaState* FindIn(const DfaState* from, const DfaState* end,
                                        const Kernel& kernel, std::size_t hash) const;

@@ -74,10 +74,11 @@ std::vector<NodeId> PartsOfGroup(const SyntaxTree& tree, std::uint32_t firstGrou
   return shape.PartsOf(*alternative);
 }
 
-bool HasLineEnd(const LiteralForm& form) {
-  return std::any_of(form.pieces.begin(), form.pieces.end(), [](const std::string& piece) {
-    return piece.find_first_of("\n\r") != std::string::npos;
-  });
+bool IsElement(const SyntaxTree& tree, const Shape& shape, NodeId alternative,
+               const ListScanner& scanner) {
+  const Node& node = tree[alternative];
+  return !shape.isWhole && node.kind == NodeKind::Group &&
+         node.value - scanner.firstGroup < scanner.groupCount;
 }
 
 // What one alternative's literals say.
@@ -103,8 +104,7 @@ Verdict Judge(const LiteralForms& literals, const std::vector<NodeId>& parts,
   Verdict verdict;
   if (auto forms = literals.Whole(parts)) {
     const bool isAnchored = std::all_of(forms->begin(), forms->end(), IsAnchored);
-    // A gap stops at a line end and a piece may hold one: then the order of the two matters.
-    const bool isPlain = isAnchored || std::none_of(forms->begin(), forms->end(), HasLineEnd);
+    const bool isPlain = isAnchored || std::none_of(forms->begin(), forms->end(), MixesLineEnds);
     if (isPlain && (isAnchored ? options.useAnchored : options.useFloating)) {
       verdict.road = isAnchored ? ListRoad::Anchored : ListRoad::Floating;
       verdict.forms = std::move(*forms);
@@ -209,16 +209,18 @@ public:
     literals.TurnTo(tree);
     const bool isBare =
         HasNoPieces(literals.Whole(shape.before)) && HasNoPieces(literals.Whole(shape.after));
+    const bool areElements = std::ranges::all_of(
+        shape.alternatives, [&](NodeId id) { return IsElement(tree, shape, id, scanner); });
+    // A match that names nobody hands the question on to later scanners, among whose literals are
+    // those that this one's would hide. An expression that stands alone has but one name.
+    Options judged = options;
+    if (scanner.firstGroup != 0 && !areElements) judged.useAnchored = judged.useFloating = false;
     reading.alternatives.reserve(shape.alternatives.size());
-    bool areElements = true;  // all alternatives
-    bool isDecided = true;    // by literals, all of them
+    bool isDecided = true;  // by literals, all of them
     for (const NodeId id : shape.alternatives) {
-      const Node& node = tree[id];
-      const bool isGroup = !shape.isWhole && node.kind == NodeKind::Group;
-      const bool isElement = isGroup && node.value - scanner.firstGroup < scanner.groupCount;
+      const bool isElement = IsElement(tree, shape, id, scanner);
       const std::vector<NodeId> parts = shape.PartsOf(id);
-      Verdict verdict = Judge(literals, parts, options);
-      areElements = areElements && isElement;
+      Verdict verdict = Judge(literals, parts, judged);
       isDecided = isDecided && verdict.road <= ListRoad::Floating &&
                   (isBare ? IsNeverEmpty(verdict.forms) : IsNeverEmpty(literals.Whole({id})));
       const Dependence dependence = tree.Has(NodeKind::BackReference) ? Dependence::BackReference
@@ -228,7 +230,8 @@ public:
           !HoldsLookAhead(tree, parts)) {
         verdict.road = ListRoad::Shared;
       }
-      reading.alternatives.push_back({isElement ? node.value : 0, dependence, std::move(verdict)});
+      reading.alternatives.push_back(
+          {isElement ? tree[id].value : 0, dependence, std::move(verdict)});
     }
     if (areElements && IsFixed(literals.Whole(shape.after))) {
       reading.naming = NamingOf(tree, shape, literals, isDecided);
@@ -373,70 +376,6 @@ const Expression* ListMatcher::BuildAutomaton(std::uint32_t number,
     return built.release();
   }
   return automaton;
-}
-
-// The pieces from the last to the first, each at the last place where it can stand.
-std::size_t ListMatcher::LatestStart(std::string_view text, const LiteralForm& form) {
-  std::size_t end = text.size();
-  for (auto piece = form.pieces.rbegin(); piece != form.pieces.rend(); ++piece) {
-    std::size_t start = end - piece->size();
-    const bool isFixed = piece == form.pieces.rbegin() && !form.gapAfter;
-    while (!isFixed && start > 0 &&
-           !EqualsFolded(text.data() + start, piece->data(), piece->size())) {
-      --start;
-    }
-    end = start;
-  }
-  return end;
-}
-
-// The pieces in order, each at the first place where it can stand; what stands earlier leaves more
-// room for the rest. The text has no line ends.
-bool ListMatcher::HasForm(std::string_view text, const LiteralForm& form) {
-  const auto equals = [text](std::size_t at, const std::string& piece) {
-    return EqualsFolded(text.data() + at, piece.data(), piece.size());
-  };
-  std::size_t from = 0;
-  std::size_t to = text.size();
-  std::size_t first = 0;
-  std::size_t last = form.pieces.size();
-  if (!form.gapBefore) {
-    const std::string& piece = form.pieces[first++];
-    if (to < piece.size() || !equals(0, piece)) return false;
-    from = piece.size();
-  }
-  if (!form.gapAfter) {
-    const std::string& piece = form.pieces[--last];
-    if (to - from < piece.size() || !equals(to - piece.size(), piece)) return false;
-    to -= piece.size();
-  }
-  for (; first < last; ++first) {
-    const std::string& piece = form.pieces[first];
-    for (;; ++from) {
-      if (to - from < piece.size()) return false;
-      if (FoldByte(text[from]) == static_cast<unsigned char>(piece[0]) && equals(from, piece))
-        break;
-    }
-    from += piece.size();
-  }
-  return true;
-}
-
-void ListMatcher::LineEnds::Find() {
-  fKnown = true;
-  fFirst = fText.size();
-  fLast = 0;
-  for (const char end : {'\n', '\r'}) {
-    const std::size_t first = fText.find(end);
-    if (first == std::string_view::npos) continue;
-    fFirst = std::min(fFirst, first);
-    fLast = std::max(fLast, fText.rfind(end));
-  }
-}
-
-bool ListMatcher::LineEnds::NoneBetween(std::size_t from, std::size_t to) const {
-  if (fFirst == fText.size()) return true;
-  return fText.substr(from, to - from).find_first_of("\n\r") == std::string_view::npos;
 }
 
 bool ListMatcher::Asked::AddToMany(std::uint32_t number) {

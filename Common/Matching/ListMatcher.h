@@ -16,6 +16,7 @@
 #include "Common/Matching/AnchoredLiterals.h"
 #include "Common/Matching/Expression.h"
 #include "Common/Matching/FloatingLiterals.h"
+#include "Common/Matching/FormMatch.h"
 #include "Common/Matching/ListParts.h"
 #include "Common/Matching/LiteralForms.h"
 #include "Common/Matching/SharedAutomata.h"
@@ -148,26 +149,6 @@ private:
   };
   class Builder;
 
-  // Where line ends stand in a text, looked for once it matters: gaps do not go over them.
-  class LineEnds {
-  public:
-    explicit LineEnds(std::string_view text) : fText(text) {}
-    bool NoneIn(std::size_t from, std::size_t to) {
-      if (!fKnown) Find();
-      return to <= fFirst || from > fLast || NoneBetween(from, to);
-    }
-    bool None() { return NoneIn(0, fText.size()); }
-
-  private:
-    void Find();
-    bool NoneBetween(std::size_t from, std::size_t to) const;
-
-    std::string_view fText;
-    bool fKnown = false;
-    std::size_t fFirst = 0;  // the text's size when there is none
-    std::size_t fLast = 0;
-  };
-
   // What was run on a text already.
   class Asked {
   public:
@@ -191,11 +172,6 @@ private:
     std::size_t fCount = 0;
     std::vector<bool> fMany;  // beyond the first few, by number
   };
-
-  static bool HasForm(std::string_view text, const LiteralForm& form);
-  // Where the form's first piece stands when all of them stand as late as they can; the text has
-  // it.
-  static std::size_t LatestStart(std::string_view text, const LiteralForm& form);
 
   template <class Scanners>
   bool Confirms(std::uint32_t number, std::string_view text, const Scanners& scanners) const {
@@ -285,9 +261,11 @@ bool ListMatcher::VisitAnchored(std::string_view text, OnHit onHit) const {
 template <class OnHit, class OnCandidate>
 bool ListMatcher::VisitFloating(std::string_view text, OnHit onHit, OnCandidate onCandidate) const {
   LineEnds lineEnds(text);
+  Asked compared;  // forms; one's piece may stand everywhere in the text
   return fFloating.Visit(text, [&](std::uint32_t id, std::size_t) {
     const Target& target = fTargets[id];
     if (target.form == kNone) return onCandidate(target.confirmed);
+    if (!compared.Add(target.form)) return false;
     const LiteralForm& form = fForms[target.form];
     return lineEnds.None() && HasForm(text, form) && onHit(target.part, &form, 0);
   });

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "Common/Matching/CharacterClasses.h"
-#include "Common/Matching/LiteralForms.h"
+#include "Common/Matching/FormMatch.h"
 
 namespace Matching {
 namespace {
@@ -20,8 +20,7 @@ std::size_t Rarity(char byte) {
 
 }  // namespace
 
-LiteralFilter::LiteralFilter(const SyntaxTree& tree) {
-  std::vector<std::string> literals = LiteralForms(tree).Required({tree.Root()});
+LiteralFilter::LiteralFilter(std::vector<std::string> literals) {
   if (literals.size() > kMaxLiterals) return;
   for (std::string& folded : literals) {
     const auto rare = std::ranges::max_element(folded, {}, Rarity);
@@ -30,34 +29,78 @@ LiteralFilter::LiteralFilter(const SyntaxTree& tree) {
   }
 }
 
-bool LiteralFilter::MayMatch(std::string_view text, std::size_t from) const {
-  if (fLiterals.empty()) return true;
-  text.remove_prefix(from);
-  return std::ranges::any_of(fLiterals, [text](const Literal& literal) {
+// The places of a text from one up to another, and what was compared there in vain.
+class LiteralFilter::Stretch {
+public:
+  Stretch(std::string_view text, std::size_t from, std::size_t to)
+      : fText(text), fFrom(from), fTo(to) {}
+
+  // The first place at which the literal begins, by either case of its rare byte; or kNowhere.
+  std::size_t Find(const Literal& literal) {
     const auto lower = static_cast<unsigned char>(literal.folded[literal.rare]);
     const unsigned char upper = ToUpper(lower);
-    return Contains(text, literal, lower) || (upper != lower && Contains(text, literal, upper));
-  });
-}
-
-// Perf: the library's memchr looks at many bytes at once; see ExpressionBench, Search.
-bool LiteralFilter::Contains(std::string_view text, const Literal& literal, unsigned char rare) {
-  const std::string& folded = literal.folded;
-  if (text.size() < folded.size()) return false;
-  // The rare byte of an occurrence stands between these two.
-  const char* at = text.data() + literal.rare;
-  const char* const end = text.data() + text.size() - folded.size() + literal.rare + 1;
-  while (at < end) {
-    at = static_cast<const char*>(std::memchr(at, rare, static_cast<std::size_t>(end - at)));
-    if (at == nullptr) return false;
-    const char* const first = at - literal.rare;
-    const bool isEqual = std::equal(folded.begin(), folded.end(), first, [](char a, char b) {
-      return static_cast<unsigned char>(a) == ToLower(static_cast<unsigned char>(b));
-    });
-    if (isEqual) return true;
-    ++at;
+    const std::size_t first = Find(literal, lower);
+    return upper == lower ? first : std::min(first, Find(literal, upper));
   }
-  return false;
+  // More was compared than there are places: what Find said does not count.
+  [[nodiscard]] bool IsTooSlow() const { return fInVain > 2 * (fTo - fFrom) + kFree; }
+  // The same as Find, at a steady pace.
+  std::size_t FindSteadily(const Literal& literal) const {
+    const std::size_t size =
+        std::min(fTo - fFrom + literal.folded.size() - 1, fText.size() - fFrom);
+    const std::size_t found = FindPiece(fText.substr(fFrom, size), literal.folded);
+    return found == kNowhere ? kNowhere : fFrom + found;
+  }
+
+private:
+  static constexpr std::size_t kFree = 4096;
+
+  // Perf: the library's memchr looks at many bytes at once; see ExpressionBench, Search.
+  std::size_t Find(const Literal& literal, unsigned char rare) {
+    const std::string& folded = literal.folded;
+    if (fText.size() < folded.size()) return kNowhere;
+    const std::size_t last = std::min(fTo, fText.size() - folded.size() + 1);  // behind the last
+    for (std::size_t at = fFrom; at < last && !IsTooSlow(); ++at) {
+      const char* const begin = fText.data() + at + literal.rare;
+      const void* const found = std::memchr(begin, rare, last - at);
+      if (found == nullptr) return kNowhere;
+      at += static_cast<std::size_t>(static_cast<const char*>(found) - begin);
+      const auto differs =
+          std::ranges::mismatch(folded, fText.substr(at, folded.size()), [](char a, char b) {
+            return static_cast<unsigned char>(a) == ToLower(static_cast<unsigned char>(b));
+          });
+      if (differs.in1 == folded.end()) return at;
+      fInVain += static_cast<std::size_t>(differs.in1 - folded.begin()) + 1;
+    }
+    return kNowhere;
+  }
+
+  const std::string_view fText;
+  const std::size_t fFrom;
+  const std::size_t fTo;
+  std::size_t fInVain = 0;
+};
+
+std::size_t LiteralFilter::Next(std::string_view text, std::size_t from) const {
+  if (fLiterals.empty()) return text.size();
+  // One stretch at a time, so that what is far away costs nothing where another literal is near.
+  constexpr std::size_t kFirstStretch = 512;
+  constexpr std::size_t kLongestStretch = std::size_t{1} << 16;
+  for (std::size_t size = kFirstStretch; from <= text.size();
+       size = std::min(2 * size, kLongestStretch)) {
+    Stretch stretch(text, from, from + std::min(size, text.size() - from + 1));
+    std::size_t found = kNowhere;
+    for (const Literal& literal : fLiterals) found = std::min(found, stretch.Find(literal));
+    if (stretch.IsTooSlow()) {
+      found = kNowhere;
+      for (const Literal& literal : fLiterals) {
+        found = std::min(found, stretch.FindSteadily(literal));
+      }
+    }
+    if (found != kNowhere) return found;
+    from += size;
+  }
+  return kNowhere;
 }
 
 }  // namespace Matching

@@ -56,6 +56,7 @@ void LookAheads::EvaluateOne(std::uint32_t number, const Subject& subject, bool 
   Simulation simulation(program, fTree, Goal::Every, true);
   Kernel fresh;
   simulation.Begin(fresh);
+  std::ranges::sort(fresh.states);
   Kernel consumed;
   Kernel both;
   for (std::size_t pos = subject.text.size();; --pos) {
@@ -67,6 +68,7 @@ void LookAheads::EvaluateOne(std::uint32_t number, const Subject& subject, bool 
       begin.isBegin = true;
       begin.isWordLeft = false;
     }
+    std::ranges::sort(consumed.states);
     both.states.clear();
     std::ranges::set_union(consumed.states, fresh.states, std::back_inserter(both.states));
     const Kernel& ended = refusesEmpty ? consumed : both;

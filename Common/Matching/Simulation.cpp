@@ -10,7 +10,6 @@ void Simulation::Begin(Kernel& kernel) {
   fIsCut = false;
   Take(fProgram.start, kernel);
   if (!fIsAnchored && !fIsCut) kernel.states.push_back(kRestart);
-  if (!OrderMatters()) std::ranges::sort(kernel.states);
 }
 
 void Simulation::Step(const Kernel& from, const Boundary& at, unsigned char byte, Kernel& to,
@@ -36,7 +35,6 @@ void Simulation::Step(const Kernel& from, const Boundary& at, unsigned char byte
     }
     if (fTree.Set(state.value).Contains(byte)) Take(state.next, to);
   }
-  if (!OrderMatters()) std::ranges::sort(to.states);
 }
 
 std::uint32_t Simulation::FirstAccept(const Kernel& from, const Boundary& at,

@@ -19,7 +19,7 @@ enum class Goal : std::uint8_t {
 };
 
 // The states in which a program may be at one place, which it must leave by consuming, by an
-// assertion or by accepting, in the order in which they are tried; sorted where the order is of no
+// assertion or by accepting, in the order in which they are tried; in any order where that is of no
 // account. kRestart stands for a match that begins here.
 struct Kernel {
   std::vector<StateId> states;

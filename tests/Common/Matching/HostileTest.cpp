@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "Common/Matching/Expression.h"
+#include "Common/Matching/ListMatcher.h"
 #include "tests/Common/Matching/ExpressionSupport.h"
 #include "tests/support/SmallStack.h"
 
@@ -166,6 +167,67 @@ TEST(Hostile, LargeExpressionsAreCompiledOrRefusedOnASmallStack) {
       }
     }
   });
+}
+
+std::size_t CountMatches(const Expression& expression, const std::string& text) {
+  Captures captures;
+  Matching::MatchIterator walk(expression, text);
+  std::size_t count = 0;
+  while (walk.Next(captures)) ++count;
+  return count;
+}
+
+// A walk is as many searches as the text has matches; what one of them finds out about the rest of
+// the text must do for all.
+TEST(Hostile, WalksLookAtTheTextOnce) {
+  const std::size_t size = 1 << 18;
+  const std::string lower(size, 'a');
+  const std::string upper(size, 'A');
+  for (const char* const pattern :
+       {"a", "foo|a", "a|foo", "a(?=b)|a(?!b)", "(?=a)", "(?!b)a", "(a)(?=(a|$))", "(?=^|a)a"}) {
+    SCOPED_TRACE(pattern);
+    const auto expression = Compile(pattern);
+    EXPECT_EQ(CountMatches(*expression, lower), size);
+    EXPECT_EQ(CountMatches(*expression, upper), size);
+  }
+}
+
+// A literal that the text nearly holds, everywhere.
+TEST(Hostile, LiteralsAreNotComparedInVainForEver) {
+  const std::string text(1 << 20, 'x');
+  const std::string literal = std::string(20000, 'x') + "ex";
+  EXPECT_FALSE(Compile(literal)->Search(text));
+  EXPECT_EQ(CountMatches(*Compile(literal + "|ax"), text), 0U);
+  EXPECT_FALSE(Compile(".*" + literal + ".*")->IsMatch(text));
+  EXPECT_TRUE(Compile(".*" + literal + ".*")->IsMatch(text + literal));
+}
+
+// A glob of very many stars, and one that takes more than comparing.
+TEST(Hostile, LoneGlobsOfManyStarsComeBack) {
+  std::string stars;
+  std::string marks;
+  for (int i = 0; i < 6000; ++i) {
+    stars += ".*a";
+    marks += ".*a.";
+  }
+  const std::string text(12000, 'a');
+  EXPECT_TRUE(Compile("^" + stars + "$")->IsMatch(text));
+  EXPECT_FALSE(Compile("^" + stars + "b$")->IsMatch(text));
+  EXPECT_TRUE(Compile("^" + marks + "$")->IsMatch(text));
+  EXPECT_FALSE(Compile("^" + marks + "a$")->IsMatch(text));
+}
+
+// Pieces of an element, one of which stands at every place of the text.
+TEST(Hostile, ElementsOfPiecesAreComparedOnceAText) {
+  struct {
+    bool Matches(std::size_t, std::string_view) const { return false; }
+    std::string_view Pattern(std::size_t) const { return ""; }
+  } scanners;
+  const Matching::ListMatcher matcher({{"((.*aa.*b)|(.*aa.*a.*c))", 2, 2}});
+  const std::string text(1 << 20, 'a');
+  EXPECT_FALSE(matcher.Matches(text, scanners));
+  EXPECT_TRUE(matcher.Matches(text + "b", scanners));
+  EXPECT_EQ(matcher.FindFirst(text + "c", scanners)->group, 3U);
 }
 
 void AskFromEightThreads(const char* pattern) {

@@ -8,6 +8,13 @@ namespace {
 
 constexpr std::uint32_t kUnnumbered = 0xFFFFFFFF;
 
+// Few states are looked through, many are searched.
+bool Contains(std::span<const StateId> sorted, StateId id) {
+  constexpr std::size_t kFew = 16;
+  if (sorted.size() > kFew) return std::ranges::binary_search(sorted, id);
+  return std::ranges::find(sorted, id) != sorted.end();
+}
+
 }  // namespace
 
 CaptureMatcher::CaptureMatcher(const Program& program, const SyntaxTree& tree)
@@ -36,7 +43,28 @@ bool CaptureMatcher::Run(const CaptureQuery& query, std::vector<std::size_t>& sl
       (fVisitCount == 0 || places <= kMaxVisitBits / fVisitCount)) {
     return Backtrack(query, slots);
   }
+  if (query.suffixes != nullptr &&
+      fTrail.Read(*query.suffixes, query.subject, query.firstStart, query.end)) {
+    return Follow(query, slots);
+  }
   return RunThreads(query, slots);
+}
+
+bool CaptureMatcher::Follow(const CaptureQuery& query, std::vector<std::size_t>& slots) {
+  slots.assign(fSlotCount, kNowhere);
+  StateId id = query.start;
+  for (std::size_t pos = query.firstStart;; ++pos) {
+    const bool isAtEnd = pos == query.end;
+    const auto leadingOn = isAtEnd ? std::span<const StateId>() : fTrail.At(pos);
+    fInNow.Clear();
+    StateId chosen = 0;
+    const bool isFound = VisitLeaves(query, id, pos, slots, [&](StateId leaf) {
+      chosen = leaf;
+      return fProgram.states[leaf].op == Op::Accept ? isAtEnd : Contains(leadingOn, leaf);
+    });
+    if (!isFound || isAtEnd) return isFound;
+    id = fProgram.states[chosen].next;
+  }
 }
 
 bool CaptureMatcher::Backtrack(const CaptureQuery& query, std::vector<std::size_t>& slots) {
@@ -141,26 +169,28 @@ bool CaptureMatcher::RunThreads(const CaptureQuery& query, std::vector<std::size
 // they are there already.
 void CaptureMatcher::AddThread(const CaptureQuery& query, StateId first, std::size_t pos,
                                std::vector<std::size_t>& slots, Threads& threads) {
+  VisitLeaves(query, first, pos, slots, [&](StateId id) {
+    const State& state = fProgram.states[id];
+    const bool isAlive =
+        state.op == Op::Accept
+            ? AcceptsAt(query, query.firstStart, pos)
+            : pos != query.end && fTree.Set(state.value).Contains(query.subject.At(pos));
+    if (!isAlive) return false;
+    threads.ids.push_back(id);
+    threads.slots.insert(threads.slots.end(), slots.begin(), slots.end());
+    return false;
+  });
+}
+
+template <class OnLeaf>
+bool CaptureMatcher::VisitLeaves(const CaptureQuery& query, StateId id, std::size_t pos,
+                                 std::vector<std::size_t>& slots, OnLeaf onLeaf) {
   fPending.clear();
-  fPending.push_back(Pending::Way(first, pos));
-  while (!fPending.empty()) {
-    const Pending pending = fPending.back();
-    fPending.pop_back();
-    if (pending.IsRestore()) {
-      slots[pending.Slot()] = pending.Value();
-      continue;
-    }
-    StateId id = pending.Id();
+  for (;;) {
     while (fInNow.Insert(id)) {
       const State& state = fProgram.states[id];
       if (state.op == Op::Bytes || state.op == Op::Accept) {
-        const bool isAlive =
-            state.op == Op::Accept
-                ? AcceptsAt(query, query.firstStart, pos)
-                : pos != query.end && fTree.Set(state.value).Contains(query.subject.At(pos));
-        if (!isAlive) break;
-        threads.ids.push_back(id);
-        threads.slots.insert(threads.slots.end(), slots.begin(), slots.end());
+        if (onLeaf(id)) return true;
         break;
       }
       if (state.op == Op::Split) {
@@ -175,6 +205,14 @@ void CaptureMatcher::AddThread(const CaptureQuery& query, StateId first, std::si
       }
       id = state.next;
     }
+    for (;; fPending.pop_back()) {
+      if (fPending.empty()) return false;
+      const Pending& pending = fPending.back();
+      if (!pending.IsRestore()) break;
+      slots[pending.Slot()] = pending.Value();
+    }
+    id = fPending.back().Id();
+    fPending.pop_back();
   }
 }
 

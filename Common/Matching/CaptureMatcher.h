@@ -21,10 +21,17 @@ struct CaptureQuery {
   std::size_t end = 0;                    // nothing behind it is consumed
   bool mustReachEnd = false;              // only a match that ends there counts
   bool refusesEmpty = false;
+  // Knows from which states of the program the text matches up to `end`. Only where the match is
+  // known to begin at firstStart and to end there; null where nothing knows.
+  const LazyDfa* suffixes = nullptr;
 };
 
 // Finds where the groups of a match stand: the match that the order of the ways prefers, which is
 // the standard library's. Takes time in proportion to the text and the program.
+//
+// In short texts ways are tried one after the other. A longer match whose ends are known is read
+// from its end first, by an automaton, which tells at each place what leads on; then its way is
+// gone without a wrong step. What is left goes all ways at once.
 //
 // The program must be free of back-references and of counted passes (UnrollEmptyPasses). Slots are
 // positions, kNowhere for those never written; those behind the groups' hold for each look-ahead of
@@ -42,7 +49,7 @@ public:
   // groups of so large a program do not fit the memory that a run may take.
   bool Run(const CaptureQuery& query, std::vector<std::size_t>& slots);
 
-  // Which of the two ways a run takes; a test may close the first.
+  // A test may close the first of these ways.
   void ForbidBacktracking() { fMayBacktrack = false; }
 
 private:
@@ -74,11 +81,19 @@ private:
     }
   };
 
+  // Goes the preferred way along fTrail; false when it leads nowhere.
+  bool Follow(const CaptureQuery& query, std::vector<std::size_t>& slots);
   bool Backtrack(const CaptureQuery& query, std::vector<std::size_t>& slots);
   bool BacktrackFrom(const CaptureQuery& query, std::size_t start, std::vector<std::size_t>& slots);
   bool RunThreads(const CaptureQuery& query, std::vector<std::size_t>& slots);
   void AddThread(const CaptureQuery& query, StateId id, std::size_t pos,
                  std::vector<std::size_t>& slots, Threads& threads);
+  // Goes through the states that are reached from id without consuming, in the order of the ways
+  // and each but once since fInNow was emptied, until onLeaf(id) gives true for one that consumes
+  // or accepts. The slots are those of the way to that state.
+  template <class OnLeaf>
+  bool VisitLeaves(const CaptureQuery& query, StateId id, std::size_t pos,
+                   std::vector<std::size_t>& slots, OnLeaf onLeaf);
   bool Visit(StateId id, std::size_t pos);
   [[nodiscard]] bool AcceptsAt(const CaptureQuery& query, std::size_t start,
                                std::size_t pos) const {
@@ -107,6 +122,7 @@ private:
 
   std::vector<std::uint64_t> fVisited;
   std::size_t fVisitBase = 0;
+  LazyDfa::Trail fTrail;
   std::vector<Pending> fPending;
   Threads fNow;
   Threads fNext;

@@ -213,6 +213,7 @@ private:
     LongestBackward,
     WholeBySuffixes,  // with look-aheads
     AnyBySuffixes,
+    UpToEndBySuffixes,  // of a match whose end is known, without look-aheads
     AutomatonCount
   };
 
@@ -254,8 +255,14 @@ private:
     if (!fUnrolled) return RunExact(subject, 0, 0, true, false, captures);
     CaptureQuery query{
         .subject = subject, .start = fUnrolled->start, .end = text.size(), .mustReachEnd = true};
+    if (fLookAheads.IsEmpty() && MayUseAutomata()) query.suffixes = Suffixes();
     Notes notes;
     return RunCaptures(query, notes, captures);
+  }
+
+  // Of an expression without look-aheads; null where a test does without.
+  [[nodiscard]] const LazyDfa* Suffixes() const {
+    return fOptions.useTrails ? &Automaton(UpToEndBySuffixes) : nullptr;
   }
 
   // The automaton of that kind, built at first use: whoever comes second deletes his own.
@@ -274,12 +281,12 @@ private:
 
   [[nodiscard]] LazyDfa::Setup SetupOf(AutomatonKind kind) const {
     static constexpr Goal kGoals[] = {Goal::Whole,   Goal::Any,   Goal::First, Goal::First,
-                                      Goal::Longest, Goal::Whole, Goal::Any};
-    const bool asksSuffixes = kind == WholeBySuffixes || kind == AnyBySuffixes;
+                                      Goal::Longest, Goal::Whole, Goal::Any,   Goal::Whole};
+    const bool asksSuffixes = kind >= WholeBySuffixes;
     const bool isBackward = kind == LongestBackward || asksSuffixes;
-    const bool isFirst = kGoals[kind] == Goal::First;
+    const bool ordersWays = kGoals[kind] == Goal::First || kind == UpToEndBySuffixes;
     return {.program = kind == LongestBackward ? BackwardProgram()
-                       : isFirst               ? *fUnrolled
+                       : ordersWays            ? *fUnrolled
                                                : fProgram,
             .tree = fTree,
             .classes = fClasses,
@@ -321,7 +328,8 @@ private:
                              .lastStart = begin,
                              .end = end,
                              .mustReachEnd = true,
-                             .refusesEmpty = flags.onlyNonEmptyHere};
+                             .refusesEmpty = flags.onlyNonEmptyHere,
+                             .suffixes = Suffixes()};
     return RunMatcher(query, captures);
   }
 

@@ -59,6 +59,7 @@ public:
                                   << 20;  // bytes, for each of an expression's automata
     bool useLiterals = true;  // texts without a literal that every match has are not looked into
     bool useAutomata = true;
+    bool useTrails = true;        // to captures of matches whose ends are known
     bool useBacktracking = true;  // in the matcher of captures, over short texts
     bool unrollEmptyPasses = true;
     std::uint64_t maxSteps = 50'000'000;  // on Road::Exact, besides a few for each byte of the text

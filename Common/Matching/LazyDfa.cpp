@@ -358,4 +358,52 @@ const LazyDfa::DfaState* LazyDfa::Intern(Kernel& kernel) const {
   return state;
 }
 
+bool LazyDfa::Trail::Read(const LazyDfa& automaton, const Subject& subject, std::size_t begin,
+                          std::size_t end) {
+  fAutomaton = &automaton;
+  fText = subject.text;
+  fBegin = begin;
+  fEnd = end;
+  const std::size_t blocks = (end - begin) / kBlock + 1;
+  fMarks.resize(blocks + 1);
+  fStates.resize(std::min(kBlock, end - begin) + 1);
+  Lease lease(automaton);
+  fMarks[blocks] = automaton.StartState(subject.BoundaryAt(end), false, lease);
+  if (fMarks[blocks] == nullptr) return false;
+  for (std::size_t block = blocks; block-- > 0;) {
+    if (!ReadBlock(block)) return false;
+  }
+  return true;
+}
+
+// The states from the first place of the block up to the first of the next one, or to the end.
+bool LazyDfa::Trail::ReadBlock(std::size_t block) {
+  const std::size_t first = fBegin + block * kBlock;
+  std::size_t pos = std::min(first + kBlock, fEnd);
+  const DfaState* state = fMarks[block + 1];
+  fStates[pos - first] = state;
+  fBlock = block;
+  Lease lease(*fAutomaton);
+  const auto& classOf = fAutomaton->fSetup.classes.classOf;
+  for (; pos > first; --pos) {
+    const auto byte = static_cast<unsigned char>(fText[pos - 1]);
+    const DfaState* next = state->Ways()[classOf[byte]].load(std::memory_order_acquire);
+    if (next == nullptr) {
+      next = fAutomaton->Grow(*state, byte, lease.Get());
+      if (next == nullptr) return false;
+    }
+    state = next;
+    fStates[pos - 1 - first] = state;
+  }
+  fMarks[block] = state;
+  return true;
+}
+
+std::span<const StateId> LazyDfa::Trail::At(std::size_t pos) {
+  const std::size_t block = (pos - fBegin) / kBlock;
+  if (block != fBlock) ReadBlock(block);  // by ways that the first reading went
+  const DfaState& state = *fStates[pos - fBegin - block * kBlock];
+  return {state.Kernel(), state.kernelSize};
+}
+
 }  // namespace Matching

@@ -5,7 +5,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string_view>
+#include <vector>
 
 #include "Common/Matching/Program.h"
 #include "Common/Matching/Simulation.h"
@@ -78,6 +80,10 @@ public:
   void MarkEvery(const Subject& subject, std::size_t start, LookAheadTable& table,
                  std::uint32_t number) const;
 
+  // What a backward run knew at each place of a stretch of text, for an automaton that asks
+  // suffixes.
+  class Trail;
+
   [[nodiscard]] std::size_t MemoryUsed() const { return fUsed.load(std::memory_order_relaxed); }
   [[nodiscard]] std::size_t StateCount() const {
     return fStateCount.load(std::memory_order_relaxed);
@@ -121,6 +127,35 @@ private:
   mutable std::array<std::atomic<DfaState*>, kBucketCount> fBuckets{};
   mutable std::array<std::atomic<const DfaState*>, kStartCount> fStarts{};  // by what is around
   mutable SpareSlot<Workspace> fSpare;
+};
+
+// At each place of a stretch, the states of the program from which its rest matches. A long stretch
+// is read once as a whole, which leaves a mark at every block, and then block by block as its
+// places are asked for, so memory stays small.
+//
+// Belongs to one thread; keeps the memory that it works in. What it was read from must outlive it.
+class LazyDfa::Trail {
+public:
+  // Reads the stretch from its end, which is where the match must end. False when the budget is
+  // spent: then no place may be asked for.
+  bool Read(const LazyDfa& automaton, const Subject& subject, std::size_t begin, std::size_t end);
+
+  // The states that consume the byte at a place and lead on from there, in ascending order. The
+  // place is not the end of the stretch. Fast when places are asked for one after the other.
+  std::span<const StateId> At(std::size_t pos);
+
+private:
+  static constexpr std::size_t kBlock = std::size_t{1} << 14;  // places
+
+  bool ReadBlock(std::size_t block);
+
+  const LazyDfa* fAutomaton = nullptr;
+  std::string_view fText;
+  std::size_t fBegin = 0;
+  std::size_t fEnd = 0;
+  std::vector<const DfaState*> fMarks;  // at the first place of each block, and at the end
+  std::size_t fBlock = 0;               // the one that fStates are of
+  std::vector<const DfaState*> fStates;
 };
 
 }  // namespace Matching

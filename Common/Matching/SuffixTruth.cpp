@@ -12,11 +12,15 @@ SuffixTruth::SuffixTruth(const Program& program, const SyntaxTree& tree, Goal go
       fTruth(program.states.size()),
       fTruthAtBegin(program.states.size()),
       fHolds(program.lookAheads.size(), false) {
-  // A part is compiled from its accepting state on, one part behind the other.
+  // A part is compiled from its accepting state on, one part behind the other. Unrolled passes are
+  // in no such order: a program with them has no look-aheads, and so but one part.
   const auto size = static_cast<StateId>(program.states.size());
+  if (program.lookAheads.empty()) fParts.push_back({0, size, program.start, 0, false});
   for (StateId id = 0; id < size; ++id) {
     const Op op = program.states[id].op;
-    if (op == Op::Accept) {
+    if (op == Op::Accept && program.lookAheads.empty()) {
+      fParts.back().accept = id;
+    } else if (op == Op::Accept) {
       if (!fParts.empty()) fParts.back().end = id;
       const std::size_t number = fParts.size();
       const bool isLookAhead = number < program.lookAheads.size();
@@ -111,8 +115,10 @@ void SuffixTruth::Spread(const Part& part, const Kernel& from, const Boundary& a
     fStack.push_back(id);
     if (found != nullptr) found->push_back(id);
   };
+  // Only where the reading began does a whole match end.
   const bool isWhole = &part == &fParts.back() && fGoal == Goal::Whole;
-  if (!isWhole || at.isEnd) mark(part.accept);
+  const bool isAtEnd = !from.states.empty() && from.states.back() == kRestart;
+  if (!isWhole || isAtEnd) mark(part.accept);
   for (auto id = std::ranges::lower_bound(from.states, part.begin);
        id != from.states.end() && *id < part.end; ++id) {
     mark(*id);

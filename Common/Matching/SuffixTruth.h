@@ -15,11 +15,13 @@ namespace Matching {
 // first state does, or where it does not. So whether a text matches is answered in one pass,
 // look-aheads in look-aheads included, by the automaton that caches the steps.
 //
-// A kernel holds the states that consume the byte behind its place and match from there on, sorted,
-// and kRestart while something can still come of what lies ahead. Goal Whole or Any.
+// A kernel holds the states that consume the byte behind its place and match from there on, sorted.
+// kRestart stands for a match that ends here: everywhere with Goal Any, and with Goal Whole where
+// the reading begins.
 //
 // Source: alternating automata; reading backward is what makes them deterministic. The program must
-// be free of back-references. Belongs to one thread; keeps the memory that it works in.
+// be free of back-references, and with look-aheads it must be as it was compiled, not unrolled.
+// Belongs to one thread; keeps the memory that it works in.
 class SuffixTruth : public AStepper {
 public:
   SuffixTruth(const Program& program, const SyntaxTree& tree, Goal goal);

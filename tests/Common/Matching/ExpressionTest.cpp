@@ -37,7 +37,8 @@ const NamedOptions kAllOptions[] = {
     {"no literals", {.useLiterals = false}},
     {"no automata", {.useLiterals = false, .useAutomata = false}},
     {"threads alone", {.useLiterals = false, .useAutomata = false, .useBacktracking = false}},
-    {"threads behind automata", {.useBacktracking = false}},
+    {"trails", {.useBacktracking = false}},
+    {"threads behind automata", {.useTrails = false, .useBacktracking = false}},
     {"the library's order",
      {.useLiterals = false, .useAutomata = false, .unrollEmptyPasses = false}},
 };
@@ -281,6 +282,30 @@ void TryGenerated(std::uint32_t seed, int rounds, const Oracle::Generator::Optio
     for (int t = 0; t < 6; ++t) texts.push_back(generator.Text(10));
     ExpectTheOraclesAnswers(pattern, texts);
     if (testing::Test::HasFailure()) return;
+  }
+}
+
+// Longer than what a trail keeps of a text at once.
+TEST(Expression, AgreesOnLongMatches) {
+  Oracle::Generator generator(15);
+  const char* const patterns[] = {
+      "((a)|(b)|[^])*",      "(?:(a+)(b?)|(\\W)|.|\n)*", "[^]*(b)(\\w)[^]*",
+      "(\\b\\w+\\b|(\\W))+", "(?:a|(bc?)|[^](|d)?)*$",   "([^]*)(\\B[^]){3}[^]*",
+  };
+  for (const std::size_t size : {16384, 16385, 50000}) {
+    std::string text;
+    while (text.size() < size) text += generator.Text(50);
+    text.resize(size);
+    for (const char* const pattern : patterns) {
+      SCOPED_TRACE(pattern);
+      const auto byTrail = Compile(pattern, {.useBacktracking = false});
+      const auto byThreads = Compile(pattern, {.useTrails = false, .useBacktracking = false});
+      Captures trail;
+      Captures threads;
+      EXPECT_EQ(byTrail->MatchCaptures(text, trail), byThreads->MatchCaptures(text, threads));
+      EXPECT_EQ(Spans(trail), Spans(threads));
+      EXPECT_EQ(AllSpans(*byTrail, text), AllSpans(*byThreads, text));
+    }
   }
 }
 

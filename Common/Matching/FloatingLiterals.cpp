@@ -1,30 +1,14 @@
 #include "Common/Matching/FloatingLiterals.h"
 
 #include <limits>
+#include <numeric>
 #include <utility>
+
+#include "Common/Matching/LiteralChance.h"
 
 namespace Matching {
 
 namespace {
-
-// How common a byte is in names, paths and headers, from 0 for what is rare to 15: orders the runs
-// of a literal where the list itself does not tell them apart.
-constexpr std::array<std::uint8_t, 256> kCommonness = [] {
-  std::array<std::uint8_t, 256> table{};
-  constexpr std::string_view byRank =
-      "eaotinsrclmdpu./hgbfwvky-1203_45xj=6789&%zq?:+;,";  // most common first
-  for (std::size_t i = 0; i < byRank.size(); ++i) {
-    table[static_cast<unsigned char>(byRank[i])] = static_cast<std::uint8_t>(15 - i * 15 / 48);
-  }
-  table[' '] = 12;
-  return table;
-}();
-
-std::uint64_t CommonnessOf(std::string_view bytes) {
-  std::uint64_t sum = 0;
-  for (const char byte : bytes) sum += kCommonness[static_cast<unsigned char>(byte)];
-  return sum;
-}
 
 // How often a run was taken before, by its hash.
 std::uint32_t& LoadOf(std::vector<std::uint32_t>& load, std::uint64_t hash) {
@@ -66,7 +50,7 @@ std::uint64_t FloatingLiterals::RunOf(const Literal& literal, std::size_t at,
   }
 }
 
-// Takes the runs that the fewest literals before took, and of those the ones with the rarest bytes.
+// Takes the runs that cost least: a comparison for each literal that has one, wherever it turns up.
 template <class Kind>
 void FloatingLiterals::AddRuns(std::uint32_t literal, std::vector<std::uint32_t>& load,
                                std::vector<Run>& runs) const {
@@ -74,16 +58,13 @@ void FloatingLiterals::AddRuns(std::uint32_t literal, std::vector<std::uint32_t>
   const std::string_view bytes = std::string_view(fArena).substr(whole.offset, whole.size);
   // Runs far inside a very long literal are no better than some near its start.
   const std::size_t choices = std::min<std::size_t>(whole.size - kShortest<Kind> + 1, 256);
-  std::array<std::uint64_t, Kind::kStride> costs{};  // of one choice's runs, by place
-  std::uint64_t sum = 0;
-  std::uint64_t best = std::numeric_limits<std::uint64_t>::max();
+  std::array<double, Kind::kStride> costs{};  // of one choice's runs, by place
+  double best = std::numeric_limits<double>::max();
   std::size_t chosen = 0;
   for (std::size_t at = 0; at < choices + Kind::kStride - 1; ++at) {
-    std::uint64_t& cost = costs[at % Kind::kStride];
-    sum -= cost;
-    cost = LoadOf(load, HashOf(RunOf(whole, at, Kind::kRun))) * std::uint64_t{16} +
-           CommonnessOf(bytes.substr(at, Kind::kRun));
-    sum += cost;
+    costs[at % Kind::kStride] = ChanceOf(bytes.substr(at, Kind::kRun)) *
+                                (1.0 + LoadOf(load, HashOf(RunOf(whole, at, Kind::kRun))));
+    const double sum = std::accumulate(costs.begin(), costs.end(), 0.0);
     if (at + 1 < Kind::kStride || sum >= best) continue;
     best = sum;
     chosen = at + 1 - Kind::kStride;
@@ -117,7 +98,7 @@ void FloatingLiterals::AddFew(const std::vector<std::uint32_t>& few) {
     Few best{literal, 0};
     for (Few other = best; other.at + NibbleScan::kMostBytes <= fLiterals[literal].size;
          ++other.at) {
-      if (CommonnessOf(bytesOf(other)) < CommonnessOf(bytesOf(best))) best = other;
+      if (ChanceOf(bytesOf(other)) < ChanceOf(bytesOf(best))) best = other;
     }
     fFew.push_back(best);
   }
@@ -150,6 +131,10 @@ void FloatingLiterals::Freeze() {
   std::vector<Run> mediumRuns;
   std::array<std::vector<Run>, kShortRun + 1> shortRuns;  // by length
   const std::size_t fewSize = LongestOfFew();
+  // A pass for medium literals finds the long ones, too.
+  const bool hasMedium = std::ranges::any_of(fLiterals, [fewSize](const Literal& literal) {
+    return literal.size > fewSize && IsMedium(literal);
+  });
   std::vector<std::uint32_t> few;
   for (std::uint32_t i = 0; i < fLiterals.size(); ++i) {
     const Literal& literal = fLiterals[i];
@@ -158,7 +143,7 @@ void FloatingLiterals::Freeze() {
       continue;
     }
     fHasMany = true;
-    if (literal.size >= kShortest<Long>) {
+    if (literal.size >= kShortest<Long> && !hasMedium) {
       AddRuns<Long>(i, load, longRuns);
     } else if (literal.size >= kShortest<Medium>) {
       AddRuns<Medium>(i, load, mediumRuns);
@@ -183,8 +168,8 @@ std::size_t FloatingLiterals::NextRun(const Table& table, const Windows& windows
   const std::uint64_t* const filter = table.filter.data();
   const unsigned shift = table.filterShift;
   const auto passes = [=](std::uint64_t window) {
-    const std::uint64_t bit = HashOf(Part<Kind::kRun>(window)) >> shift;
-    return (filter[bit >> 6] >> (bit & 63) & 1) != 0;
+    const std::uint64_t hash = HashOf(Part<Kind::kRun>(window));
+    return Holds(filter[hash >> shift], hash);
   };
   const char* const text = windows.text.data();
   const std::size_t direct = windows.tailBegin;
@@ -227,19 +212,18 @@ void FloatingLiterals::Fill(Table& table, std::vector<Run>& runs) {
   std::stable_sort(runs.begin(), runs.end(),
                    [](const Run& a, const Run& b) { return a.hash < b.hash; });
   const std::size_t slots = std::bit_ceil(runs.size() * 4 / 3 + 1);
-  const std::size_t filterBits = std::clamp<std::size_t>(slots * 16, 64, std::size_t{1} << 31);
+  const std::size_t words = std::clamp<std::size_t>(slots / 4, 256, std::size_t{1} << 25);
   table.slots.assign(slots, Slot{0, 0});
-  table.filter.assign(filterBits / 64, 0);
+  table.filter.assign(words, 0);
   table.slotShift = 64 - static_cast<unsigned>(std::countr_zero(slots));
-  table.filterShift = 64 - static_cast<unsigned>(std::countr_zero(filterBits));
+  table.filterShift = 64 - static_cast<unsigned>(std::countr_zero(words));
   table.entries.reserve(runs.size());
   for (std::size_t i = 0; i < runs.size(); ++i) {
     const std::uint64_t hash = runs[i].hash;
     table.entries.push_back(runs[i].entry);
     table.entries.back().isLast = i + 1 == runs.size() || runs[i + 1].hash != hash;
     if (i > 0 && runs[i - 1].hash == hash) continue;
-    const std::uint64_t bit = hash >> table.filterShift;
-    table.filter[bit >> 6] |= std::uint64_t{1} << (bit & 63);
+    table.filter[hash >> table.filterShift] |= BitsOf(hash);
     std::size_t s = hash >> table.slotShift;
     while (table.slots[s].first != 0) s = (s + 1) & (slots - 1);
     table.slots[s] = {TagOf(hash), static_cast<std::uint32_t>(table.entries.size())};

@@ -85,6 +85,9 @@ private:
     std::uint32_t size;
     std::uint32_t id;
   };
+  static bool IsMedium(const Literal& literal) {
+    return literal.size >= kShortest<Medium> && literal.size < kShortest<Long>;
+  }
   // One run of a literal.
   struct Entry {
     std::uint32_t literal;
@@ -104,11 +107,15 @@ private:
     unsigned slotShift = 63;
 
     bool IsEmpty() const { return entries.empty(); }
-    bool Passes(std::uint64_t hash) const {
-      const std::uint64_t bit = hash >> filterShift;
-      return (filter[bit >> 6] >> (bit & 63) & 1) != 0;
-    }
+    bool Passes(std::uint64_t hash) const { return Holds(filter[hash >> filterShift], hash); }
   };
+  // Two bits of a word of the filter stand for a run: few of what is not there has both.
+  static constexpr std::uint64_t BitsOf(std::uint64_t hash) {
+    return std::uint64_t{1} << (hash >> 45 & 63) | std::uint64_t{1} << (hash >> 39 & 63);
+  }
+  static constexpr bool Holds(std::uint64_t word, std::uint64_t hash) {
+    return (~word & BitsOf(hash)) == 0;
+  }
   struct Run {
     std::uint64_t hash;
     Entry entry;

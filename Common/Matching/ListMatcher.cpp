@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "Common/Matching/LiteralChance.h"
 #include "Common/Matching/Parser.h"
 
 namespace Matching {
@@ -86,17 +87,12 @@ struct Verdict {
   ListRoad road = ListRoad::Always;
   std::vector<LiteralForm> forms;     // for the roads that literals decide
   std::vector<std::string> required;  // for Required
+  bool isCommon = false;              // many texts have those, and it may be Shared instead
 };
 
 // A form that a table of anchored literals serves, or that needs none.
 bool IsAnchored(const LiteralForm& form) {
   return form.pieces.empty() || (form.pieces.size() == 1 && !(form.gapBefore && form.gapAfter));
-}
-
-const std::string& LongestPiece(const LiteralForm& form) {
-  return *std::max_element(
-      form.pieces.begin(), form.pieces.end(),
-      [](const std::string& a, const std::string& b) { return a.size() < b.size(); });
 }
 
 Verdict Judge(const LiteralForms& literals, const std::vector<NodeId>& parts,
@@ -116,19 +112,20 @@ Verdict Judge(const LiteralForms& literals, const std::vector<NodeId>& parts,
   return verdict;
 }
 
-bool HasLookAhead(const SyntaxTree& tree) {
-  return tree.Has(NodeKind::LookAhead) || tree.Has(NodeKind::NotLookAhead);
-}
-
-bool HoldsLookAhead(const SyntaxTree& tree, const std::vector<NodeId>& parts) {
-  if (!HasLookAhead(tree)) return false;
-  std::vector<NodeId> open = parts;
+// Whether a look-ahead stands in parts, or one that captures something.
+bool HoldsLookAhead(const SyntaxTree& tree, const std::vector<NodeId>& parts, bool hasGroups) {
+  if (!tree.Has(NodeKind::LookAhead) && !tree.Has(NodeKind::NotLookAhead)) return false;
+  std::vector<std::pair<NodeId, bool>> open;  // and whether it stands in one
+  for (const NodeId part : parts) open.emplace_back(part, false);
   while (!open.empty()) {
-    const Node& node = tree[open.back()];
+    const Node& node = tree[open.back().first];
+    bool isInside = open.back().second;
     open.pop_back();
-    if (node.kind == NodeKind::LookAhead || node.kind == NodeKind::NotLookAhead) return true;
+    if (isInside && node.kind == NodeKind::Group) return true;
+    isInside = isInside || node.kind == NodeKind::LookAhead || node.kind == NodeKind::NotLookAhead;
+    if (isInside && !hasGroups) return true;
     for (NodeId child = node.firstChild; child != kNoNode; child = tree[child].nextSibling) {
-      open.push_back(child);
+      open.emplace_back(child, isInside);
     }
   }
   return false;
@@ -171,6 +168,8 @@ bool IsNeverEmpty(const std::optional<std::vector<LiteralForm>>& forms) {
 class ListMatcher::Builder {
 public:
   Builder(ListMatcher& matcher, const Options& options) : fMatcher(matcher), fOptions(options) {}
+
+  static constexpr double kCommon = 0.03;  // chance of literals that many texts have
 
   // What a scanner's text says of its alternatives.
   struct Reading {
@@ -226,10 +225,11 @@ public:
       const Dependence dependence = tree.Has(NodeKind::BackReference) ? Dependence::BackReference
                                     : isElement                       ? Dependence::None
                                                                       : Dependence::Shape;
-      if (options.useShared && verdict.road == ListRoad::Always && dependence == Dependence::None &&
-          !HoldsLookAhead(tree, parts)) {
-        verdict.road = ListRoad::Shared;
-      }
+      const bool canShare = options.useShared && verdict.road >= ListRoad::Required &&
+                            dependence == Dependence::None && !HoldsLookAhead(tree, parts, false);
+      if (canShare && verdict.road == ListRoad::Always) verdict.road = ListRoad::Shared;
+      verdict.isCommon = canShare && verdict.road == ListRoad::Required &&
+                         ChanceOfAny(verdict.required) >= kCommon;
       reading.alternatives.push_back(
           {isElement ? tree[id].value : 0, dependence, std::move(verdict)});
     }
@@ -246,11 +246,17 @@ public:
                          bool isDecided) {
     const auto before = literals.Whole(shape.before);
     const bool isBare = IsEmptyText(before) && IsEmptyText(literals.Whole(shape.after));
-    if (isBare && !HasLookAhead(tree) && !tree.Has(NodeKind::BackReference)) return Naming::InOrder;
+    const bool isPlain =
+        !tree.Has(NodeKind::BackReference) && !HoldsLookAhead(tree, {tree.Root()}, true);
+    if (isBare && isPlain) return Naming::InOrder;
     if (isDecided && IsFixed(before)) return Naming::InOrder;
     if (isDecided && IsGreedyGap(tree, shape.before, before)) return Naming::Latest;
     return Naming::ByCaptures;
   }
+
+  // Whether elements with literals that many texts have are worth an automaton for all of them: one
+  // is run anyway, or theirs would be at least as often.
+  static bool SharesCommon(bool areOthers, double chances) { return areOthers || chances >= 1; }
 
   void Add(std::uint32_t number, const ListScanner& scanner) {
     const Reading reading = Read(scanner, fOptions, fWorkspace);
@@ -267,6 +273,7 @@ public:
   }
 
   void Finish() {
+    FinishCommon();
     fMatcher.fTails.Freeze();
     fMatcher.fHeads.Freeze();
     fMatcher.fFloating.Freeze();
@@ -292,14 +299,39 @@ private:
     for (const LiteralForm& form : verdict.forms) fits = fits && AddForm(form, id);
     if (fits && verdict.road <= ListRoad::Floating) return;
     const std::uint32_t number = AddConfirmed(id, firstGroup);
-    for (const std::string& literal : verdict.required) {
-      fits = fits && AddFloating(literal, {id, kNone, number});
-    }
     if (verdict.road == ListRoad::Shared) {
       fMatcher.fShared.push_back(number);
     } else if (!fits) {
       fMatcher.fAlways.push_back(number);  // what a table had no room for, too
+    } else if (verdict.isCommon) {
+      fCommon.push_back({number, verdict.required});
+    } else {
+      AddRequired(number, verdict.required);
     }
+  }
+
+  void AddRequired(std::uint32_t number, const std::vector<std::string>& literals) {
+    const std::uint32_t part = fMatcher.fConfirmed[number].part;
+    for (const std::string& literal : literals) {
+      if (AddFloating(literal, {part, kNone, number})) continue;
+      fMatcher.fAlways.push_back(number);
+      return;
+    }
+  }
+
+  void FinishCommon() {
+    double chances = 0;
+    for (const Common& common : fCommon) chances += ChanceOfAny(common.literals);
+    const bool isShared = SharesCommon(!fMatcher.fShared.empty(), chances);
+    for (const Common& common : fCommon) {
+      if (isShared) {
+        fMatcher.fShared.push_back(common.number);
+      } else {
+        AddRequired(common.number, common.literals);
+      }
+    }
+    std::ranges::sort(fMatcher.fShared);
+    std::ranges::sort(fMatcher.fAlways);
   }
 
   bool AddForm(const LiteralForm& form, std::uint32_t id) {
@@ -310,7 +342,7 @@ private:
     }
     if (!IsAnchored(form)) {
       fMatcher.fForms.push_back(form);
-      return AddFloating(LongestPiece(form),
+      return AddFloating(RarestOf(form.pieces),
                          {id, static_cast<std::uint32_t>(fMatcher.fForms.size() - 1), kNone});
     }
     const std::string& piece = form.pieces.front();
@@ -326,9 +358,16 @@ private:
     return true;
   }
 
+  // An alternative whose literals many texts have, by its number in fConfirmed.
+  struct Common {
+    std::uint32_t number;
+    std::vector<std::string> literals;
+  };
+
   ListMatcher& fMatcher;
   const Options fOptions;
   Workspace fWorkspace;
+  std::vector<Common> fCommon;  // left for Finish
 };
 
 ListMatcher::ListMatcher(const std::vector<ListScanner>& scanners, const Options& options)
@@ -389,17 +428,28 @@ std::vector<ListMatcher::Alternative> ListMatcher::Plan(const std::vector<ListSc
                                                         const Options& options) {
   std::vector<Alternative> plan;
   Builder::Workspace workspace;
+  std::vector<std::size_t> common;  // in the plan
+  double chances = 0;
+  bool isAnyShared = false;
   for (std::uint32_t i = 0; i < scanners.size(); ++i) {
     Builder::Reading reading = Builder::Read(scanners[i], options, workspace);
     for (Builder::Reading::Alternative& alternative : reading.alternatives) {
-      std::vector<std::string> texts = std::move(alternative.verdict.required);
-      for (const LiteralForm& form : alternative.verdict.forms) {
-        if (!form.pieces.empty()) texts.push_back(LongestPiece(form));
+      Verdict& verdict = alternative.verdict;
+      isAnyShared = isAnyShared || verdict.road == ListRoad::Shared;
+      if (verdict.isCommon) {
+        common.push_back(plan.size());
+        chances += ChanceOfAny(verdict.required);
       }
-      plan.push_back({i, alternative.group, alternative.verdict.road, std::move(texts),
-                      std::move(alternative.verdict.forms), alternative.dependence});
+      std::vector<std::string> texts = std::move(verdict.required);
+      for (const LiteralForm& form : verdict.forms) {
+        if (!form.pieces.empty()) texts.push_back(RarestOf(form.pieces));
+      }
+      plan.push_back({i, alternative.group, verdict.road, std::move(texts),
+                      std::move(verdict.forms), alternative.dependence});
     }
   }
+  if (!Builder::SharesCommon(isAnyShared, chances)) common.clear();
+  for (const std::size_t i : common) plan[i].road = ListRoad::Shared;
   return plan;
 }
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "Common/Matching/ByteFold.h"
+#include "Common/Matching/LiteralChance.h"
 
 namespace Matching {
 
@@ -209,16 +210,6 @@ private:
   bool fHaveEnds = false;  // some draft has ended, perhaps one that is gone
 };
 
-// How unlikely one of the literals is to turn up by chance: the shortest decides.
-std::size_t RarenessOf(const std::vector<std::string>& literals) {
-  constexpr std::size_t kEnough = 12;  // bytes beyond which longer is no rarer
-  std::size_t shortest = kEnough;
-  for (const std::string& literal : literals) shortest = std::min(shortest, literal.size());
-  std::size_t penalty = 0;
-  for (std::size_t count = literals.size(); count > 1; count /= 4) ++penalty;
-  return literals.empty() || shortest * 4 <= penalty ? 0 : shortest * 4 - penalty;
-}
-
 // Finds the best set of required literals in parts of a tree.
 class Requirement {
 public:
@@ -228,9 +219,14 @@ public:
   std::vector<std::string> Of(const std::vector<NodeId>& parts, std::size_t depth = 0) {
     if (depth > LiteralForms::kMaxDepth) return {};
     std::vector<std::string> best;
-    const auto offer = [&best](std::vector<std::string> literals) {
+    double bestChance = 1;
+    const auto offer = [&](std::vector<std::string> literals) {
       if (literals.size() > LiteralForms::kMaxRequired) return;
-      if (RarenessOf(literals) > RarenessOf(best)) best = std::move(literals);
+      if (literals.empty()) return;
+      const double chance = ChanceOfAny(literals);
+      if (!best.empty() && chance >= bestChance) return;
+      best = std::move(literals);
+      bestChance = chance;
     };
 
     // The longest runs of parts that literals and gaps can say, and each of the others by itself.
@@ -255,16 +251,14 @@ private:
     return fTree[id].kind == NodeKind::LineBegin || fTree[id].kind == NodeKind::LineEnd;
   }
 
-  // The longest piece of each form; nothing when one of them has none.
+  // The rarest piece of each form; nothing when one of them has none.
   static std::vector<std::string> RarestPieces(const Forms& forms) {
     std::vector<std::string> literals;
     for (const LiteralForm& form : forms) {
-      const auto longest = std::max_element(
-          form.pieces.begin(), form.pieces.end(),
-          [](const std::string& a, const std::string& b) { return a.size() < b.size(); });
-      if (longest == form.pieces.end()) return {};
-      if (std::find(literals.begin(), literals.end(), *longest) == literals.end()) {
-        literals.push_back(*longest);
+      if (form.pieces.empty()) return {};
+      const std::string& rarest = RarestOf(form.pieces);
+      if (std::find(literals.begin(), literals.end(), rarest) == literals.end()) {
+        literals.push_back(rarest);
       }
     }
     return literals;

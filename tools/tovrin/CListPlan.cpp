@@ -3,7 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cmath>
+
+#include "Common/Matching/LiteralChance.h"
 
 namespace RefHost {
 namespace {
@@ -24,15 +25,6 @@ const char* WordsFor(Dependence dependence) {
     default:
       return "";
   }
-}
-
-// A byte more makes a literal several times as rare.
-double ChanceOfOne(const std::vector<std::string>& literals) {
-  double chance = 0;
-  for (const std::string& literal : literals) {
-    chance += std::pow(4.0, 1.0 - static_cast<double>(literal.size()));
-  }
-  return std::min(chance, 1.0);
 }
 
 }  // namespace
@@ -64,7 +56,7 @@ double CListPlan::ChanceOf(Road road, const std::vector<std::string>& literals) 
   constexpr double kShare = 0.1;  // of a run for many
   if (road == Road::Always) return 1;
   if (road == Road::Shared) return kShare;
-  return road == Road::Required ? ChanceOfOne(literals) : 0;
+  return road == Road::Required ? Matching::ChanceOfAny(literals) : 0;
 }
 
 const char* CListPlan::NameOf(Road road) {

@@ -244,6 +244,22 @@ TEST(ListMatcher, PlansWhichElementsShareAnAutomaton) {
             ListRoad::Always);
 }
 
+// A literal that many texts have picks nothing: its element shares an automaton that is run anyway.
+TEST(ListMatcher, PlansCommonLiteralsTogetherWithWhatHasNone) {
+  const auto roadsOf = [](const std::vector<ListScanner>& list) {
+    std::vector<ListRoad> roads;
+    for (const auto& alternative : ListMatcher::Plan(list)) roads.push_back(alternative.road);
+    return roads;
+  };
+  const ListScanner common{"((.*~\\d.*)|(.*rarity\\d.*))", 2, 2};
+  const ListScanner none{"((\\d+))", 2, 1};
+  using enum ListRoad;
+  EXPECT_EQ(roadsOf({common}), (std::vector{Required, Required}));
+  EXPECT_EQ(roadsOf({common, none}), (std::vector{Shared, Required, Shared}));
+  EXPECT_EQ(roadsOf(std::vector<ListScanner>(40, common))[78], Shared);
+  EXPECT_EQ(roadsOf({{"((.*e\\d.*))", 2, 1}}), (std::vector{Shared}));
+}
+
 TEST(ListMatcher, PlansWhyAScannerIsAskedAsAWhole) {
   using Dependence = ListMatcher::Dependence;
   const std::pair<const char*, Dependence> rows[] = {
@@ -396,6 +412,11 @@ TEST(ListMatcher, AsksTheCapturesWhereALookAheadMayHaveLeftSome) {
   scanners.Add("", {"(?=(.*))b", "[ab]+", "ab"}, "");
   ExpectAgreement(scanners, {"b", "ab", "aab", "c", ""});
   EXPECT_EQ(ListMatcher(scanners.List()).FindFirst("ab", scanners)->group, 0u);
+
+  Scanners without;  // groups in them
+  without.Add("", {"(?=a.*)b", "(?!b)[ab]+", "ab"}, "");
+  ExpectAgreement(without, {"b", "ab", "aab", "c", ""});
+  EXPECT_EQ(ListMatcher(without.List()).FindFirst("ab", without)->group, 3u);
 }
 
 // Many elements that only automata decide, so that halves of them and halves of those are asked.

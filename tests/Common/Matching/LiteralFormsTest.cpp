@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Common/Matching/ByteFold.h"
+#include "Common/Matching/LiteralChance.h"
 #include "Common/Matching/Parser.h"
 
 namespace {
@@ -185,6 +186,18 @@ TEST(LiteralForms, StaysCheapOnLongExpressions) {
   std::string deep = std::string(1000, '(') + "abc" + std::string(1000, ')');
   EXPECT_FALSE(WholeOf(deep));
   EXPECT_EQ(RequiredOf(deep), Strings());
+}
+
+TEST(LiteralChance, OrdersLiteralsByHowManyTextsHaveThem) {
+  const char* const byChance[] = {"e", ":", "www", "http", "~", "tion/x", "goku-ios/"};
+  for (std::size_t i = 1; i < std::size(byChance); ++i) {
+    EXPECT_LE(Matching::ChanceOf(byChance[i]), Matching::ChanceOf(byChance[i - 1])) << byChance[i];
+  }
+  EXPECT_EQ(Matching::ChanceOf("e"), 1);
+  EXPECT_GT(Matching::ChanceOf("goku-ios/"), 0);
+  EXPECT_EQ(Matching::ChanceOfAny({"e", "t"}), 1);
+  EXPECT_EQ(Matching::ChanceOfAny({}), 0);
+  EXPECT_EQ(Matching::RarestOf({"html", "goku", ".com"}), "goku");
 }
 
 }  // namespace

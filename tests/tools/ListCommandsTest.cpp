@@ -250,7 +250,7 @@ TEST_F(ListCommands, CheckPlansEachElement) {
            "exact\tname\tname\n",
            "beginning\tstart*\tstart\n",
            "inside\t*in*\tin\n",
-           "pieces\t*one*two*\tone\n",
+           "pieces\t*one*two*\ttwo\n",
            "literals\tregex((a|b)cd)\tacd bcd\n",
            "required\tregex(.*key\\d)\tkey\n",
            "shared\tregex(\\d+)\t\n",

@@ -98,7 +98,7 @@ public:
         fClasses(ClassifyBytes(fTree)),
         fLookAheadNumbers(fTree),
         fProgram(CompileProgram(fTree, fTree.Root(), fLookAheadNumbers, Direction::Forward)),
-        fLookAheads(fTree, fLookAheadNumbers, fClasses, options.automatonBudget),
+        fLookAheads(fTree, fLookAheadNumbers, fClasses, options.automatonBudget, options.allowance),
         fStartsAtBegin(StartsAtBegin(fProgram)),
         fTakesMostBytes(CountFirstBytes(fProgram, fTree) > kManyBytes) {
     if (options.useLiterals) {
@@ -294,7 +294,8 @@ private:
             .isAnchored = kind != AnyForward && kind != FirstForward,
             .direction = isBackward ? Direction::Backward : Direction::Forward,
             .asksSuffixes = asksSuffixes,
-            .budget = fOptions.automatonBudget};
+            .budget = fOptions.automatonBudget,
+            .allowance = fOptions.allowance};
   }
 
   // Compiled at the first search that must find where a match begins.

@@ -14,6 +14,8 @@
 
 namespace Matching {
 
+class MemoryAllowance;
+
 // Where one group of a match stands in the text.
 struct Span {
   std::size_t begin = 0;
@@ -56,7 +58,8 @@ public:
   // it, but for the budgets.
   struct Options {
     std::size_t automatonBudget = std::size_t{1}
-                                  << 20;  // bytes, for each of an expression's automata
+                                  << 20;   // bytes, for each of an expression's automata
+    MemoryAllowance* allowance = nullptr;  // for them and others' together; outlives the expression
     bool useLiterals = true;  // texts without a literal that every match has are not looked into
     bool useAutomata = true;
     bool useTrails = true;        // to captures of matches whose ends are known

@@ -309,6 +309,20 @@ const LazyDfa::DfaState* LazyDfa::FindIn(const DfaState* from, const DfaState* e
   return nullptr;
 }
 
+bool LazyDfa::TakeMemory(std::size_t bytes) const {
+  if (fUsed.fetch_add(bytes, std::memory_order_relaxed) + bytes <= fSetup.budget &&
+      (fSetup.allowance == nullptr || fSetup.allowance->Take(bytes))) {
+    return true;
+  }
+  fUsed.fetch_sub(bytes, std::memory_order_relaxed);
+  return false;
+}
+
+void LazyDfa::GiveMemoryBack(std::size_t bytes) const {
+  fUsed.fetch_sub(bytes, std::memory_order_relaxed);
+  if (fSetup.allowance != nullptr) fSetup.allowance->GiveBack(bytes);
+}
+
 // The one state with this kernel, which is put in order; null when it does not exist and the budget
 // is spent.
 const LazyDfa::DfaState* LazyDfa::Intern(Kernel& kernel) const {
@@ -320,8 +334,7 @@ const LazyDfa::DfaState* LazyDfa::Intern(Kernel& kernel) const {
 
   const std::uint32_t ways = fSetup.classes.count;
   const std::size_t size = DfaState::SizeOf(ways, kernel.states.size());
-  if (fUsed.fetch_add(size, std::memory_order_relaxed) + size > fSetup.budget) {
-    fUsed.fetch_sub(size, std::memory_order_relaxed);
+  if (!TakeMemory(size)) {
     fIsFull.store(true, std::memory_order_relaxed);  // a hint, orders nothing
     return nullptr;
   }
@@ -349,7 +362,7 @@ const LazyDfa::DfaState* LazyDfa::Intern(Kernel& kernel) const {
     if (found != nullptr) {
       state->~DfaState();
       ::operator delete(state);
-      fUsed.fetch_sub(size, std::memory_order_relaxed);
+      GiveMemoryBack(size);
       return found;
     }
     head = state->below;

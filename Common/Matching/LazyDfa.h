@@ -35,6 +35,26 @@ private:
   std::atomic<T*> fSpare{nullptr};
 };
 
+// Memory that many automata may take together. Any thread may take of it.
+class MemoryAllowance {
+public:
+  explicit MemoryAllowance(std::size_t bytes) : fLeft(bytes) {}
+  MemoryAllowance(const MemoryAllowance&) = delete;
+  MemoryAllowance& operator=(const MemoryAllowance&) = delete;
+
+  [[nodiscard]] bool Take(std::size_t bytes) {
+    std::size_t left = fLeft.load(std::memory_order_relaxed);
+    while (left >= bytes) {
+      if (fLeft.compare_exchange_weak(left, left - bytes, std::memory_order_relaxed)) return true;
+    }
+    return false;
+  }
+  void GiveBack(std::size_t bytes) { fLeft.fetch_add(bytes, std::memory_order_relaxed); }
+
+private:
+  std::atomic<std::size_t> fLeft;
+};
+
 // An automaton that knows at each byte all states that a program may be in, and keeps what it has
 // learnt: a state is built when a text first leads there, and costs one look-up from then on.
 //
@@ -59,6 +79,7 @@ public:
     Direction direction = Direction::Forward;  // of the run, and of the program
     bool asksSuffixes = false;                 // runs backward over a forward program (SuffixTruth)
     std::size_t budget = 0;                    // bytes
+    MemoryAllowance* allowance = nullptr;      // what others take of, too; outlives the automaton
   };
 
   explicit LazyDfa(const Setup& setup);
@@ -112,6 +133,8 @@ private:
   void StepKernel(const Kernel& from, unsigned char byte, Kernel& to, Workspace& workspace) const;
   std::uint32_t AcceptAtEdge(const DfaState& state, Lease& lease) const;
   const DfaState* Intern(Kernel& kernel) const;
+  [[nodiscard]] bool TakeMemory(std::size_t bytes) const;
+  void GiveMemoryBack(std::size_t bytes) const;
   [[nodiscard]] Boundary Around(const Kernel& kernel, bool isWordAhead) const;
   [[nodiscard]] const DfaState* FindIn(const DfaState* from, const DfaState* end,
                                        const Kernel& kernel, std::size_t hash) const;

@@ -282,8 +282,9 @@ public:
     fMatcher.fForms.shrink_to_fit();
     fMatcher.fConfirmed.shrink_to_fit();
     fMatcher.fShared.shrink_to_fit();
-    fMatcher.fSharedAutomata = std::make_unique<SharedAutomata>(
-        static_cast<std::uint32_t>(fMatcher.fShared.size()), fOptions.sharedBudget);
+    fMatcher.fSharedAutomata =
+        std::make_unique<SharedAutomata>(static_cast<std::uint32_t>(fMatcher.fShared.size()),
+                                         fOptions.sharedBudget, &fMatcher.fAllowance);
     fMatcher.fAutomata =
         std::make_unique<std::atomic<const Expression*>[]>(fMatcher.fConfirmed.size());
   }
@@ -371,7 +372,7 @@ private:
 };
 
 ListMatcher::ListMatcher(const std::vector<ListScanner>& scanners, const Options& options)
-    : fFloating(options.useNibbles) {
+    : fFloating(options.useNibbles), fAllowance(options.automataBudget) {
   Builder builder(*this, options);
   for (std::uint32_t i = 0; i < scanners.size(); ++i) builder.Add(i, scanners[i]);
   builder.Finish();
@@ -403,6 +404,7 @@ const Expression* ListMatcher::BuildAutomaton(std::uint32_t number,
   const ParseResult parsed = Parse(pattern);
   Expression::Options options;
   options.useLiterals = false;  // the list has found one already, or there is none
+  options.allowance = &fAllowance;
   auto built = Expression::FromTree(
       SyntaxTree::OfParts(parsed.tree, PartsOfGroup(parsed.tree, confirmed.firstGroup,
                                                     fParts[confirmed.part].group)),

@@ -52,6 +52,7 @@ struct ListOptions {
   bool useShared = true;
   bool useNibbles = true;
   std::size_t sharedBudget = SharedAutomata::kBudget;
+  std::size_t automataBudget = std::size_t{128} << 20;  // bytes of all automata of the list
 };
 
 // Answers for a whole list of scanners at once which of them match a text, without asking each.
@@ -237,6 +238,7 @@ private:
   std::vector<Confirmed> fConfirmed;
   bool fMayFail = false;                            // a scanner that is asked itself can fail
   std::vector<std::uint32_t> fShared;               // numbers in fConfirmed, ascending
+  mutable MemoryAllowance fAllowance;               // of all automata
   std::unique_ptr<SharedAutomata> fSharedAutomata;  // its members are those of fShared
   std::vector<std::uint32_t> fAlways;               // numbers in fConfirmed, ascending
   // One for each confirmed alternative; null until its first run.

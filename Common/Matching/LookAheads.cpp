@@ -7,7 +7,7 @@
 namespace Matching {
 
 LookAheads::LookAheads(const SyntaxTree& tree, const LookAheadNumbers& numbers,
-                       const ByteClasses& classes, std::size_t budget)
+                       const ByteClasses& classes, std::size_t budget, MemoryAllowance* allowance)
     : fTree(tree) {
   const std::vector<NodeId>& nodes = numbers.Nodes();
   fItems.resize(nodes.size());  // first of all: the automata refer to the programs in it
@@ -27,7 +27,8 @@ LookAheads::LookAheads(const SyntaxTree& tree, const LookAheadNumbers& numbers,
                                                               .goal = Goal::Every,
                                                               .isAnchored = false,
                                                               .direction = Direction::Backward,
-                                                              .budget = budget / nodes.size()});
+                                                              .budget = budget / nodes.size(),
+                                                              .allowance = allowance});
   }
 }
 

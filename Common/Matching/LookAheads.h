@@ -17,9 +17,9 @@ namespace Matching {
 // Read-only once built, but for what its automata learn; any thread may ask.
 class LookAheads {
 public:
-  // budget: bytes for the automata of all look-aheads together.
+  // budget: bytes for the automata of all look-aheads together. allowance: as in LazyDfa::Setup.
   LookAheads(const SyntaxTree& tree, const LookAheadNumbers& numbers, const ByteClasses& classes,
-             std::size_t budget);
+             std::size_t budget, MemoryAllowance* allowance);
 
   [[nodiscard]] bool IsEmpty() const { return fItems.empty(); }
   [[nodiscard]] std::size_t Count() const { return fItems.size(); }

@@ -7,11 +7,16 @@
 namespace Matching {
 
 struct SharedAutomata::Automaton {
-  Automaton(SyntaxTree members, const std::vector<NodeId>& roots, std::size_t budget)
+  Automaton(SyntaxTree members, const std::vector<NodeId>& roots, std::size_t budget,
+            MemoryAllowance* allowance)
       : tree(std::move(members)),
         classes(ClassifyBytes(tree)),
         program(CompileMany(tree, roots)),
-        states({.program = program, .tree = tree, .classes = classes, .budget = budget}) {}
+        states({.program = program,
+                .tree = tree,
+                .classes = classes,
+                .budget = budget,
+                .allowance = allowance}) {}
 
   const SyntaxTree tree;
   const ByteClasses classes;
@@ -19,8 +24,11 @@ struct SharedAutomata::Automaton {
   const LazyDfa states;
 };
 
-SharedAutomata::SharedAutomata(std::uint32_t memberCount, std::size_t budget)
-    : fBudget(budget), fNodeCount(memberCount == 0 ? 0 : 2 * std::size_t{memberCount} - 1) {
+SharedAutomata::SharedAutomata(std::uint32_t memberCount, std::size_t budget,
+                               MemoryAllowance* allowance)
+    : fBudget(budget),
+      fAllowance(allowance),
+      fNodeCount(memberCount == 0 ? 0 : 2 * std::size_t{memberCount} - 1) {
   if (fNodeCount == 0) return;
   fNodes = std::make_unique<Node[]>(fNodeCount);
   fNodes[0].count = memberCount;
@@ -62,7 +70,7 @@ const SharedAutomata::Automaton* SharedAutomata::Build(const Node& node,
   SyntaxTree tree;
   std::vector<NodeId> roots;
   addMembers(node.first, node.first + node.count, tree, roots);
-  auto built = std::make_unique<Automaton>(std::move(tree), roots, fBudget);
+  auto built = std::make_unique<Automaton>(std::move(tree), roots, fBudget, fAllowance);
   if (built->program.states.size() > kMostStates) {
     node.open.store(kMostOpen, std::memory_order_relaxed);
     return nullptr;

@@ -31,7 +31,8 @@ public:
   using AddMembers = std::function<void(std::uint32_t first, std::uint32_t end, SyntaxTree& tree,
                                         std::vector<NodeId>& roots)>;
 
-  SharedAutomata(std::uint32_t memberCount, std::size_t budget);
+  // The allowance is as in LazyDfa::Setup.
+  SharedAutomata(std::uint32_t memberCount, std::size_t budget, MemoryAllowance* allowance);
   SharedAutomata(const SharedAutomata&) = delete;
   SharedAutomata& operator=(const SharedAutomata&) = delete;
   ~SharedAutomata();
@@ -69,6 +70,7 @@ private:
   const Automaton* Build(const Node& node, const AddMembers& addMembers) const;
 
   const std::size_t fBudget;
+  MemoryAllowance* const fAllowance;
   std::size_t fNodeCount = 0;
   std::unique_ptr<Node[]> fNodes;
 };

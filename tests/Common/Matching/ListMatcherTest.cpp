@@ -107,6 +107,8 @@ const Matching::ListOptions kAllOptions[] = {
     // Automata for all of the list, of which some or all have no room for most texts.
     {.useAnchored = false, .useFloating = false, .useRequired = false, .sharedBudget = 2000},
     {.useAnchored = false, .useFloating = false, .useRequired = false, .sharedBudget = 0},
+    {.useAnchored = false, .useFloating = false, .useRequired = false, .automataBudget = 3000},
+    {.useAnchored = false, .useFloating = false, .automataBudget = 0},
 };
 
 void ExpectAgreement(const Scanners& scanners, const Strings& texts) {
@@ -438,6 +440,39 @@ TEST(ListMatcher, AgreesWhereManyElementsShareAutomata) {
     for (int i = 0; i < 30; ++i) texts.push_back(RandomOf(random, textParts, 6));
     ExpectAgreement(scanners, texts);
     if (HasFatalFailure()) return;
+  }
+}
+
+// Each element needs a thousand states and more, on each of three roads.
+TEST(ListMatcher, AutomataOfAListStayWithinOneBudget) {
+  constexpr std::size_t kBudget = 100'000;
+  Scanners scanners;
+  for (int i = 0; i < 20; ++i) {
+    const std::string number = std::to_string(100 + i);
+    scanners.Add(
+        "",
+        {"[ab]*a[ab]{10}" + number, "\\d[ab]*b[ab]{10}\\d", "(?=c|[ab]*a[ab]{9}c)\\w+" + number},
+        "");
+  }
+  std::mt19937 random(7);
+  for (const bool useShared : {true, false}) {
+    const ListMatcher matcher(scanners.List(), {.useShared = useShared, .automataBudget = kBudget});
+    const Patterns patterns{scanners};
+    for (int i = 0; i < 60; ++i) {
+      std::string text;
+      while (text.size() < 200) text += "ab"[random() % 2];
+      const std::string number = std::to_string(100 + i % 20);
+      for (const std::string& asked : {text + number, "1" + text + "2", text + "c" + number}) {
+        const auto hit = matcher.FindFirst(asked, patterns);
+        std::optional<std::uint32_t> first;
+        for (std::uint32_t k = 0; k < 20 && !first; ++k) {
+          if (scanners.Matches(k, asked)) first = k;
+        }
+        ASSERT_EQ(hit ? std::optional(hit->scanner) : std::nullopt, first) << asked;
+      }
+    }
+    EXPECT_LE(matcher.MemoryUse().automata, kBudget);
+    EXPECT_GT(matcher.MemoryUse().automata, kBudget / 2);
   }
 }
 

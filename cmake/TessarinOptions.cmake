@@ -24,6 +24,8 @@ check_cxx_compiler_flag(-fno-gnu-unique TESSARIN_HAS_NO_GNU_UNIQUE)
 if(TESSARIN_HAS_NO_GNU_UNIQUE)
   target_compile_options(tessarin_options INTERFACE -fno-gnu-unique)
 endif()
+# Clang leaves out the deletes that are told a size, which the standard demands.
+target_compile_options(tessarin_options INTERFACE $<$<CXX_COMPILER_ID:Clang>:-fsized-deallocation>)
 if(TESSARIN_WERROR)
   target_compile_options(tessarin_options INTERFACE -Werror)
 endif()

@@ -56,7 +56,8 @@ TEST(CUsePtr, AdoptsSharesAndHandsOn) {
   CUsePtr<Probe> moved = std::move(second);
   EXPECT_FALSE(second);
   EXPECT_EQ(moved->UseCount(), 2u);
-  moved = moved;
+  const CUsePtr<Probe>& itself = moved;
+  moved = itself;
   EXPECT_EQ(first->UseCount(), 2u);
   Probe* raw = moved.Detach();
   EXPECT_EQ(raw->UseCount(), 2u);

@@ -135,7 +135,7 @@ struct FakeObject {
 };
 
 // The object has a table and no type, which is all that a call by position needs.
-[[gnu::no_sanitize("vptr")]] void CallInOrder(Selvane::IVariant& variant) {
+__attribute__((no_sanitize("vptr"))) void CallInOrder(Selvane::IVariant& variant) {
   using Text = Selvane::IUnicodeString;
   Text* const text = nullptr;
   const Selvane::IVariant* const other = nullptr;

@@ -270,8 +270,7 @@ TEST_F(ListCommands, CheckPlansEachElement) {
 TEST_F(ListCommands, CheckMeasuresAListOnASample) {
   const std::string texts = List("key\nkey1\r\nkey2\nother\n\n", "texts");
   const std::string output =
-      Check("regex(.*key\\d)\nregex((?=\\d).+)\nregex(\\w)\n*.a.com\n", {"--sample", texts})
-          .output;
+      Check("regex(.*key\\d)\nregex((?=\\d).+)\nregex(\\w)\n*.a.com\n", {"--sample", texts}).output;
   EXPECT_THAT(output, HasSubstr("sample: 5 texts, 2 match; the first pass took "));
   EXPECT_THAT(output, HasSubstr(" ns (median), "));
   EXPECT_THAT(output, HasSubstr(" ns (99.9 %), "));

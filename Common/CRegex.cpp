@@ -67,10 +67,8 @@ std::string_view WithoutOpenEscape(std::string_view format) {
   return format;
 }
 
-constexpr const char* kMatching = "Runtime error in regex matching";
-constexpr const char* kMatchingCaptures = "Internal error in regex matching";
-constexpr const char* kSearching = "Internal error in regex search";
-constexpr const char* kReplacing = "Internal error in regex replace";
+constexpr const char* kSearchFailed = "Internal error in regex search";
+constexpr const char* kReplaceFailed = "Internal error in regex replace";
 
 }  // namespace
 
@@ -130,7 +128,7 @@ void CRegex::FindFastPath() {
 }
 
 bool CRegex::Matches(std::string_view text) const {
-  return Guarded(kMatching, [&] {
+  return Guarded(kMatchingFailed, [&] {
     return fFastMode == CRegexFastMode::FastNone ? fRegex->Match(text) : MatchesFast(text);
   });
 }
@@ -155,20 +153,20 @@ bool CRegex::MatchesFast(std::string_view text) const {
 }
 
 bool CRegex::MatchCaptures(std::string_view text, CRegexCaptures& captures) const {
-  return Guarded(kMatchingCaptures, [&] { return fRegex->Match(text, captures); });
+  return Guarded(kOtherMatchingFailed, [&] { return fRegex->Match(text, captures); });
 }
 
 bool CRegex::Search(std::string_view text) const {
-  return Guarded(kSearching, [&] { return fRegex->Search(text); });
+  return Guarded(kSearchFailed, [&] { return fRegex->Search(text); });
 }
 
 bool CRegex::SearchCaptures(std::string_view text, CRegexCaptures& captures) const {
-  return Guarded(kSearching, [&] { return fRegex->Search(text, captures); });
+  return Guarded(kSearchFailed, [&] { return fRegex->Search(text, captures); });
 }
 
 void CRegex::Replace(std::string_view text, std::string_view format, std::string& out,
                      bool all) const {
-  Guarded(kReplacing, [&] {
+  Guarded(kReplaceFailed, [&] {
     std::string result = fRegex->Replace(text, WithoutOpenEscape(format), all);
     out = std::move(result);
   });

@@ -8,13 +8,23 @@
 
 // What the sources of CRegex share, and who explains its verdicts.
 
-// Runs an engine call, and turns its failure into the one exception that callers know.
+// What the operations say that failed. The first is Matches on bytes, the second every other match
+// of a whole text.
+inline constexpr const char* kMatchingFailed = "Runtime error in regex matching";
+inline constexpr const char* kOtherMatchingFailed = "Internal error in regex matching";
+
+// The one exception that callers know, for a failure of the engine.
+inline CRegexException EngineFailure(const char* operation, const std::exception& failure) {
+  return CRegexException(std::string(operation) + ": '" + failure.what() + "'");
+}
+
+// Runs an engine call, and turns its failure into that exception.
 template <class Call>
 auto Guarded(const char* operation, Call call) {
   try {
     return call();
   } catch (const std::exception& failure) {
-    throw CRegexException(std::string(operation) + ": '" + failure.what() + "'");
+    throw EngineFailure(operation, failure);
   }
 }
 

@@ -6,7 +6,7 @@
 #include <limits>
 #include <regex>
 
-#include "Common/CRegexException.h"
+#include "Common/CRegexShared.h"
 #include "Common/CUnicodeString.h"
 #include "Common/CVariant.h"
 #include "Common/DebugLog.h"
@@ -199,15 +199,20 @@ namespace {
 
 // An alternative's own automaton fails as its scanner would.
 [[noreturn]] void FailAsScanner(const std::regex_error& failure) {
-  throw CRegexException(std::string("Runtime error in regex matching: '") + failure.what() + "'");
+  throw EngineFailure(kMatchingFailed, failure);
 }
 
-// The entries as the list matcher asks them.
+// The entries as the list matcher asks them. Which operation of a scanner answers shows in the
+// words of its failure: a name among several is told by captures.
 struct AskedEntries {
   const std::vector<RegexVectorEntry>& entries;
+  bool isNameWanted = false;
 
   bool Matches(std::uint32_t scanner, std::string_view text) const {
-    return entries[scanner].fScanner->Matches(text);
+    const RegexVectorEntry& entry = entries[scanner];
+    if (!isNameWanted || entry.fSources->size() == 1) return entry.fScanner->Matches(text);
+    CRegexCaptures captures;
+    return entry.fScanner->MatchCaptures(text, captures);
   }
   std::string_view Pattern(std::uint32_t scanner) const {
     return entries[scanner].fScanner->Pattern();
@@ -225,7 +230,7 @@ bool CRegexVectorHolder::Find(std::string_view text, CUsePtr<CUnicodeString>* so
   if (!fMatcher) return FindInEntries(text, source);
 
   try {
-    const AskedEntries scanners{fEntries};
+    const AskedEntries scanners{fEntries, source != nullptr};
     if (!source) return fMatcher->Matches(text, scanners);
     std::uint32_t from = 0;
     while (const auto hit = fMatcher->FindFirst(text, scanners, from)) {

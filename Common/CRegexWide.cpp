@@ -12,8 +12,6 @@ qxSource("Common\\CRegex");
 
 namespace {
 
-constexpr const char* kMatchingWide = "Internal error in regex matching";
-
 // What "regex(...)" begins and ends with. Made at the first question, which may come before main.
 struct RegexFormTexts {
   const CUnicodeString begin{"regex("};
@@ -49,7 +47,7 @@ CRegexPtr CRegex::CreateFromValue(const CUnicodeString* value) {
 }
 
 bool CRegex::Matches(const CUnicodeString* text) const {
-  return Guarded(kMatchingWide, [&] {
+  return Guarded(kOtherMatchingFailed, [&] {
     if (fFastMode == CRegexFastMode::FastNone) {
       const std::string_view narrow = NarrowForm(text);
       return fRegex->Match(narrow.substr(0, narrow.find('\0')));

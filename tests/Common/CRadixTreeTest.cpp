@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/Common/WrittenRadixTree.h"
 #include "tests/support/SmallStack.h"
 
 namespace {
@@ -202,6 +203,33 @@ TEST(CRadixTree, CountsWhatRunsThroughEachNode) {
       EXPECT_GE(through, std::max<std::size_t>(1, wholes.size() * 4 / 10)) << prefix;
     }
     for (const std::string& whole : wholes) EXPECT_TRUE(tree.Contains({L(whole)})) << whole;
+  }
+}
+
+// Kinds and marks decide which beginnings may be cut: all of them as the contract has them.
+TEST(CRadixTree, AgreesWithTheTreeAsItIsWritten) {
+  std::mt19937 random(34);
+  for (int round = 0; round < 2000; ++round) {
+    Tree tree({});
+    WrittenRadixTree written;
+    std::string kinds;
+    for (std::size_t i = 1 + random() % 8; i > 0; --i) {
+      Keys keys;
+      for (std::size_t tokens = random() % 4; tokens > 0; --tokens) {
+        std::string text;
+        for (std::size_t size = 1 + random() % 3; size > 0; --size) text += "ab\xE9"[random() % 3];
+        keys.push_back({text, random() % 2 ? kRadixUnit : kRadixLiteral});
+        kinds += RadixKindName(keys.back().kind) + (":" + text);
+      }
+      kinds += '/';
+      tree.insert(keys);
+      written.Insert(keys);
+    }
+    SCOPED_TRACE(kinds);
+    ASSERT_EQ(tree.Nodes(), written.Nodes());
+    for (const float fraction : {0.0f, 0.1f, 0.3f, 0.5f, 1.0f}) {
+      ASSERT_EQ(tree.Prefixes(fraction), written.Prefixes(fraction)) << fraction;
+    }
   }
 }
 

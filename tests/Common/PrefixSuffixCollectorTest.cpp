@@ -2,10 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdlib>
+#include <new>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "tests/Common/QuestionedHost.h"
+#include "tests/support/AllocationCount.h"
 
 namespace {
 
@@ -107,7 +112,9 @@ TEST(PrefixSuffixCollector, MeasuresEachStepOnlyWhenAsked) {
   const auto names = [](const PrefixSuffixCollector& collected) {
     Strings names;
     for (const std::string& line : collected.Measurements()) {
-      EXPECT_TRUE(line.ends_with(" ms")) << line;
+      const std::string time = line.substr(line.find(':') + 1);
+      EXPECT_EQ(time.find_first_not_of("0123456789"), time.size() - 3) << line;  // whole ones
+      EXPECT_TRUE(time.ends_with(" ms")) << line;
       names.push_back(line.substr(0, line.find(':')));
     }
     return names;
@@ -137,15 +144,92 @@ TEST(PrefixSuffixCollector, SamplesAboveFiveThousandExpressions) {
   EXPECT_EQ(items, 20000u);
 }
 
+// Contract: an expression is in the sample when what is drawn for it is no more than the share of
+// the sample, both counted to that bound.
+TEST(PrefixSuffixCollector, DrawsTheSampleFromFifteenBits) {
+  const Strings expressions(32767, "a");  // so that the share is a number that can be drawn
+  for (unsigned seed = 1;; ++seed) {
+    std::size_t within = 0, onTheBound = 0;
+    std::srand(seed);
+    for (std::size_t i = 0; i < expressions.size(); ++i) {
+      const int drawn = std::rand() & 0x7fff;
+      within += drawn <= 5000;
+      onTheBound += drawn == 5000;
+    }
+    if (onTheBound == 0) continue;
+    std::srand(seed);
+    EXPECT_EQ(Collected(expressions, true).TokenLists().size(), within);
+    break;
+  }
+}
+
+// Whatever the grouping meets: the log is told in these words, and the build goes on without it.
+TEST(PrefixSuffixCollector, GoesOnWithOneGroupWhenTheGroupingFails) {
+  const struct {
+    AllocationFault::Throw fails;
+    std::string words;
+  } rows[] = {
+      {[] { throw std::out_of_range("x"); }, "out_of_range: x"},
+      {[] { throw std::length_error("y"); }, "y"},
+      {nullptr, std::bad_alloc().what()},
+      {[] { throw 7; }, "unkown"},
+  };
+  const Strings expressions = Alike("a beginning that no small buffer holds", 20);
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.words);
+    const HostInSlot host(Gates{.level = false});  // lets level 1 through alone
+    PrefixSuffixCollector collector(false);
+    for (const std::string& expression : expressions) collector.Add(expression, expression);
+    {
+      const AllocationFault fault(50, row.fails);  // while prefixes are looked for
+      collector.Calculate(true);
+      EXPECT_TRUE(fault.HasFailed());
+    }
+    ASSERT_EQ(host->fPrinted.size(), 1u);
+    EXPECT_EQ(host->fPrinted[0].className, "PrefixSuffixCollector");
+    EXPECT_EQ(host->fPrinted[0].function, "Calculate");
+    EXPECT_EQ(host->fPrinted[0].message, "'CRadixTree::insert(): exception: " + row.words + "'");
+    ASSERT_EQ(collector.Groups().size(), 1u);
+    EXPECT_FALSE(collector.Groups()[0].HasAffix());
+    ASSERT_EQ(collector.Groups()[0].Items().size(), expressions.size());
+    EXPECT_EQ(collector.Groups()[0].Items()[7].fExpression, expressions[7]);
+  }
+}
+
+// Its groups are as it had none yet, wherever it fails.
+TEST(PrefixSuffixCollector, KeepsNoGroupOfAGroupingThatFailed) {
+  const HostInSlot host(Gates{.level = false});
+  const Strings expressions = Alike("a beginning that no small buffer holds", 20);
+  std::size_t failures = 0;
+  for (long which = 1;; ++which) {
+    SCOPED_TRACE(which);
+    host->fPrinted.clear();
+    PrefixSuffixCollector collector(false);
+    for (const std::string& expression : expressions) collector.Add(expression, expression);
+    try {
+      const AllocationFault fault(which);
+      collector.Calculate(true);
+      if (!fault.HasFailed()) break;
+    } catch (const std::bad_alloc&) {
+      continue;  // behind the grouping, and no concern of it
+    }
+    if (host->fPrinted.empty()) continue;  // a buffer that only saves time
+    ++failures;
+    EXPECT_EQ(collector.Groups().size(), 1u);
+    EXPECT_EQ(collector.Groups().back().Items().size(), expressions.size());
+  }
+  EXPECT_GT(failures, 100u);
+}
+
 TEST(PrefixSuffixCollector, WarnsOnceOfWhatItCannotRead) {
   const HostInSlot host(Gates{.level = false});  // lets level 1 through alone
   Collected collected({"good", "(bad", "[worse"}, true);
   ASSERT_EQ(host->fPrinted.size(), 1u);
-  EXPECT_NE(host->fPrinted[0].message.find(
-                "PrefixSuffixCollector::Calculate: failed parsing regex '(bad' "
-                "continue w/o optimization"),
-            std::string::npos)
-      << host->fPrinted[0].message;
+  EXPECT_EQ(host->fPrinted[0].className, "PrefixSuffixCollector");
+  EXPECT_EQ(host->fPrinted[0].function, "Calculate");
+  EXPECT_EQ(host->fPrinted[0].message,
+            "'PrefixSuffixCollector::Calculate: failed parsing regex '(bad' "
+            "continue w/o optimization'");
   // It goes on with the optimisation, as one unit.
   EXPECT_EQ(collected.TokenLists()[1], (std::vector<RegexToken>{{RegexTokenKind::Unit, "(bad"}}));
 }

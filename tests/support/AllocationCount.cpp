@@ -10,6 +10,7 @@ namespace {
 constinit thread_local long count = 0;
 constinit thread_local long bytes = 0;
 constinit thread_local long untilFault = 0;  // requests; 0 or less for none to come
+constinit thread_local AllocationFault::Throw throwInstead = nullptr;  // of a bad_alloc
 
 // A block has its size in front.
 constexpr std::size_t kFront = alignof(std::max_align_t);
@@ -24,8 +25,9 @@ long AllocatedBytes() {
   return bytes;
 }
 
-AllocationFault::AllocationFault(long which) {
+AllocationFault::AllocationFault(long which, Throw instead) {
   untilFault = which;
+  throwInstead = instead;
 }
 AllocationFault::~AllocationFault() {
   untilFault = 0;
@@ -38,7 +40,10 @@ bool AllocationFault::HasFailed() const {
 // them stand here, since a block that goes through one comes from another.
 void* operator new(std::size_t size) {
   ++count;
-  if (untilFault > 0 && --untilFault == 0) throw std::bad_alloc();
+  if (untilFault > 0 && --untilFault == 0) {
+    if (throwInstead) throwInstead();
+    throw std::bad_alloc();
+  }
   auto* const front = static_cast<char*>(std::malloc(kFront + size));
   if (!front) throw std::bad_alloc();
   std::memcpy(front, &size, sizeof size);

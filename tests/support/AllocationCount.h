@@ -11,7 +11,10 @@ long AllocatedBytes();
 // While it stands, one request of the thread that made it fails: the first, the second and so on.
 class AllocationFault {
 public:
-  explicit AllocationFault(long which);
+  // The request ends with what this throws; otherwise with a std::bad_alloc.
+  using Throw = void (*)();
+
+  explicit AllocationFault(long which, Throw instead = nullptr);
   ~AllocationFault();
   AllocationFault(const AllocationFault&) = delete;
   AllocationFault& operator=(const AllocationFault&) = delete;

@@ -57,6 +57,38 @@ TEST(CRegexVectorHolder, KeepsALoneValueAsItIs) {
   EXPECT_EQ(FindIn(expression, "AAA"), "regex(a+)");
 }
 
+// Contract: an element is asked for its form as bytes, so capitals make a wildcard.
+TEST(CRegexVectorHolder, TakesAFormInCapitalsForAWildcard) {
+  EXPECT_EQ(FindIn(CRegexVectorHolder(ValueOf(VariantType::Regex, "REGEX(a*)")), "regex(ab)"),
+            "REGEX(a*)");
+  const CRegexVectorHolder list(ListOf({"REGEX(a*)"}));
+  EXPECT_EQ(PatternsOf(list), Strings{"^((REGEX\\(a.*\\)))$"});
+}
+
+TEST(CRegexVectorHolder, ReadsElementsOfEveryEncodingAndSkipsThoseThatAreNone) {
+  CUnicodeString latin("caf\xE9", Charset::Latin1);
+  CUnicodeString wide(std::string_view("b\0\xE9\0", 4), Charset::Utf16LE);
+  CUnicodeString raw("c\xE9", Charset::Raw);
+  const auto list = MakeUseCounted<CVariant>(VariantType::RegexList);
+  for (CUnicodeString* element : {&latin, &wide, &raw}) list->AddToList(element);
+  list->AddToList(static_cast<CStringImpl*>(nullptr));
+  EXPECT_EQ(PatternsOf(CRegexVectorHolder(list)), Strings{"^((caf\xC3\xA9)|(b\xC3\xA9)|(c\xE9))$"});
+
+  const auto lone = MakeUseCounted<CVariant>();
+  lone->SetString(VariantType::Regex, &latin);
+  EXPECT_EQ(PatternsOf(CRegexVectorHolder(lone)), Strings{"^caf\xC3\xA9$"});
+}
+
+TEST(CRegexVectorHolder, LeavesTheSourceAloneOnAMiss) {
+  const auto before = MakeUseCounted<CUnicodeString>("before");
+  for (const auto& value : {ValueOf(VariantType::Regex, "a"), ListOf({"a", "*b", "regex(c(d)?)"}),
+                            ListOf({"regex((a)\\1)"}), ListOf({})}) {
+    CUsePtr<CUnicodeString> source = before;
+    EXPECT_FALSE(CRegexVectorHolder(value).Find("x", &source));
+    EXPECT_EQ(source, before);
+  }
+}
+
 TEST(CRegexVectorHolder, SortsElementsIntoFourKinds) {
   const CRegexVectorHolder holder(
       ListOf({"regex(e1)", "*s1", "p1", "", "regex((b)\\1)", "regex(e2)", "*s2", "p2*"}));
@@ -157,22 +189,54 @@ TEST(CRegexVectorHolder, IsUnusableWithOneBadExpression) {
   const CRegexVectorHolder holder(ListOf({"regex(()", "regex(good)", "good*"}));
   EXPECT_TRUE(holder.IsUnusable());
   EXPECT_EQ(PatternsOf(holder), (Strings{"^((good.*))$", "((good))"}));  // the rest is built
-  ASSERT_EQ(host->fPrinted.size(), 1u);
-  EXPECT_EQ(host->fPrinted[0].className, "CRegexVectorHolder");
-  EXPECT_EQ(host->fPrinted[0].function, "ProcessRegexVectorCore");
-  EXPECT_EQ(host->fPrinted[0].file, "Common\\CRegexVectorHolder");
-  EXPECT_NE(host->fPrinted[0].message.find("regex(()"), std::string::npos)
-      << host->fPrinted[0].message;
+  EXPECT_TRUE(CRegexVectorHolder(holder).IsUnusable());                  // and a copy is no better
+  EXPECT_EQ(host->fPrinted.size(), 1u);
 }
 
-TEST(CRegexVectorHolder, IsUnusableWithABadLoneValueOrBackReference) {
-  for (const auto& value : {ValueOf(VariantType::Regex, "regex(()"), ListOf({"regex((a)\\1()"})}) {
+// What does not compile, and by whom and in which words the log is told of it, once each.
+TEST(CRegexVectorHolder, TellsWhatDoesNotCompile) {
+  const struct {
+    CUsePtr<CVariant> value;
+    const char* function;
+    const char* position;
+    const char* culprit;
+  } rows[] = {
+      {ValueOf(VariantType::Regex, "regex(()"), "CRegexVectorHolder", "CRegexVectorHolder",
+       "regex(()"},
+      {ValueOf(VariantType::Regex, "[b"), "CRegexVectorHolder", "CRegexVectorHolder", "[b"},
+      {ListOf({"regex((a)\\1()"}), "CRegexVectorHolder", "CRegexVectorHolder", "regex((a)\\1()"},
+      {ListOf({"regex(()"}), "ProcessRegexVectorCore", "ProcessRegexVector", "regex(()"},
+      // Of a scanner the merged text, without what stands around it.
+      {ListOf({"a", "[b"}), "ProcessRegexVectorCore", "ProcessRegexVector", "((a)|([b))"},
+      {ListOf({"*[b"}), "ProcessRegexVectorCore", "ProcessRegexVector", "(([b))"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.culprit);
     const HostInSlot host(Gates{.level = false});
-    const CRegexVectorHolder holder(value);
+    const CRegexVectorHolder holder(row.value);
     EXPECT_TRUE(holder.IsUnusable());
     EXPECT_TRUE(holder.Entries().empty());
     ASSERT_EQ(host->fPrinted.size(), 1u);
-    EXPECT_EQ(host->fPrinted[0].function, "CRegexVectorHolder");
+    const PrintedLine& line = host->fPrinted[0];
+    EXPECT_EQ(line.className, "CRegexVectorHolder");
+    EXPECT_EQ(line.function, row.function);
+    EXPECT_EQ(line.file, "Common\\CRegexVectorHolder");
+    EXPECT_EQ(line.message,
+              std::string("'CRegexVectorHolder::") + row.position +
+                  "': 'Finding Regex in String' failed. Type of '" + row.culprit +
+                  "' is 'not a valid regular expression', but it has to be 'a valid Regex'.");
+  }
+}
+
+TEST(CRegexVectorHolder, IsBuiltWhateverTheLogThrows) {
+  for (const Throwing kind : {Throwing::Standard, Throwing::Other}) {
+    const HostInSlot host(Gates{});
+    host->ThrowFromAll(kind);
+    const CRegexVectorHolder holder(
+        ListOf({"regex(()", "regex((a)\\1()", "regex(good)", "[b", "*c"}));
+    EXPECT_TRUE(holder.IsUnusable());
+    EXPECT_EQ(PatternsOf(holder), (Strings{"^.*((c))$", "((good))"}));
+    EXPECT_TRUE(CRegexVectorHolder(ValueOf(VariantType::Regex, "regex(()")).IsUnusable());
   }
 }
 
@@ -340,6 +404,11 @@ TEST(HolderDiagnostics, StayWithTheOriginalOfACopy) {
   EXPECT_EQ(copy.Entries().at(0).fScanner, holder.Entries().at(0).fScanner);  // shared
   EXPECT_EQ(FindIn(copy, "A"), "a");
   EXPECT_EQ(DumpOf(quiet, &CRegexVectorHolder::DumpOriginal), Strings());
+  EXPECT_EQ(DumpOf(CRegexVectorHolder(quiet), &CRegexVectorHolder::DumpOriginal),
+            Strings{"Original regexes:"});
+
+  SetRegexHolderDiagnostics(false);
+  EXPECT_EQ(DumpOf(CRegexVectorHolder(holder), &CRegexVectorHolder::DumpOriginal), Strings());
 }
 
 // ---- size and threads

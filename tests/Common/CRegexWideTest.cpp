@@ -212,6 +212,21 @@ TEST(CRegexWide, ConvertsForTheEngine) {
   EXPECT_FALSE(MatchesWide(regex, "caf\xC3\x89")) << "the engine folds bytes";
 }
 
+TEST(CRegexWide, SaysThatTheEngineFailed) {
+  const HostInSlot quiet(Gates{.active = false});
+  const CRegexPtr regex = CRegex::Create("(x*)\\1(a|b)*[c-w]", false);
+  const CUnicodeString text(std::string(2'000'000, 'a'));
+  try {
+    regex->Matches(&text);
+    ADD_FAILURE() << "an answer";
+  } catch (const CRegexException& failure) {
+    EXPECT_EQ(failure.Reason(),
+              "Internal error in regex matching: "
+              "'Complexity of regex match exceeded implementation limits'");
+  }
+  EXPECT_TRUE(MatchesWide(regex, "aaac"));
+}
+
 struct ValidRow {
   std::string_view value;
   bool isValid;
@@ -227,6 +242,9 @@ TEST(CRegexWide, TellsWhetherAValueCompiles) {
       {"", true},
       {"(?i)abc", true},
       {"[(?i)]", true},
+      // Contract: only an expression loses its case marks.
+      {"[a-(?i)b]", false},
+      {"regex([a-(?i)b])", true},
       {"regex([)", false},
       {"regex(", true},
       // Contract: the question about bytes, so these are wildcards.

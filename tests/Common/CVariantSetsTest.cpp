@@ -146,7 +146,9 @@ std::vector<ContainsRow> ContainsRows() {
       {"expression", Texts({"one", "two"}), TextValue(Regex, "regex(.n.)"), true, "one"},
       {"without regard to case", Texts({"one"}), TextValue(Regex, "ONE"), true, "one"},
       {"no match", Texts({"one"}), TextValue(Regex, "regex(n)"), false, ""},
-      {"bad expression", Texts({"regex(("}), TextValue(Regex, "regex((("), false, ""},
+      {"bad expression", Texts({"(", "regex(()"}), TextValue(Regex, "regex(()"), false, ""},
+      // Contract: the form is told without regard to case here.
+      {"form in capitals", Texts({"xone"}), TextValue(Regex, "REGEX(.*E)"), true, "xone"},
       {"in a MediaTypeList", Texts({"a/b"}, MediaTypeList), TextValue(Regex, "a/*"), true, "a/b"},
       {"in an SSOConnectorList", Texts({"s"}, SSOConnectorList), TextValue(Regex, "?"), true, "s"},
       {"as a text in a RegexList", Texts({"one", "t*"}, RegexList), TextValue(Regex, "t*"), true,

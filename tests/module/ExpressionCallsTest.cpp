@@ -271,6 +271,18 @@ TEST(ExpressionCalls, KeepZeroBytesInAnExpression) {
   const auto object = Expression(std::string("a\0b", 3));
   EXPECT_EQ(Call("tovrin_module_RegExToString", {object}).Text(), std::string("a\0b", 3));
   EXPECT_TRUE(Call("tovrin_module_Search", {object, Text("xa\0by"sv)}).Boolean());
+
+  const auto expression = Text("a\0b"sv);
+  EXPECT_TRUE(Call("tovrin_module_MatchesTwoStrings", {expression, Text("A\0B"sv)}).Boolean());
+  for (const char* function :
+       {"tovrin_module_ReplaceFirstMatchString", "tovrin_module_ReplaceAllMatchesString"}) {
+    EXPECT_EQ(Call(function, {expression, Text("xa\0by"sv), Text("-")}).Text(), "x-y");
+  }
+  const Answer glob = Call("tovrin_module_GlobToRegEx", {Text("a\0*"sv), Boolean(false)});
+  EXPECT_EQ(
+      Call("tovrin_module_RegExToString", {TestVariant::Object(kTestTessarinId, glob.Object())})
+          .Text(),
+      std::string("a\0.*", 4));
 }
 
 struct GlobRow {

@@ -24,11 +24,10 @@ using Texts = std::vector<std::string>;
 using ListArgument = AutoRefPtr<TestVariant>;
 
 // A list argument whose entries are stored as they stand here.
-ListArgument List(const Texts& entries) {
+ListArgument List(const Texts& entries, TypeId type = kTestListId) {
   const auto create =
       ModuleSymbolAs<IUserDefinedType*(std::uint32_t)>("tovrin_module_CreateTessarinList");
-  const auto list =
-      TestVariant::Object(kTestListId, AutoRefPtr<IUserDefinedType>(create(kTestListId)));
+  const auto list = TestVariant::Object(type, AutoRefPtr<IUserDefinedType>(create(type)));
   for (const std::string& entry : entries) {
     EXPECT_EQ(CallWithoutResult("tovrin_module_AddToRegExList", {list, Text(entry)}), 0u);
   }
@@ -118,6 +117,16 @@ TEST(ListCalls, SeeAnAddedEntryInTheNextMatch) {
   EXPECT_EQ(CallWithoutResult("tovrin_module_AddToRegExListRE", {list, Expression("c+")}), 0u);
   EXPECT_TRUE(Matches(list, "ccc"));
   EXPECT_THAT(EntriesOf(list), ElementsAre("a", "b", "regex(^c+$)"));
+}
+
+TEST(ListCalls, AnswerNothingWhenTheyAdd) {
+  const auto list = List({});
+  const Answer text = Call("tovrin_module_AddToRegExList", {list, Text("a")});
+  const Answer object = Call("tovrin_module_AddToRegExListRE", {list, Expression("b")});
+  EXPECT_EQ(text.status, 0u);
+  EXPECT_EQ(object.status, 0u);
+  EXPECT_THAT(text.Changes(), IsEmpty());
+  EXPECT_THAT(object.Changes(), IsEmpty());
 }
 
 TEST(ListCalls, AddATextUpToItsFirstZeroByteAndAppendAllOfIt) {
@@ -272,7 +281,7 @@ TEST(ListCalls, RefuseToPadWithoutMeasure) {
 
 TEST(ListCalls, JoinAsManyEntriesAsTheFirstListHas) {
   const auto join = [](const Texts& a, const Texts& b) {
-    return Entries("tovrin_module_Join", {List(a), List(b)});
+    return Entries("tovrin_module_Join", {List(a), List(b, kTestListId + 8)});
   };
   EXPECT_THAT(join({"a"}, {"x", "y", "z"}), ElementsAre("a", "x"));
   EXPECT_THAT(join({"a", "b", "c"}, {"x"}), ElementsAre("a", "b", "c", "x", "", ""));
@@ -284,7 +293,7 @@ TEST(ListCalls, JoinAsManyEntriesAsTheFirstListHas) {
 
 TEST(ListCalls, RemoveTheEntriesOfAnotherList) {
   const auto remove = [](const Texts& a, const Texts& b) {
-    return Entries("tovrin_module_RemoveListFromList", {List(a), List(b)});
+    return Entries("tovrin_module_RemoveListFromList", {List(a), List(b, kTestListId + 8)});
   };
   EXPECT_THAT(remove({"a", "b", "a", "("}, {"a", "x"}), ElementsAre("b", "("));
   EXPECT_THAT(remove({"a"}, {"A"}), ElementsAre("a"));

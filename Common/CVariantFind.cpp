@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <memory>
-#include <new>
 #include <numeric>
 
 #include "Common/CVariant.h"
@@ -112,6 +111,7 @@ void CVariant::CountLookup() const {
   if (count + 1 == kIndexingLookup) BuildIndex<E>();
 }
 
+// An index only saves time, so one that cannot be made is none.
 template <class E>
 void CVariant::BuildIndex() const {
   if (fIndex.load(std::memory_order_acquire)) return;
@@ -119,15 +119,15 @@ void CVariant::BuildIndex() const {
   std::unique_ptr<std::uint64_t[]> index;
   try {
     index.reset(new std::uint64_t[elements.size()]);
-  } catch (const std::bad_alloc&) {  // an index only saves time, so one that cannot be had is none
+    std::uint64_t* const end = index.get() + elements.size();
+    std::iota(index.get(), end, std::uint64_t{0});
+    std::sort(index.get(), end, [&](std::uint64_t left, std::uint64_t right) {
+      if (!E::IsLessOrEqual(elements[right], elements[left])) return true;
+      return left < right && E::IsLessOrEqual(elements[left], elements[right]);
+    });
+  } catch (...) {  // protects a search, which needs no index, from texts that cannot be converted
     return;
   }
-  std::uint64_t* const end = index.get() + elements.size();
-  std::iota(index.get(), end, std::uint64_t{0});
-  std::sort(index.get(), end, [&](std::uint64_t left, std::uint64_t right) {
-    if (!E::IsLessOrEqual(elements[right], elements[left])) return true;
-    return left < right && E::IsLessOrEqual(elements[left], elements[right]);
-  });
   std::uint64_t* none = nullptr;  // a loser's index goes with the pointer
   if (fIndex.compare_exchange_strong(none, index.get(), std::memory_order_acq_rel)) {
     index.release();
@@ -137,8 +137,8 @@ void CVariant::BuildIndex() const {
 template <class E>
 std::int64_t CVariant::FindCounted(std::int64_t start, const typename E::Stored& wanted) const {
   const auto elements = Elements<E>();
-  if (static_cast<std::uint64_t>(start) >= elements.size()) return -1;
   if (elements.size() >= kIndexedSize) CountLookup<E>();
+  if (static_cast<std::uint64_t>(start) >= elements.size()) return -1;
   if (const std::uint64_t* index = fIndex.load(std::memory_order_acquire)) {
     return FindIndexed<E>(elements, index, static_cast<std::uint64_t>(start), wanted);
   }

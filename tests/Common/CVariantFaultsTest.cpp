@@ -112,4 +112,25 @@ TEST(CVariantFaults, SearchWithoutAnIndexThatCannotBeHad) {
   EXPECT_FALSE(list.HasIndex());
 }
 
+// Texts in UTF-16 are converted when they are compared first, and these are ordered before they are
+// looked at one by one.
+TEST(CVariantFaults, SearchWithoutAnIndexWhoseOrderCannotBeHad) {
+  for (long which = 1; which < 20; ++which) {
+    SCOPED_TRACE(which);
+    CVariant list(StringList);
+    list.AddToList(MakeText("first").Get());
+    for (int i = 0; i < 100; ++i) {
+      const std::string bytes{static_cast<char>('a' + i % 26), 0, static_cast<char>('0' + i % 10),
+                              0};
+      list.AddToList(MakeUseCounted<CStringImpl>(bytes, Charset::Utf16LE).Get());
+    }
+    const CStringPtr first = MakeText("first");
+    for (int i = 0; i < 9; ++i) EXPECT_EQ(list.FindFrom(0, first.Get()), 0);
+    const AllocationFault fault(which);
+    EXPECT_EQ(list.FindFrom(0, first.Get()), 0);
+    EXPECT_TRUE(fault.HasFailed());
+    EXPECT_FALSE(list.HasIndex());
+  }
+}
+
 }  // namespace

@@ -177,6 +177,14 @@ TEST(CVariantFind, BuildsAnIndexAtTheTenthSearchOfALongList) {
   }
 }
 
+TEST(CVariantFind, CountsASearchFromBeyondTheEnd) {
+  const CVariant list = ManyTexts(65);
+  for (const std::int64_t start : {std::int64_t{65}, std::int64_t{-1}, kMin, kMax}) {
+    EXPECT_EQ(FindText(list, "5", start), -1);
+  }
+  EXPECT_EQ(list.LookupCount(), 4u);
+}
+
 TEST(CVariantFind, CountsNeitherShortListsNorNumbers) {
   const CVariant texts = ManyTexts(64), addresses = ManyTexts(64, IPList);
   LookUp(texts, 20);

@@ -378,14 +378,13 @@ bool CVariant::ContainsElements(const CVariantReader& other, Share share, IVaria
   bool answer = isAll;
   std::int64_t lastFound = -1;
   for (std::int64_t i = 0; i < *count && answer == isAll; ++i) {
-    std::int64_t position = -1;
-    const bool isThere = read(i, [&](const auto& element) {
+    std::int64_t position = -1;  // also of a foreign element that cannot be read
+    read(i, [&](const auto& element) {
       position = FindJoined(0, element);
       return true;
     });
     if (position >= 0) lastFound = position;
     answer = position >= 0;
-    if (!isThere) break;  // a foreign size that was not true
   }
   // At last, for the caller may want it in one of the two lists.
   if (lastFound >= 0) DeliverElement(lastFound, outElement);

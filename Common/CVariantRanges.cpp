@@ -106,8 +106,7 @@ bool CVariant::IsInRangeList(const IVariant* other) const {
   const auto count = list.Count();
   for (std::int64_t i = 0; count && i < *count; ++i) {
     CVariant range;
-    if (!list.Read(i, range)) return false;  // its size was not true
-    if (isInRange(range)) return true;
+    if (list.Read(i, range) && isInRange(range)) return true;
   }
   return false;
 }

@@ -106,6 +106,7 @@ TEST(CVariantRanges, HoldNoAddressWhenThereAreNone) {
 }
 
 TEST(CVariantRanges, AreNotTakenOnTheirSizesWord) {
+  const Reports reports;  // of the size
   const auto liar = Foreign(Variants({Range({"10.0.0.1", "10.0.0.2"})}, IPRangeList));
   liar->fLies.listSize = std::uint64_t{1} << 62;
   EXPECT_FALSE(Address("10.0.0.5").IsInRangeList(liar.Get()));
@@ -115,6 +116,15 @@ TEST(CVariantRanges, AreNotTakenOnTheirSizesWord) {
   const auto silent = Foreign(Range({"10.0.0.1", "10.0.0.9"}));
   silent->fLies.givesNoObjects = true;  // true, and no text: both bounds are no address
   EXPECT_FALSE(Address("10.0.0.5").IsInRange(silent.Get()));
+}
+
+TEST(CVariantRanges, AreAskedBehindOneThatIsNotGiven) {
+  const CVariant ranges =
+      Variants({Range({"9.9.9.9", "9.9.9.9"}), Range({"10.0.0.1", "10.0.0.9"})}, IPRangeList);
+  const auto foreign = Foreign(ranges);
+  foreign->fLies.missing = 0;
+  EXPECT_TRUE(Address("10.0.0.5").IsInRangeList(foreign.Get()));
+  EXPECT_FALSE(Address("9.9.9.9").IsInRangeList(foreign.Get()));
 }
 
 TEST(CVariantRanges, ReportARangeListsElementOfAnotherType) {
@@ -327,6 +337,7 @@ TEST(CVariantRanges, HandOutNothingOfOtherTypesOrPositions) {
   EXPECT_FALSE(AskIPRange(Range({}), words, -1));
   EXPECT_FALSE(AskIPRange(Range({"1.2.3.4"}), words, -1));
   EXPECT_FALSE(AskIPRangeListElem<0>(Variants({Address("1.2.3.4")}, IPRangeList), words, -1));
+  EXPECT_FALSE(AskIPRangeListElem<0>(Variants({SampleOf(IPRange)}), words, -1));
   EXPECT_EQ(words, Words{});
 }
 

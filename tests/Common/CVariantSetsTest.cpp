@@ -334,9 +334,29 @@ TEST(CVariantSets, HaveAllOfAnEmptyListAndNoneOfIt) {
   }
 }
 
+TEST(CVariantSets, LookForWhatComesBehindAnElementThatIsNotGiven) {
+  for (const VariantType type : {StringList, MixedList, NumberList, IPRangeList}) {
+    SCOPED_TRACE(NameOf(type));
+    CVariant list = SampleOf(type);
+    list.JoinLists(&list);
+    const auto foreign = Foreign(list);
+    foreign->fLies.missing = 0;
+    const Reports reports;  // of unlike elements that a list of variants compares
+    EXPECT_TRUE(list.ContainsAtLeastOne(foreign.Get(), nullptr));
+    EXPECT_FALSE(list.ContainsAll(foreign.Get(), nullptr));
+  }
+}
+
 TEST(CVariantSets, ReportDoublesInAnIntegerListOnce) {
   Reports reports;
   EXPECT_FALSE(Longs({1}).ContainsAtLeastOne(Foreign(Doubles({1, 2, 3})).Get(), nullptr));
+  EXPECT_THAT(reports.Take(), ElementsAre(NoDoublesReport(LongList)));
+  // What comes behind them is looked for all the same.
+  CVariant numbers(NumberList);
+  numbers.AddToList(1.0);
+  numbers.AddToList(2.0);
+  numbers.AddToList(std::int64_t{1});
+  EXPECT_TRUE(Longs({1}).ContainsAtLeastOne(&numbers, nullptr));
   EXPECT_THAT(reports.Take(), ElementsAre(NoDoublesReport(LongList)));
 }
 

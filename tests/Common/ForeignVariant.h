@@ -20,6 +20,8 @@ public:
     std::optional<bool> isNumber;
     bool givesNoObjects = false;  // null wherever an object is the answer, and true beside it
     bool holdsItself = false;     // in each element of a list and entry of a map
+    bool holdsForeign = false;    // elements of a list as other implementations
+    std::int64_t missing = -1;    // position of an element that it does not give
   };
 
   explicit ForeignVariant(const CVariant& value) : fValue(value) {}
@@ -106,7 +108,12 @@ public:
       ok = true;
       return Itself();
     }
-    return Given(ok, [&] { return fValue.GetMixedListElem(index, ok); });
+    if (fLies.holdsForeign) {
+      CVariant element;
+      ok = fValue.ReadElement(index, element);
+      return ok ? new ForeignVariant(element) : nullptr;
+    }
+    return Given(index, ok, [&] { return fValue.GetMixedListElem(index, ok); });
   }
   CRefVariant* GetMixedListElemRef(std::int64_t index, bool& ok) const override {
     return fValue.GetMixedListElemRef(index, ok);
@@ -114,10 +121,10 @@ public:
   std::uint64_t GetImplementationId() const override { return 77; }
   std::uint64_t GetHash() const override { return fValue.GetHash(); }
   IVariant* GetNumberListElem(std::int64_t index, bool& ok) const override {
-    return Given(ok, [&] { return fValue.GetNumberListElem(index, ok); });
+    return Given(index, ok, [&] { return fValue.GetNumberListElem(index, ok); });
   }
   Text* GetStringListElem(std::int64_t index, bool& ok) const override {
-    return Given(ok, [&] { return fValue.GetStringListElem(index, ok); });
+    return Given(index, ok, [&] { return fValue.GetStringListElem(index, ok); });
   }
   bool CanHoldValueOf(const IVariant* other) const override { return fValue.CanHoldValueOf(other); }
   void SetListElem(std::int64_t index, std::int64_t value) override {
@@ -165,9 +172,9 @@ private:
     return const_cast<ForeignVariant*>(this);
   }
   template <class Read>
-  auto Given(bool& ok, Read read) const -> decltype(read()) {
-    if (!fLies.givesNoObjects) return read();
-    ok = true;
+  auto Given(std::int64_t index, bool& ok, Read read) const -> decltype(read()) {
+    if (!fLies.givesNoObjects && index != fLies.missing) return read();
+    ok = fLies.givesNoObjects;
     return nullptr;
   }
 };

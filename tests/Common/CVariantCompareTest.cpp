@@ -231,6 +231,12 @@ TEST(CVariantCompare, TakesNoNonsenseFromAForeignVariant) {
     shorter->fLies.listSize = list.SizeOfList();
     EXPECT_FALSE(list.IsEqual(shorter.Get()));
     EXPECT_FALSE(list.ContainsAtLeastOne(shorter.Get(), nullptr));
+    list.Compare(shorter.Get());
+    const auto ofOtherThings = Foreign(Longs(std::vector<std::int64_t>(list.SizeOfList())));
+    ofOtherThings->fLies.type = type;
+    list.IsEqual(ofOtherThings.Get());
+    list.Compare(ofOtherThings.Get());
+    list.ContainsAll(ofOtherThings.Get(), nullptr);
     const auto empty = Foreign(list);
     empty->fLies.givesNoObjects = true;
     list.IsEqual(empty.Get());
@@ -262,6 +268,19 @@ TEST(CVariantCompare, ReportsOperandsThatAreNoNumbers) {
         ElementsAre(UnsupportedReport("CVariant: doNumberComparison", "number types of Variant",
                                       type, Long),
                     FormatReport("CVariant: doNumberComparison", "calling", type, "Number")));
+  }
+}
+
+TEST(CVariantCompare, HoldsNoNumberLessThanItsEqual) {
+  using enum CVariant::NumberRelation;
+  const CVariant one(std::int64_t{1}), oneAsDouble(1.0), two(2.0);
+  for (const CVariant* left : {&one, &oneAsDouble}) {
+    EXPECT_TRUE(left->DoNumberComparison(two, Less));
+    EXPECT_FALSE(two.DoNumberComparison(*left, Less));
+    for (const CVariant* right : {&one, &oneAsDouble}) {
+      EXPECT_TRUE(left->DoNumberComparison(*right, Equal));
+      EXPECT_FALSE(left->DoNumberComparison(*right, Less));
+    }
   }
 }
 
@@ -368,6 +387,11 @@ TEST(CVariantCompare, OrdersRangesOfTwoAddressesAlone) {
       EXPECT_THAT(reports.Take(), ElementsAre(report, report));
     });
   }
+
+  const auto hollow = Foreign(CVariant(IPRange));
+  hollow->fLies.listSize = 2;
+  EXPECT_EQ(range.Compare(hollow.Get()), 0);
+  EXPECT_EQ(reports.Take().size(), 1u);
 }
 
 }  // namespace

@@ -66,6 +66,24 @@ TEST(CVariantLists, JoinWhatTheyCanRead) {
   }
 }
 
+TEST(CVariantLists, JoinNothingOfAnUnknownType) {
+  Reports reports;
+  const auto foreign = Foreign(Longs({1, 2}));
+  foreign->fLies.type = static_cast<VariantType>(200);
+  for (const VariantType type : AllTypes()) {
+    CVariant list = SampleOf(type);
+    const bool isList = TypeInfo(type).fIsList;
+    EXPECT_FALSE(list.JoinLists(foreign.Get()));
+    EXPECT_THAT(
+        reports.Take(),
+        ElementsAre("'CVariant: JoinLists': 'Merging Lists' failed. Type of 'Variant' is '" +
+                    (isList ? "-invalid-" : NameOf(type)) + "', but it has to be 'a valid list'."));
+    EXPECT_FALSE(list.EraseFromList(foreign.Get()));
+    EXPECT_EQ(reports.Take().size(), 1u);
+    EXPECT_EQ(Shown(list), Shown(SampleOf(type)));
+  }
+}
+
 TEST(CVariantLists, JoinElementsInTheirOrder) {
   const auto joined = [](CVariant list, const CVariant& other) {
     EXPECT_TRUE(list.JoinLists(&other));

@@ -100,6 +100,21 @@ TEST(CVariantLists, GiveTextElementsOfTheseTypesInSilence) {
   EXPECT_THAT(reports.Take(), IsEmpty());
 }
 
+TEST(CVariantLists, GiveTheTextFormsOfAddressesRangesAndHosts) {
+  const std::pair<CVariant, const char*> rows[] = {
+      {Texts({"::", "::1"}, IPList), "0:0:0:0:0:0:0:1"},
+      {Texts({"10.0.0.1", "10.0.0.9"}, IPRange), "10.0.0.9"},
+      {Variants({Texts({"::"}, IPRange), SampleOf(IPRange)}, IPRangeList), "10.0.0.1, 10.0.0.9"},
+      {Texts({"", HostText('b', "b.example")}, HostAndCertificateList),
+       "bbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbb|b.example"},
+  };
+  for (const auto& [list, text] : rows) {
+    bool ok = false;
+    EXPECT_EQ(TakeUtf8(list.GetStringListElem(1, ok)), text);
+    EXPECT_TRUE(ok);
+  }
+}
+
 TEST(CVariantLists, GiveElementsInTheElementsOwnType) {
   const std::vector<std::pair<VariantType, VariantType>> rows = {
       {LongList, Long},

@@ -104,7 +104,7 @@ const OperationRow kOperationRows[] = {
     {"GetMixedListElem",
      {5, 6, 7, 8, 9, 10, 12, 14, 16, 20, 21, 22, 24, 26, 28, 31},
      [](CVariant& value) {
-       bool ok = false;
+       bool ok = true;
        const CUsePtr<Selvane::IVariant> element(value.GetMixedListElem(0, ok));
        EXPECT_EQ(ok, static_cast<bool>(element));
      },

@@ -188,8 +188,10 @@ TEST(CVariantLists, SetElementsOfEveryKind) {
   mixed.SetListElem(0, true);
   mixed.SetListElem(1, &longs);
   EXPECT_EQ(Shown(mixed), "true,[1,9]");
-  const CVariant category(Category, 5), text = TextValue(Regex, "r");
+  const CVariant category(Category, 5), text = TextValue(Regex, "r"), number(4.5);
   longs.SetListElem(0, &category);
+  doubles.SetListElem(1, &number);
+  EXPECT_EQ(Shown(doubles), "0.50,4.50");
   texts.SetListElem(1, Foreign(text).Get());
   EXPECT_EQ(Shown(longs) + Shown(texts), "5,9b,r");
   Reports reports;
@@ -235,6 +237,10 @@ TEST(CVariantLists, TurnRoundUnlessTheyAreKeptSorted) {
   EXPECT_EQ(Shown(mixed), "[],a,true,[1,2,3]");
   CVariant none(StringList);
   EXPECT_TRUE(none.ReverseList());
+  const Reports reports;
+  for (const VariantType type : {Dimension, IPRange, Map, String, Empty}) {
+    EXPECT_FALSE(SampleOf(type).ReverseList()) << TypeInfo(type).fName;
+  }
 }
 
 // ---- from an array

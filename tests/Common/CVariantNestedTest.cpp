@@ -152,6 +152,14 @@ TEST(CVariantNested, AreComparedInTheOrderOfTheirElements) {
   EXPECT_EQ(left.Compare(&right), 0);  // what cannot be compared counts as no difference
   EXPECT_THAT(reports.Take(), SizeIs(2));
 
+  for (const VariantType type : {String, DimensionList, Map}) {  // and what is no list of its kind
+    const CVariant single = Variants({SampleOf(type)}), list = Variants({Variants({one})});
+    reports.Take();
+    EXPECT_EQ(single.Compare(&list), 0);
+    EXPECT_EQ(list.Compare(&single), 0);
+    EXPECT_THAT(reports.Take(), SizeIs(2));
+  }
+
   const struct {
     CVariant left, right;
     int order;
@@ -205,6 +213,22 @@ TEST(CVariantNested, AForeignValueInItselfIsReadToABoundedDepth) {
     reports.Take();
     EXPECT_EQ(foreign->GetUseCount(), 1u);
   }
+}
+
+// The depth is bounded, not the number of lists beside one another.
+TEST(CVariantNested, ForeignListsBesideOneAnotherAreReadWhole) {
+  Reports reports;
+  CVariant list(MixedList);
+  for (std::int64_t i = 0; i < 200; ++i) {
+    const CVariant element = Longs({i, i + 1});
+    list.AddToList(&element);
+  }
+  const auto foreign = Foreign(list);
+  foreign->fLies.holdsForeign = true;
+  CVariant value;
+  value.Assign(foreign.Get());
+  EXPECT_TRUE(value.IsEqual(&list));
+  EXPECT_THAT(reports.Take(), IsEmpty());
 }
 
 TEST(CVariantNested, AForeignValueManyTimesInItselfIsReadToABoundedSize) {

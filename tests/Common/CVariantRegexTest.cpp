@@ -76,6 +76,13 @@ TEST(CVariantRegex, ForgetsTheOldValueWithEveryChange) {
       {"EraseFromList", [](CVariant& list) { list.EraseFromList(ListOf({"a"}).Get()); }, {"b"}},
       {"ReverseList", [](CVariant& list) { list.ReverseList(); }, {"a", "b"}},
       {"SortList", [](CVariant& list) { list.SortList(); }, {"a", "b"}},
+      {"SetString",
+       [](CVariant& list) { list.SetString(VariantType::Regex, MakeText("x").Get()); },
+       {"x"}},
+      {"SetEmpty", [](CVariant& list) { list.SetEmpty(); }, {}},
+      {"SetListFromArray",
+       [](CVariant& list) { list.SetListFromArray(VariantType::StringList, nullptr, 0); },
+       {}},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
@@ -88,6 +95,16 @@ TEST(CVariantRegex, ForgetsTheOldValueWithEveryChange) {
       EXPECT_EQ(list->Matches(text), expected ? 1 : 0) << text;
     }
   }
+}
+
+TEST(CVariantRegex, KeepsWhatWasBuiltWhereItIsMoved) {
+  const HostInSlot host(Gates{.level = false});
+  const auto list = ListOf({"regex(()"});
+  EXPECT_EQ(list->Matches("a"), -1);
+  const CVariant moved(std::move(*list));
+  EXPECT_EQ(moved.Matches("a"), -1);
+  EXPECT_EQ(list->Matches("a"), 0);
+  EXPECT_EQ(host->fPrinted.size(), 1u);  // a second build would say the same again
 }
 
 TEST(CVariantRegex, BuildsWhenTriggered) {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -56,6 +57,13 @@ CVariant Nested(int width) {
     outer.AddToList(&inner);
   }
   return outer;
+}
+
+// "99" down to "0".
+CVariant ManyTexts() {
+  CVariant list(StringList);
+  for (int i = 99; i >= 0; --i) list.AddToList(MakeText(std::to_string(i)).Get());
+  return list;
 }
 
 // ---- construction
@@ -153,10 +161,9 @@ TEST(CVariant, AssignsEveryTypeOverEveryType) {
       CVariant target = SampleOf(to);
       target.Assign(&source);
       EXPECT_EQ(Picture(target), Picture(source));
-      target = source;
-      EXPECT_EQ(Picture(target), Picture(source));
-      target.SetEmpty();
-      EXPECT_EQ(target.GetType(), Empty);
+      CVariant other = SampleOf(to);
+      other = source;
+      EXPECT_EQ(Picture(other), Picture(source));
     }
   }
 }
@@ -238,6 +245,10 @@ TEST(CVariant, AssignsFromAnElementOfItself) {
   list.Assign(element.Get());
   EXPECT_THAT(LongsOf(list), ElementsAre(1, 2, 3));
 
+  CVariant outer = Variants({TextValue(String, "a text that lies in no store of eight bytes")});
+  outer.Assign(&outer.Variants().front());
+  EXPECT_EQ(Picture(outer), "String a text that lies in no store of eight bytes");
+
   CVariant map(Map);
   map.SetMapValue(MakeText("inner"), std::int64_t{5});
   const auto inner = map.FindMapValue(MakeText("inner"));
@@ -248,8 +259,7 @@ TEST(CVariant, AssignsFromAnElementOfItself) {
 }
 
 TEST(CVariant, CopiesTheIndexAndStartsToCountAnew) {
-  CVariant list(StringList);
-  for (int i = 99; i >= 0; --i) list.AddToList(MakeText(std::to_string(i)).Get());
+  CVariant list = ManyTexts();
   for (int i = 0; i < 10; ++i) list.FindFrom(0, MakeText("50").Get());
   ASSERT_TRUE(list.HasIndex());
   const CVariant copy(list);
@@ -263,24 +273,44 @@ TEST(CVariant, CopiesTheIndexAndStartsToCountAnew) {
 }
 
 TEST(CVariant, IsEmptyAndFrozenWhereItWasMovedFrom) {
+  const CVariant other = Longs({1, 2});
+  const std::function<void(CVariant&)> changes[] = {
+      [](CVariant& source) { source.SetLong(5); },
+      [](CVariant& source) { source.SetDouble(5); },
+      [](CVariant& source) { source.SetBool(true); },
+      [](CVariant& source) { source.SetString(MakeText("x").Get()); },
+      [](CVariant& source) { source.SetType(LongList); },
+      [](CVariant& source) { source.SetSorted(true); },
+      [&](CVariant& source) { source.Assign(&other); },
+      [&](CVariant& source) { source.Assign(Foreign(other).Get()); },
+      [](CVariant& source) { source.SetListFromArray(LongList, nullptr, 0); },
+      [](CVariant& source) { source.Reserve(100); },
+      [](CVariant& source) { source.Clear(); },
+      [](CVariant& source) { source.SetEmpty(); },
+  };
   for (const VariantType type : AllTypes()) {
-    CVariant source = SampleOf(type);
-    const std::string before = Picture(source);
-    const CVariant target(std::move(source));
-    EXPECT_EQ(Picture(target), before);
-    EXPECT_EQ(source.GetType(), Empty);
-    source.SetLong(5);
-    source.SetString(MakeText("x").Get());
-    source.SetType(LongList);
-    source.SetSorted(true);
-    source.Assign(&target);
-    source.Assign(Foreign(target).Get());
-    source.SetListFromArray(LongList, nullptr, 0);
-    source.Clear();
-    source.SetEmpty();
-    EXPECT_EQ(source.GetType(), Empty);
-    EXPECT_FALSE(source.IsSorted());
+    for (const auto& change : changes) {
+      CVariant source = SampleOf(type);
+      const std::string before = Picture(source);
+      const CVariant target(std::move(source));
+      EXPECT_EQ(Picture(target), before);
+      change(source);
+      EXPECT_EQ(Picture(source), "Empty");
+      EXPECT_TRUE(source.IsStoredInline());
+    }
   }
+}
+
+TEST(CVariant, HandsItsIndexAndItsCountOverWhereItIsMoved) {
+  CVariant list = ManyTexts();
+  for (int i = 0; i < 9; ++i) list.FindFrom(0, MakeText("50").Get());
+  CVariant counted(std::move(list));
+  EXPECT_EQ(counted.LookupCount(), 9u);
+  counted.FindFrom(0, MakeText("50").Get());
+  ASSERT_TRUE(counted.HasIndex());
+  const CVariant indexed(std::move(counted));
+  EXPECT_TRUE(indexed.HasIndex());
+  EXPECT_EQ(indexed.FindFrom(0, MakeText("50").Get()), 49);
 }
 
 // ---- the store
@@ -352,6 +382,13 @@ TEST(CVariant, ClearKeepsTheTypeAndSetEmptyDoesNot) {
     value.SetEmpty();
     EXPECT_EQ(Picture(value), "Empty");
   }
+  CVariant cleared = Longs({2, 1}), emptied = Longs({2, 1});
+  cleared.SetSorted(true);
+  emptied.SetSorted(true);
+  cleared.Clear();
+  emptied.SetEmpty();
+  EXPECT_FALSE(cleared.IsSorted());
+  EXPECT_FALSE(emptied.IsSorted());
   EXPECT_THAT(reports.Take(), IsEmpty());
 }
 
@@ -414,6 +451,8 @@ TEST(CVariant, AnswersMapQuestionsThroughItsInterface) {
   ASSERT_TRUE(found);
   EXPECT_EQ(found->GetLong(), 7);
   map.SetMapValue(key.Get(), nullptr);
+  EXPECT_EQ(map.FindMapValue(MakeText("k"))->GetLong(), 7);
+  map.SetMapValue(MakeUseCounted<CUnicodeString>("other").Get(), nullptr);
   EXPECT_EQ(map.GetMapSize(), 1);
   EXPECT_TRUE(map.EraseMapValue(key.Get()));
   EXPECT_EQ(map.GetMapValue(key.Get()), nullptr);

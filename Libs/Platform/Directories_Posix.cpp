@@ -130,26 +130,27 @@ private:
 }  // namespace
 
 int ListDirectory(const std::string& path, std::vector<DirectoryEntry>& entries) {
-  const DirectoryHandle folder = HandleFrom(open(path.c_str(), kFolderFlags));
+  const DirectoryHandle folder = HandleFrom(open(SystemPath(path), kFolderFlags));
   return folder ? ReadEntries(folder.get(), entries) : errno;
 }
 
 int MakeDirectory(const std::string& path) {
-  if (mkdir(path.c_str(), 0777) == 0) return 0;
+  if (mkdir(SystemPath(path), 0777) == 0) return 0;
   const int error = errno;
   struct stat data = {};
-  const bool isThere = error == EEXIST && stat(path.c_str(), &data) == 0 && S_ISDIR(data.st_mode);
+  const bool isThere =
+      error == EEXIST && stat(SystemPath(path), &data) == 0 && S_ISDIR(data.st_mode);
   return isThere ? 0 : error;
 }
 
 bool RemoveTree(const std::string& path) {
-  const int descriptor = open(path.c_str(), kFolderFlags | O_NOFOLLOW);
+  const int descriptor = open(SystemPath(path), kFolderFlags | O_NOFOLLOW);
   if (descriptor < 0) {
     const bool isNoFolder = errno == ENOTDIR || errno == ELOOP;
-    return isNoFolder ? unlink(path.c_str()) == 0 : rmdir(path.c_str()) == 0;
+    return isNoFolder ? unlink(SystemPath(path)) == 0 : rmdir(SystemPath(path)) == 0;
   }
   const bool isEmpty = TreeRemoval().Empty(descriptor);
-  return rmdir(path.c_str()) == 0 && isEmpty;
+  return rmdir(SystemPath(path)) == 0 && isEmpty;
 }
 
 std::string TemporaryDirectory() {

@@ -9,6 +9,12 @@
 // disk, on a lock, or on opening a pipe.
 //
 // What can fail answers the system's error code, and 0 for success.
+//
+// A path with a NUL byte in it leads nowhere, like the empty one: what the system would make of it
+// is the name of another file.
+
+// The path for a call of the system.
+const char* SystemPath(const std::string& path);
 
 // Which file a name leads to: two names with one identity are one file.
 struct FileIdentity {

@@ -41,7 +41,8 @@ int StatusOfDescriptor(int descriptor, FileStatus& status) {
 }
 
 int OpenDescriptor(const std::string& path, int flags, mode_t permissions, int& descriptor) {
-  return Retried([&] { return descriptor = open(path.c_str(), flags | O_CLOEXEC, permissions); });
+  return Retried(
+      [&] { return descriptor = open(SystemPath(path), flags | O_CLOEXEC, permissions); });
 }
 
 std::FILE* StreamFrom(const std::string& path, int flags, mode_t permissions, int& error) {
@@ -78,7 +79,7 @@ bool AreOneEntry(const std::string& first, const std::string& second) {
 }
 
 bool LinkStatus(const std::string& path, struct stat& data) {
-  return lstat(path.c_str(), &data) == 0;
+  return lstat(SystemPath(path), &data) == 0;
 }
 
 bool IsSameInode(const struct stat& a, const struct stat& b) {
@@ -89,7 +90,7 @@ int RenameOver(const std::string& from, const std::string& to) {
   struct stat before = {}, target = {};
   const bool isLinked = LinkStatus(from, before) && LinkStatus(to, target) &&
                         IsSameInode(before, target) && !AreOneEntry(from, to);
-  if (rename(from.c_str(), to.c_str()) != 0) return errno;
+  if (rename(SystemPath(from), SystemPath(to)) != 0) return errno;
   // The system does nothing for two names of one file, and calls that success.
   return isLinked ? RemoveFile(from) : 0;
 }
@@ -98,17 +99,18 @@ int RenameOver(const std::string& from, const std::string& to) {
 // a look before.
 int RenameInTwoSteps(const std::string& from, const std::string& to, bool isFolder) {
   if (!isFolder) {
-    if (link(from.c_str(), to.c_str()) != 0) return errno;
+    if (link(SystemPath(from), SystemPath(to)) != 0) return errno;
     return RemoveFile(from);
   }
   struct stat target = {};
   if (LinkStatus(to, target)) return EEXIST;
-  return CodeOf(rename(from.c_str(), to.c_str()));
+  return CodeOf(rename(SystemPath(from), SystemPath(to)));
 }
 
 #ifdef RENAME_NOREPLACE
 int RenameWithoutReplacing(const std::string& from, const std::string& to, bool isFolder) {
-  if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return 0;
+  const char* const source = SystemPath(from);
+  if (renameat2(AT_FDCWD, source, AT_FDCWD, SystemPath(to), RENAME_NOREPLACE) == 0) return 0;
   const int error = errno;
   const bool isUnknown = error == ENOSYS || (error == EINVAL && !isFolder);
   return isUnknown ? RenameInTwoSteps(from, to, isFolder) : error;
@@ -159,9 +161,13 @@ bool IsFullDisk(int error) {
 
 }  // namespace
 
+const char* SystemPath(const std::string& path) {
+  return path.find('\0') == std::string::npos ? path.c_str() : "";
+}
+
 int StatusOf(const std::string& path, FileStatus& status) {
   struct stat data = {};
-  if (stat(path.c_str(), &data) != 0) return errno;
+  if (stat(SystemPath(path), &data) != 0) return errno;
   status = StatusFrom(data);
   return 0;
 }
@@ -174,7 +180,7 @@ std::FILE* OpenStream(const std::string& path, const char* mode, int& error) {
   const std::string closedOnExec = std::string(mode) + "e";
   std::FILE* stream = nullptr;
   do {
-    stream = std::fopen(path.c_str(), closedOnExec.c_str());
+    stream = std::fopen(SystemPath(path), closedOnExec.c_str());
     error = stream ? 0 : errno;
   } while (error == EINTR);
   if (!stream) return nullptr;
@@ -254,11 +260,11 @@ int UnlockStream(std::FILE* stream) {
 
 int ResizeFile(const std::string& path, std::uint64_t size) {
   if (size > static_cast<std::uint64_t>(std::numeric_limits<off_t>::max())) return EFBIG;
-  return Retried([&] { return truncate(path.c_str(), static_cast<off_t>(size)); });
+  return Retried([&] { return truncate(SystemPath(path), static_cast<off_t>(size)); });
 }
 
 int RemoveFile(const std::string& path) {
-  return CodeOf(unlink(path.c_str()));
+  return CodeOf(unlink(SystemPath(path)));
 }
 
 int RenameFile(const std::string& from, const std::string& to, bool overwrite) {

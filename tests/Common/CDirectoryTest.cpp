@@ -116,6 +116,17 @@ TEST_F(CDirectoryTest, TakesNamesOfAnyBytes) {
   EXPECT_FALSE(fs::exists(Path("copy")));
 }
 
+TEST_F(CDirectoryTest, LeadsNowhereByANameWithANulInIt) {
+  const CFSPath path(Root().String() + std::string("\0x", 2));
+  CDirectory::CPathList list;
+  CDirectory(path).Walk(kAll, "", list, 9);
+  EXPECT_TRUE(list.empty());
+  EXPECT_THROW(CDirectory(path).Rename(Path("new").string(), true), CRunTimeError);
+  EXPECT_THROW(CDirectory(Root()).Copy(path), CRunTimeError);
+  EXPECT_FALSE(CDirectory(path).Delete());
+  EXPECT_TRUE(fs::exists(Path("root/sub/deep/d")));
+}
+
 TEST_F(CDirectoryTest, EndsAWalkWhereItCannotList) {
   CDirectory::CPathList list;
   CDirectory(Path("missing").string()).Walk(kAll, "", list, 9);

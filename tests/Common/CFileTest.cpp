@@ -284,6 +284,29 @@ TEST_F(CFileTest, HasNamesOfAnyBytes) {
   }
 }
 
+// The system would take each of them for the file whose name ends at the NUL.
+TEST_F(CFileTest, LeadsNowhereByANameWithANulInIt) {
+  const std::string there = Write("a", "precious");
+  const std::string path = there + std::string("\0b", 2);
+  int error = 0;
+  EXPECT_FALSE(CFile(path).Open(CFile::In, &error));
+  EXPECT_EQ(error, ENOENT);
+  EXPECT_FALSE(CFile(path).Open(CFile::Out));
+  EXPECT_FALSE(CFile(path).Create(0600));
+  EXPECT_EQ(CFile(path).GetSize(), 0);
+  EXPECT_FALSE(CFile(path).SetSize(1));
+  EXPECT_FALSE(CFile::WriteFile(path, "x", &error));
+  EXPECT_EQ(error, ENOENT);
+  EXPECT_FALSE(CFile::CopyFile(path, Path("c"), true));
+  EXPECT_FALSE(CFile::CopyFile(Write("b", "2"), path, true));
+  EXPECT_FALSE(CFile::Move(Path("b"), path, true));
+  EXPECT_THROW(CFile::Rename(path, Path("c"), true), CRunTimeError);
+  EXPECT_FALSE(CFile::AreSame(path, there));
+  EXPECT_FALSE(CFile::Delete(path));
+  EXPECT_EQ(BytesOf(there), "precious");
+  EXPECT_EQ(NamesIn(fFolder.Path()), (std::set<std::string>{"a", "b"}));
+}
+
 // ---- renaming
 
 TEST_F(CFileTest, RenamesOverAFileOnlyIfToldTo) {

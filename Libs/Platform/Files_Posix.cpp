@@ -111,9 +111,10 @@ int RenameInTwoSteps(const std::string& from, const std::string& to, bool isFold
 int RenameWithoutReplacing(const std::string& from, const std::string& to, bool isFolder) {
   const char* const source = SystemPath(from);
   if (renameat2(AT_FDCWD, source, AT_FDCWD, SystemPath(to), RENAME_NOREPLACE) == 0) return 0;
-  const int error = errno;
-  const bool isUnknown = error == ENOSYS || (error == EINVAL && !isFolder);
-  return isUnknown ? RenameInTwoSteps(from, to, isFolder) : error;
+  // EINVAL is also the C library's word for a system that has no such call, and of a folder that is
+  // to go into itself, which the second way will say again.
+  const bool isUnknown = errno == ENOSYS || errno == EINVAL;
+  return isUnknown ? RenameInTwoSteps(from, to, isFolder) : errno;
 }
 #else
 int RenameWithoutReplacing(const std::string& from, const std::string& to, bool isFolder) {

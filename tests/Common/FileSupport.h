@@ -1,21 +1,27 @@
 #pragma once
 
 #include <fcntl.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <sched.h>
 #include <sys/mount.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
+#include <cstddef>
 #include <filesystem>
 #include <functional>
 #include <optional>
 #include <set>
 #include <string>
 #include <system_error>
+#include <vector>
 
 #include "tests/support/ChildProcess.h"
 #include "tests/support/SharedData.h"
@@ -71,11 +77,36 @@ private:
   void (*fHandler)(int);
 };
 
+// The exit status of work that this process is not allowed to prepare.
+inline constexpr int kNotAllowed = 77;
+
+// Runs the work in a copy of this process in which those calls of the system fail with that code,
+// and answers whether it got what it expected; nothing where calls cannot be made to fail.
+inline std::optional<bool> WithFailingCalls(const std::vector<long>& calls, int code,
+                                            const std::function<bool()>& work) {
+  const int status = InChild([&] {
+    std::vector<sock_filter> filter = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr))};
+    for (const long call : calls) {
+      filter.push_back(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<unsigned>(call), 0, 1));
+      filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | static_cast<unsigned>(code)));
+    }
+    filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
+    const sock_fprog program{static_cast<unsigned short>(filter.size()), filter.data()};
+    if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 ||
+        prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) != 0) {
+      _exit(kNotAllowed);
+    }
+    return work();
+  });
+  if (status == kNotAllowed) return std::nullopt;
+  return status == 0;
+}
+
 // Runs the work in a copy of this process for which the folder is a disk of that many bytes, and
 // answers whether it got what it expected; nothing where this process may not mount one.
 inline std::optional<bool> OnSmallDisk(const std::filesystem::path& folder, std::size_t bytes,
                                        const std::function<bool()>& work) {
-  constexpr int kNotAllowed = 77;
   const int status = InChild([&] {
     const std::string size = "size=" + std::to_string(bytes);
     const int spaces = CLONE_NEWNS | (geteuid() == 0 ? 0 : CLONE_NEWUSER);
@@ -149,6 +180,13 @@ inline std::set<std::string> NamesIn(const std::filesystem::path& folder) {
 
 inline std::size_t OpenDescriptors() {
   return NamesIn("/proc/self/fd").size();
+}
+
+// What is left of permissions for what this process makes.
+inline std::uint32_t AllowedByMask(std::uint32_t permissions) {
+  const mode_t mask = umask(0);
+  umask(mask);
+  return permissions & ~mask;
 }
 
 inline std::uint32_t PermissionsOf(const std::filesystem::path& path) {

@@ -327,7 +327,7 @@ std::int64_t CBuffer::SeekRead(std::int64_t offset, int origin) {
   const std::int64_t place = Seek(fReadPos, offset, origin);
   if (place < 0) return place;
   fCompanion = '\0';
-  if (fFile) fFile->ForgetEnd();
+  fMetEnd = false;
   return place;
 }
 
@@ -340,6 +340,7 @@ std::uint64_t CBuffer::Read(void* destination, std::uint64_t length) {
   if (fReadPos == kNone) fReadPos = 0;
   const std::uint64_t count = fStore->ReadAt(fReadPos, destination, length);
   fReadPos += count;
+  fMetEnd = fFile && count < length;
   if (count > 0) fCompanion = '\0';
   return count;
 }
@@ -360,7 +361,7 @@ std::uint64_t CBuffer::Write(const void* source, std::uint64_t length) {
 }
 
 bool CBuffer::IsAtEnd() {
-  if (fFile) return fFile->IsAtEnd();
+  if (fFile) return fMetEnd;
   return fMemory->GetSize() - fReadPos == 1;
 }
 

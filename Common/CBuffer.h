@@ -146,6 +146,7 @@ private:
   std::uint64_t fWritePos = kNone;
   std::vector<char> fWriteBlock;  // what GetWriteSpace handed out for a file
   char fCompanion = '\0';         // passed over by the next ReadText, if it stands there
+  bool fMetEnd = false;           // the last read, of a file, wanted more than there was
   bool fFrozen = false;
   bool fReadOnly = false;
   bool fShared = false;  // fStore belonged to another buffer first

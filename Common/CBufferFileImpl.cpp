@@ -124,9 +124,7 @@ std::uint64_t CBufferFileImpl::ReadAt(std::uint64_t offset, void* destination,
   const std::uint64_t wanted = std::min(length, GetSize() - offset);
   const auto place = static_cast<std::int64_t>(fDataStart + offset);
   if (fFile.GetReadPosition() != place && fFile.SeekRead(place, CFile::kFromStart) < 0) return 0;
-  const std::uint64_t count = fFile.Read(destination, wanted);
-  fMetEnd = count < length;
-  return count;
+  return fFile.Read(destination, wanted);
 }
 
 bool CBufferFileImpl::WriteRaw(std::uint64_t place, const void* data, std::uint64_t length) {
@@ -184,13 +182,11 @@ void CBufferFileImpl::RemoveFront(std::uint64_t count) {
 // The gap is as long as the payload at least: a move that fails has written over none of it.
 void CBufferFileImpl::CloseGap() {
   const std::uint64_t size = GetSize();
-  const bool hadMetEnd = fMetEnd;
   Unmap();
   if (MoveToFront(size) && fFile.SetSize(static_cast<std::int64_t>(size))) {
     fFileSize = size;
     fDataStart = 0;
   }
-  fMetEnd = hadMetEnd;
 }
 
 bool CBufferFileImpl::MoveToFront(std::uint64_t size) {

@@ -39,8 +39,6 @@ public:
 
   bool Holds(const void* pointer) const;  // a pointer into the view
   void Unmap() { fView.Unmap(); }
-  bool IsAtEnd() const { return fMetEnd; }  // the last read wanted more than there was
-  void ForgetEnd() { fMetEnd = false; }
   bool IsTemporary() const { return fDeleteAtClose; }
   const CFSPath& GetPath() const { return fPath; }
   bool HasAllBytes();  // nobody has cut the file
@@ -66,5 +64,4 @@ private:
   std::uint64_t fFileSize = 0;
   std::uint32_t fMode;  // for opening it again
   bool fDeleteAtClose;
-  bool fMetEnd = false;
 };

@@ -109,6 +109,7 @@ std::uint64_t CBuffer::ReadText(Selvane::IUnicodeString* target, const char* enc
     if (isOpen != 0) fCompanion = bytes[taken - 1] == '\n' ? '\r' : '\n';
     if (endAtData) *endAtData = isOpen != 0;
     fReadPos += taken;
+    fMetEnd = false;
     return taken;
   }
   return 0;

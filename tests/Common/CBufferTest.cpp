@@ -81,6 +81,38 @@ TEST_F(CBufferTest, TellsItsEndOddlyInMemory) {
   EXPECT_FALSE(buffer.IsAtEnd());
 }
 
+// What reads elsewhere is no reading of this buffer.
+TEST_F(CBufferTest, MeetsItsEndByItsOwnReadsAlone) {
+  CBuffer buffer("abc", 3);
+  ASSERT_TRUE(buffer.SwapOut());
+  CBuffer copy(buffer, CBuffer::Shared());
+  char bytes[4] = {};
+  EXPECT_EQ(copy.Read(bytes, 4), 3U);
+  EXPECT_TRUE(copy.IsAtEnd());
+  EXPECT_FALSE(buffer.IsAtEnd());
+  EXPECT_EQ(buffer.ReadAt(0, bytes, 4), 3U);
+  EXPECT_FALSE(buffer.IsAtEnd());
+  EXPECT_EQ(buffer.ReadAt(0, bytes, 1), 1U);
+  EXPECT_TRUE(copy.IsAtEnd());
+  EXPECT_EQ(copy.SeekRead(0, 0), 0);
+  EXPECT_FALSE(copy.IsAtEnd());
+
+  EXPECT_EQ(buffer.Read(bytes, 4), 3U);
+  EXPECT_TRUE(buffer.IsAtEnd());
+  EXPECT_TRUE(Append(buffer, "line\n"));
+  CUnicodeString line;
+  EXPECT_EQ(buffer.ReadText(&line, "UTF-8", 1, nullptr), 5U);
+  EXPECT_FALSE(buffer.IsAtEnd()) << "a line that was taken meets no end";
+}
+
+TEST_F(CBufferTest, MeetsNoEndOnFileByAReadInMemory) {
+  CBuffer buffer("abc", 3);
+  char bytes[4] = {};
+  EXPECT_EQ(buffer.Read(bytes, 4), 3U);
+  ASSERT_TRUE(buffer.SwapOut());
+  EXPECT_FALSE(buffer.IsAtEnd());
+}
+
 // ---- changes that are refused or limited
 
 TEST_F(CBufferTest, LimitsWhatLiesOutside) {

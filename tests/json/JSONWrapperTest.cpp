@@ -111,6 +111,69 @@ TEST(JSONWrapper, WithoutAValueEveryOperationIsNeutral) {
   ExpectError(*none.get(), kError, "");
 }
 
+// Of an array, so that each of them is one without a message of its own.
+TEST(JSONWrapper, EveryOperationForgetsTheLastFailure) {
+  using Operation = void (*)(JSONWrapper&);
+  static bool truth;
+  static double real;
+  static std::int32_t i32;
+  static std::uint32_t u32;
+  static std::int64_t i64;
+  static std::uint64_t u64;
+  static std::string text;
+  static const Json foreign(new TextJSON("1"));
+  const Operation operations[] = {
+      [](JSONWrapper& json) { json.Parse(nullptr); },
+      [](JSONWrapper& json) { json.ParseText("[]", true); },
+      [](JSONWrapper& json) { json.LessThan(nullptr); },
+      [](JSONWrapper& json) { json.Equals(nullptr); },
+      [](JSONWrapper& json) { json.ToString(); },
+      [](JSONWrapper& json) { json.ToCachedString(); },
+      [](JSONWrapper& json) { json.FindNodePath(nullptr); },
+      [](JSONWrapper& json) { json.ElementMatching("a", "b"); },
+      [](JSONWrapper& json) { json.ElementMatching("a", 1.0); },
+      [](JSONWrapper& json) { json.Size(); },
+      [](JSONWrapper& json) { json.Empty(); },
+      [](JSONWrapper& json) { json.GetString(nullptr, text); },
+      [](JSONWrapper& json) { json.GetDouble(nullptr, &real); },
+      [](JSONWrapper& json) { json.GetDouble("a", nullptr); },
+      [](JSONWrapper& json) { json.Get(nullptr); },
+      [](JSONWrapper& json) { json.Has("a"); },
+      [](JSONWrapper& json) { json.At(0); },
+      [](JSONWrapper& json) { json.PushBack(true); },
+      [](JSONWrapper& json) { json.PushBack("a"); },
+      [](JSONWrapper& json) { json.PushBack(1.5); },
+      [](JSONWrapper& json) { json.PushBack(foreign.get()); },
+      [](JSONWrapper& json) { json.Remove(std::size_t{0}); },
+      [](JSONWrapper& json) { json.Remove(static_cast<const char*>(nullptr)); },
+      [](JSONWrapper& json) { json.AsBool(&truth); },
+      [](JSONWrapper& json) { json.AsDouble(&real); },
+      [](JSONWrapper& json) { json.AsInt(&i32); },
+      [](JSONWrapper& json) { json.AsUInt(&u32); },
+      [](JSONWrapper& json) { json.AsInt64(&i64); },
+      [](JSONWrapper& json) { json.AsUInt64(&u64); },
+      [](JSONWrapper& json) { json.AsString(text); },
+      [](JSONWrapper& json) { json.IsNull(); },
+      [](JSONWrapper& json) { json.IsInt(); },
+      [](JSONWrapper& json) { json.Set("a", foreign.get()); },
+      [](JSONWrapper& json) { json.ReplaceAt(9, &json); },
+      [](JSONWrapper& json) { json.Clone(); },
+      [](JSONWrapper& json) { json.SerializedSize(); },
+      [](JSONWrapper& json) { json.Serialize(nullptr, 0); },
+      [](JSONWrapper& json) { json.Deserialize(nullptr, 0); },
+      [](JSONWrapper& json) { AutoRefPtr<IDataRef>(json.ToMsgPack()); },
+  };
+  for (const Operation operation : operations) {
+    SCOPED_TRACE(&operation - operations);
+    const Wrapper json = Of("[1,2]");
+    EXPECT_FALSE(json->At(9));
+    ExpectError(*json.get(), kError, "Index is out of bounds");
+    ExpectError(*json.get(), kError, "Index is out of bounds");  // asking forgets nothing
+    operation(*json.get());
+    ExpectClean(*json.get());
+  }
+}
+
 TEST(JSONWrapper, ParseReplacesTheValueOrKeepsItWithAMessage) {
   const Wrapper json = Of("[1]");
   EXPECT_TRUE(json->Parse(nullptr));

@@ -43,6 +43,7 @@ TEST(JsonArray, IgnoresNullPointers) {
   array->AppendShared(nullptr);
   array->AppendCopy(nullptr);
   array->Insert(0, nullptr);
+  EXPECT_EQ(array->Size(), 1U);
   EXPECT_EQ(Compact(*array), "[0]");
 }
 
@@ -86,6 +87,21 @@ TEST(JsonArray, ReplacesWithoutMovingLaterItems) {
   array->Replace(0, nullptr);
   array->Replace(0, nullptr);
   EXPECT_EQ(array->Size(), 0U);
+}
+
+TEST(JsonArray, ReleasesWhatItGivesUp) {
+  const Node item(new JsonTrue);
+  const CUsePtr<JsonArray> array(new JsonArray);
+  for (int i = 0; i < 4; ++i) array->AppendShared(item.Get());
+  ASSERT_EQ(item->UseCount(), 5);
+  array->Replace(0, nullptr);
+  EXPECT_EQ(item->UseCount(), 4);
+  array->Replace(1, new JsonFalse);
+  EXPECT_EQ(item->UseCount(), 3);
+  array->Replace(3, nullptr);
+  EXPECT_EQ(item->UseCount(), 2);
+  EXPECT_TRUE(array->Remove(2));
+  EXPECT_EQ(item->UseCount(), 1);
 }
 
 TEST(JsonArray, WalksOverNullItemsToo) {
@@ -328,6 +344,12 @@ TEST(JsonObject, KeepsItsOrderOverManyRemovals) {
     }
     EXPECT_EQ(object->NextSequence(), 200U);
     EXPECT_EQ(Compact(*object), R"({"k7":7,"k57":57,"k107":107,"k157":157})");
+    object->SetInteger("new", 200);
+    for (const JsonObject::Entry& entry : object->Entries()) {
+      if (!entry.IsLive()) continue;
+      const CUsePtr<JsonInteger> number(static_cast<JsonInteger*>(object->Child(entry.Key())));
+      EXPECT_EQ(entry.Sequence(), static_cast<std::uint64_t>(number->Value()));
+    }
   }
 }
 
@@ -338,6 +360,14 @@ TEST(JsonObject, TheEmptyKeyIsAKey) {
   EXPECT_TRUE(object->Has(""));
   EXPECT_TRUE(object->Remove(""));
   EXPECT_FALSE(object->Has(""));
+}
+
+// The published test values of 64-bit FNV-1a.
+TEST(JsonObject, HashesKeysAsPublished) {
+  EXPECT_EQ(HashJsonKey(""), 0xCBF29CE484222325U);
+  EXPECT_EQ(HashJsonKey("a"), 0xAF63DC4C8601EC8CU);
+  EXPECT_EQ(HashJsonKey("foobar"), 0x85944171F73967E8U);
+  EXPECT_NE(HashJsonKey("\xFF"), HashJsonKey("\x7F"));
 }
 
 // The oracle is a map and a count of how often a key was new.

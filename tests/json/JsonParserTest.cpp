@@ -56,6 +56,13 @@ TEST(JsonParser, TellsWhatIsWrongWithAValue) {
       {"00", "illegal trailing characters after value", 1},
       {"{} {}", "illegal trailing characters after value", 3},
       {"1\0"s, "illegal trailing characters after value", 1},
+      // Four bytes are white space, and no others.
+      {"\v1", "not a JSON value", 0},
+      {"\f1", "not a JSON value", 0},
+      {"\xC2\xA0"
+       "1",
+       "not a JSON value", 0},
+      {"1\x1F", "illegal trailing characters after value", 1},
   });
 }
 
@@ -183,6 +190,18 @@ TEST(JsonParser, QuotesTheBeginningOfBadUtf8) {
   EXPECT_FALSE(trusting.InputIsValidUtf8);
 }
 
+TEST(JsonParser, TellsWhetherItsOneCheckOfTheInputPassed) {
+  for (const bool assume : {false, true}) {
+    for (const bool once : {false, true}) {
+      JsonParseContext context;
+      context.AssumeValidUtf8 = assume;
+      context.ValidateInputOnce = once;
+      EXPECT_TRUE(Node(Parse("[\"\xC3\xA9\"]", &context)));
+      EXPECT_EQ(context.InputIsValidUtf8, once && !assume);
+    }
+  }
+}
+
 TEST(JsonParser, CountsLineEnds) {
   const struct {
     std::string blanks;
@@ -263,6 +282,7 @@ TEST(JsonParser, ReadsEscapes) {
        "\xED\xA0\xBD"
        "A"},
       {R"(\uD83D\uD83D\uDE00)", "\xED\xA0\xBD\xED\xA0\xBD\xED\xB8\x80"},
+      {R"(\uD83D\uE000)", "\xED\xA0\xBD\xEE\x80\x80"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.escaped);
@@ -426,13 +446,15 @@ TEST(JsonParser, TakesMsgPackByItsFirstByte) {
     const std::string& message = context.ErrorMessage;
     const bool saysMsgPack = message == "string expected" || message == "unexpected end of input" ||
                              message == "illegal trailing characters after value" || root;
+    JsonParseContext asText;
+    EXPECT_EQ(Parse(std::string(1, static_cast<char>(first)) + "~~", &asText), nullptr);
     if (isMsgPack) {
       EXPECT_TRUE(saysMsgPack) << first << message;
     } else {
       EXPECT_FALSE(root);
+      EXPECT_EQ(message, asText.ErrorMessage) << first;
+      EXPECT_EQ(context.Position, asText.Position) << first;
     }
-    context.DetectMsgPack = false;
-    EXPECT_EQ(Parse(std::string(1, static_cast<char>(first)) + "~~", &context), nullptr);
   }
   JsonParseContext context;
   context.DetectMsgPack = true;
@@ -455,6 +477,7 @@ struct Schemas {
     root.AddKey("list", KeyArray);
     root.AddKey("children", KeyArray, &child);
     root.AddKey("lone", KeyCompiledObject);
+    root.AddKey("some", 0x0010);  // one bit of the four
   }
 };
 
@@ -512,6 +535,7 @@ TEST(JsonParser, TellsWhatIsWrongWithACompiledObject) {
           {R"({"child":)", "illegal compiled object while parsing value", 9},
           {R"({"plain":5})", "illegal object while parsing value", 9},
           {R"({"list":5})", "illegal array while parsing value", 8},
+          {R"({"some":5})", "illegal array while parsing value", 8},
           {R"({"children":[5]})", "illegal compiled object while parsing value", 13},
           {R"({"child":{"x":}})", "not a JSON value while parsing value while parsing value", 14},
           {R"({"plain":{"x":}})", "not a JSON value while parsing a value while parsing value", 14},
@@ -610,6 +634,7 @@ TEST(IsValidUtf8, LooksAtTheStructureAlone) {
     }
   }
   EXPECT_TRUE(IsValidUtf8("a"));
+  EXPECT_FALSE(IsValidUtf8(std::string_view("\xC3\xA9", 1))) << "whatever stands behind the end";
 }
 
 }  // namespace

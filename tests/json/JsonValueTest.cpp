@@ -325,6 +325,14 @@ TEST(JsonValue, ACloneKeepsOrderSequencesAndSchema) {
   EXPECT_EQ(ToCompiledObject(compiledCopy.Get())->Count(), 1U);
 }
 
+TEST(JsonValue, ACloneKeepsTextAndPrecisionOfReals) {
+  const Node text(Node(new JsonReal("1.50", 3))->Clone());
+  EXPECT_EQ(static_cast<const JsonReal&>(*text).Text(), "1.50");
+  EXPECT_EQ(static_cast<const JsonReal&>(*text).Precision(), 3);
+  const Node number(Node(new JsonReal(0.1, 17))->Clone());
+  EXPECT_EQ(Compact(*number), "0.10000000000000001");
+}
+
 TEST(JsonValue, ACloneKeepsNullItems) {
   const Node array(new JsonArray({nullptr, nullptr}));
   const Node copy(array->Clone());

@@ -66,7 +66,8 @@ TEST(JsonWriter, WritesRealsWithoutPrecision) {
               {-9223372036854775808.0, "-9223372036854775808.0"},
               {std::numeric_limits<double>::infinity(), "inf"},
               {-std::numeric_limits<double>::infinity(), "inf"},
-              {std::numeric_limits<double>::quiet_NaN(), "nan"}};
+              {std::numeric_limits<double>::quiet_NaN(), "nan"},
+              {-std::numeric_limits<double>::quiet_NaN(), "nan"}};
   for (const auto& row : rows) EXPECT_EQ(RealText(row.value), row.text);
   EXPECT_EQ(RealText(1e300).size(), 303U);
   EXPECT_TRUE(RealText(1e300).ends_with(".0"));
@@ -88,7 +89,9 @@ TEST(JsonWriter, WritesRealsWithPrecision) {
   EXPECT_EQ(RealText(0.1, 17), "0.10000000000000001");
   EXPECT_EQ(RealText(1e22, 23), "10000000000000000000000.0");
   EXPECT_EQ(RealText(std::numeric_limits<double>::infinity(), 3), "inf.0");
-  EXPECT_EQ(RealText(3.0, -1), "3.0");
+  EXPECT_EQ(RealText(-std::numeric_limits<double>::infinity(), 3), "-inf.0");
+  EXPECT_EQ(RealText(std::numeric_limits<double>::quiet_NaN(), 3), "nan.0");
+  EXPECT_EQ(RealText(1e-10, -1), "0.0") << "no precision";
 }
 
 TEST(JsonWriter, DoesNotFollowTheLocale) {

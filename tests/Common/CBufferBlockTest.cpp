@@ -54,6 +54,8 @@ TEST_F(CBufferBlockTest, HasNoHeadInASmallBlockThatWasCleared) {
   large.Clear(1000);
   EXPECT_TRUE(Append(large, "b"));
   EXPECT_EQ(Frame(large, kAll), "1\r\nb\r\n");
+  large.Clear(18);
+  EXPECT_EQ(Frame(large, kAll), "none") << "no room behind the head";
 }
 
 TEST(CBufferMemImpl, GrowsByTheRule) {
@@ -86,6 +88,14 @@ TEST(CBufferMemImpl, KeepsTheHeadWhileItIsBelowAQuarter) {
   small.Reserve(30);  // needs 60: 18 is above a quarter
   EXPECT_EQ(small.Capacity(), 60U);
   EXPECT_EQ(small.HeadOffset(), 18U);
+  const auto reserved = [](std::uint64_t extra) {
+    CBufferMemImpl six;
+    six.Append("abcdef", 6);
+    six.Reserve(extra);
+    return six.Capacity();
+  };
+  EXPECT_EQ(reserved(45), 75U) << "a quarter of 75 is not above 18";
+  EXPECT_EQ(reserved(46), 18U + 76U);
 }
 
 TEST(CBufferMemImpl, TakesFromTheFrontWithoutMovingUntilHalf) {
@@ -106,6 +116,21 @@ TEST(CBufferMemImpl, TakesFromTheFrontWithoutMovingUntilHalf) {
   ASSERT_EQ(kept.Capacity(), 8192U);
   kept.RemoveFront(8192 - 24);
   EXPECT_EQ(kept.Capacity(), 8192U) << "one of this size stays";
+}
+
+TEST(CBufferMemImpl, MovesAndShrinksAtTheBorders) {
+  const auto removed = [](std::uint64_t size, std::uint64_t count) {
+    CBufferMemImpl store;
+    store.Append(std::string(size, 'x').data(), size);
+    store.RemoveFront(count);
+    return std::pair(store.Capacity(), store.HeadOffset());
+  };
+  using Pair = std::pair<std::uint64_t, std::uint64_t>;
+  EXPECT_EQ(removed(300, 87), Pair(324, 105)) << "105 is below half of 213";
+  EXPECT_EQ(removed(300, 88), Pair(324, 18)) << "106 is half of 212";
+  EXPECT_EQ(removed(20000, 8186), Pair(20024, 18)) << "8192 bytes are spare";
+  EXPECT_EQ(removed(20000, 8187), Pair(11813 + 5906, 18));
+  EXPECT_EQ(removed(20000, 19990), Pair(10 + 24, 18)) << "more than half as much again";
 }
 
 TEST(CBufferMemImpl, ClearsToTheSizeThatIsKept) {
@@ -129,13 +154,15 @@ TEST(CBufferMemImpl, ClearsToTheSizeThatIsKept) {
 class CBufferDeathTest : public CBufferTest {};
 
 TEST_F(CBufferDeathTest, EndsTheProcessWhenMemoryIsOut) {
-  const auto reserve = [](std::uint64_t extra) {
+  const auto reserve = [](const std::string& text, std::uint64_t extra) {
     setenv("TMPDIR", "/proc", 1);  // nowhere to swap to
-    CBuffer buffer("abc", 3);
+    CBuffer buffer(text.data(), text.size());
     buffer.Reserve(extra);
   };
-  EXPECT_EXIT(reserve(kNone), testing::ExitedWithCode(42), "");
-  EXPECT_EXIT(reserve(kNone / 2), testing::ExitedWithCode(42), "");
+  const testing::ExitedWithCode memoryIsOut(42);
+  EXPECT_EXIT(reserve("abc", kNone), memoryIsOut, "realloc \\(18446744073709551615\\)");
+  EXPECT_EXIT(reserve("abc", kNone / 2), memoryIsOut, "realloc \\(9223372036854775852\\)");
+  EXPECT_EXIT(reserve("", kNone / 2), memoryIsOut, "malloc \\(9223372036854775831\\)");
 }
 
 }  // namespace

@@ -59,6 +59,11 @@ TEST_F(CBufferSharingTest, CopiesWhatIsTooLargeToAFile) {
   EXPECT_TRUE(copy.Overwrite(0, "y", 1));
   EXPECT_FALSE(copy.IsInMemory());
   EXPECT_EQ(BytesOf(source), body);
+
+  source.RemoveFront(1);
+  CBuffer second(source, CBuffer::Shared());
+  EXPECT_TRUE(second.Overwrite(0, "y", 1));
+  EXPECT_TRUE(second.IsInMemory()) << "exactly the swap size";
 }
 
 TEST_F(CBufferSharingTest, NeverWritesIntoTheNamedFileOfItsSource) {

@@ -207,12 +207,17 @@ public:
   explicit FileHost(std::string path) : QuestionedHost(Gates{false, false, false}), fPath(path) {}
   int fAsked = 0;
   bool fThrows = false;
+  bool fTellsNoFolder = false;  // the name says it all
 
 private:
   bool Interface_GetTemporaryFile(char* path, std::size_t pathSize, char* directory,
                                   std::size_t directorySize, std::uint32_t*) override {
     ++fAsked;
     if (fThrows) throw 42;
+    if (fTellsNoFolder) {
+      std::snprintf(path, pathSize, "%s", fPath.c_str());
+      return true;
+    }
     const std::filesystem::path whole(fPath);
     std::snprintf(path, pathSize, "%s", whole.filename().c_str());
     std::snprintf(directory, directorySize, "%s", whole.parent_path().c_str());
@@ -234,6 +239,10 @@ TEST_F(CBufferSwapTest, AsksTheHostForAFile) {
     ASSERT_TRUE(second.SwapOut()) << "the host's name is taken, and an own one found";
     EXPECT_TRUE(NameOf(second).starts_with(Path("qztmpfile")));
     EXPECT_EQ(BytesOf(buffer), "abc");
+    ASSERT_TRUE(buffer.SwapIn());
+    host->fTellsNoFolder = true;
+    ASSERT_TRUE(buffer.SwapOut());
+    EXPECT_EQ(NameOf(buffer), wanted);
     host->fThrows = true;
     CBuffer third("ghi", 3);
     EXPECT_TRUE(third.SwapOut());

@@ -50,6 +50,25 @@ TEST_F(CBufferTextTest, PassesOverTheHalfOfALineEndThatComesLate) {
   EXPECT_EQ(NextLine(buffer, 2), "two") << "nothing else is passed over";
 }
 
+TEST_F(CBufferTextTest, PassesOverNothingOnceItHasMoved) {
+  for (const bool reads : {false, true}) {
+    for (const auto& buffer : AllForms("one\r")) {
+      EXPECT_EQ(NextLine(*buffer, 2), "one");
+      EXPECT_TRUE(Append(*buffer, reads ? "x\ntwo\n" : "\ntwo\n"));
+      char byte = 0;
+      if (reads) {
+        EXPECT_EQ(buffer->Read(&byte, 1), 1U);
+      } else {
+        EXPECT_EQ(buffer->SeekRead(0, 1), 4);
+      }
+      std::uint64_t taken = 0;
+      EXPECT_EQ(NextLine(*buffer, 2, &taken), "") << "a line of its own";
+      EXPECT_EQ(taken, 1U);
+      EXPECT_EQ(NextLine(*buffer, 2), "two");
+    }
+  }
+}
+
 // Line ends of all kinds around the place where the first look ends.
 TEST_F(CBufferTextTest, ReadsLinesAcrossItsWindow) {
   for (int style = 0; style < 3; ++style) {

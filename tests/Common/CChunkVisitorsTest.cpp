@@ -176,6 +176,17 @@ TEST(CSearchVisitor, TakesStringsOfAnyEncoding) {
   }
 }
 
+TEST(CSearchVisitor, TakesAStringWithoutBytesForAnEmptyPattern) {
+  for (const std::uint32_t encoding : {Charset::Utf8, Charset::Latin1}) {
+    const auto search = MakeUseCounted<CSearchVisitor>(ListOf({"x", ""}, encoding).Get());
+    ASSERT_TRUE(search->IsValid());
+    EXPECT_EQ(SearchInPieces(*search, "ab", 4), (Found{0, 0}));
+  }
+  const void* const none = nullptr;
+  const auto pointers = MakeUseCounted<CSearchVisitor>(&none, LengthsOf({"abc"}).Get());
+  EXPECT_EQ(SearchInPieces(*pointers, "ab", 4), (Found{0, 0})) << "bytes that are not there";
+}
+
 TEST(CSearchVisitor, ReportsWhatIsNoList) {
   const HostInSlot host(Gates{});
   const void* const pattern = "a";
@@ -457,6 +468,17 @@ TEST(CBufferSearch, Replaces) {
   }
 }
 
+TEST(CBufferSearch, ReplacesByBytesOfItsOwn) {
+  InBothForms("xyxy", [](CBuffer& buffer) {
+    const auto* bytes = static_cast<const char*>(buffer.GetBufferPtr());
+    EXPECT_TRUE(buffer.Replace("xy", 2, bytes + 1, 2, 0, kAll, nullptr));
+    EXPECT_EQ(BytesOf(buffer), "yxyx");
+    bytes = static_cast<const char*>(buffer.GetBufferPtr());
+    EXPECT_TRUE(buffer.Replace("y", 1, bytes, 4, 0, kAll, nullptr));
+    EXPECT_EQ(BytesOf(buffer), "yxyxxyxyxx");
+  });
+}
+
 TEST(CBufferSearch, ReplacesIntoAFileWhatGrowsTooLarge) {
   const std::string body(GetGlobalSwapSize() - 1, 'a');
   CBuffer buffer(body.data(), body.size());
@@ -524,6 +546,29 @@ TEST(CBufferVisit, ReportsWhatCannotBeRead) {
   CountingVisitor visitor;
   buffer.VisitBuffer(visitor, 0, kAll);
   EXPECT_EQ(visitor.Bytes(), 10U) << "as soon as it can be read again";
+}
+
+TEST(CBufferVisit, ShowsAMebibyteAtATimeToWhoAsksForNoSize) {
+  class Lengths final : public AChunkVisitor {
+  public:
+    void Visit(const void*, std::size_t length, std::size_t chunkSize, bool&) override {
+      fLengths.push_back(length);
+      fChunkSizes.push_back(chunkSize);
+    }
+    std::vector<std::size_t> fLengths, fChunkSizes;
+  };
+  const std::string text((1 << 20) + 5, 'x');
+  InBothForms(text, [&](CBuffer& buffer) {
+    Lengths all;
+    buffer.VisitBuffer(all, 1, kAll);
+    if (buffer.IsInMemory()) {
+      EXPECT_THAT(all.fLengths, ElementsAre(text.size() - 1)) << "in one piece";
+      EXPECT_EQ(all.fChunkSizes, all.fLengths);
+    } else {
+      EXPECT_THAT(all.fLengths, ElementsAre(1048576, 4));
+      EXPECT_THAT(all.fChunkSizes, ElementsAre(1048576, 1048576));
+    }
+  });
 }
 
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // end the process themselves

@@ -177,6 +177,7 @@ TEST_F(CDirectoryTest, CopiesATree) {
   CDirectory(Root()).Copy(to);  // over the first one
   EXPECT_EQ(NamesIn(Path("copy")), NamesIn(Path("root")));
   EXPECT_EQ(ReadWholeFile(Path("copy/sub/deep/d")), "sub/deep/d");
+  EXPECT_EQ(PermissionsOf(Path("copy/sub")), AllowedByMask(0777));
 }
 
 TEST_F(CDirectoryTest, CopiesIntoItselfOnce) {

@@ -95,6 +95,9 @@ TEST(CFSPath, AddsAnExtensionWithItsDot) {
   EXPECT_EQ(CFSPath("a").AddExtension(".txt").String(), "a.txt");
   EXPECT_EQ(CFSPath("a\\b").AddExtension("").String(), "a\\b") << "nothing at all";
   EXPECT_EQ(CFSPath("a\\b").AddExtension("c").String(), "a/b.c");
+  CFSPath own("name");
+  own.AddExtension(std::string_view(own.String()).substr(2));
+  EXPECT_EQ(own.String(), "name.me") << "a part of the path itself";
 }
 
 struct CollapseRow {

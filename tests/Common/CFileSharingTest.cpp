@@ -104,6 +104,7 @@ TEST_F(CFileSharing, ShowsUnderTheLockWhatOthersWrote) {
 TEST_F(CFileSharing, WritesAWholeFile) {
   EXPECT_TRUE(CFile::WriteFile(Target(), "first"));
   EXPECT_EQ(ReadWholeFile(Target()), "first");
+  EXPECT_EQ(PermissionsOf(Target()), AllowedByMask(0666)) << "a new file, like any other";
   std::filesystem::permissions(Target(), std::filesystem::perms(0604));
   const std::string large(300000, 'x');
   EXPECT_TRUE(CFile::WriteFile(Target(), large.data(), large.size()));
@@ -179,6 +180,22 @@ TEST_F(CFileSharing, KeepsTheOldFileOnADiskWithoutRoom) {
   });
   if (!result) GTEST_SKIP() << "no disk can be mounted";
   EXPECT_TRUE(*result);
+}
+
+// One that may be written but not opened.
+TEST_F(CFileSharing, LogsAFolderThatCannotBeSynced) {
+  const HostInSlot host(Gates{});
+  std::filesystem::permissions(fFolder.Path(), std::filesystem::perms(0333));
+  {
+    const WithoutPrivileges nobody;
+    EXPECT_TRUE(CFile::WriteFile(Target(), "new"));
+  }
+  std::filesystem::permissions(fFolder.Path(), std::filesystem::perms(0755));
+  EXPECT_EQ(ReadWholeFile(Target()), "new");
+  ASSERT_EQ(host->fPrinted.size(), 1U);
+  EXPECT_EQ(
+      host->fPrinted[0].message,
+      "'" + Target() + "' was written, but its folder not synced: errno: 13 - 'Permission denied'");
 }
 
 TEST_F(CFileSharing, FallsIntoNoTrapAtTheSibling) {

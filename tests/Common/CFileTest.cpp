@@ -167,6 +167,14 @@ TEST_F(CFileTest, AppendsWhereverItWasMovedTo) {
   EXPECT_EQ(file.GetWritePosition(), 6);
   file.SeekRead(0, CFile::kFromStart);
   EXPECT_EQ(ReadAll(file), "01234x");
+  CFile onlyOut(Path("a"));
+  ASSERT_TRUE(onlyOut.Open(CFile::Out | CFile::App));
+  ASSERT_TRUE(file.Close());
+  EXPECT_EQ(onlyOut.SeekWrite(1, CFile::kFromStart), 1);
+  EXPECT_EQ(onlyOut.Write("y", 1), 1U);
+  EXPECT_EQ(onlyOut.GetWritePosition(), 7);
+  ASSERT_TRUE(onlyOut.Close());
+  EXPECT_EQ(BytesOf(Path("a")), "01234xy");
 }
 
 TEST_F(CFileTest, SeeksFromThreeOrigins) {
@@ -435,6 +443,14 @@ TEST_F(CFileTest, MovesOverWhatIsThere) {
   EXPECT_TRUE(CFile::Move(from, to, false));
   EXPECT_EQ(BytesOf(to), "3");
   EXPECT_FALSE(std::filesystem::exists(from));
+}
+
+TEST_F(CFileTest, MovesNoFileOntoItself) {
+  const std::string path = Write("a", "1");
+  std::filesystem::create_hard_link(path, Path("b"));
+  EXPECT_FALSE(CFile::Move(path, Path("b"), false));
+  EXPECT_EQ(NamesIn(fFolder.Path()), (std::set<std::string>{"a", "b"}));
+  EXPECT_EQ(BytesOf(path), "1");
 }
 
 TEST_F(CFileTest, ReportsAMoveThatFails) {

@@ -50,6 +50,13 @@ bool CaptureMatcher::Run(const CaptureQuery& query, std::vector<std::size_t>& sl
   return RunThreads(query, slots);
 }
 
+std::size_t CaptureMatcher::MemoryKept() const {
+  std::size_t slots = fScratch.capacity();
+  for (const Threads* threads : {&fNow, &fNext}) slots += threads->slots.capacity();
+  return slots * sizeof(std::size_t) + fPending.capacity() * sizeof(Pending) +
+         fVisited.capacity() * sizeof(std::uint64_t);
+}
+
 bool CaptureMatcher::Follow(const CaptureQuery& query, std::vector<std::size_t>& slots) {
   slots.assign(fSlotCount, kNowhere);
   StateId id = query.start;

@@ -49,6 +49,9 @@ public:
   // groups of so large a program do not fit the memory that a run may take.
   bool Run(const CaptureQuery& query, std::vector<std::size_t>& slots);
 
+  // Bytes of what runs have left for the next one to work in.
+  [[nodiscard]] std::size_t MemoryKept() const;
+
   // A test may close the first of these ways.
   void ForbidBacktracking() { fMayBacktrack = false; }
 

@@ -204,6 +204,7 @@ public:
 
 private:
   static constexpr std::size_t kManyBytes = 64;
+  static constexpr std::size_t kMostKept = std::size_t{1} << 20;  // bytes in a spare matcher
 
   enum AutomatonKind : std::uint8_t {
     WholeForward,
@@ -368,7 +369,7 @@ private:
       CaptureLookAheads(*matcher, query, slots);
       CopyCaptures(slots, captures);
     }
-    fSpareMatcher.Give(std::move(matcher));
+    if (matcher->MemoryKept() <= kMostKept) fSpareMatcher.Give(std::move(matcher));
     return found;
   }
 

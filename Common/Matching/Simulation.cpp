@@ -61,7 +61,7 @@ const std::vector<StateId>& Simulation::Resolve(const Kernel& from, const Bounda
       fStates.push_back(first);
       continue;
     }
-    fStack.push_back(first);
+    fStack.assign(1, first);
     while (!fStack.empty()) {
       const StateId id = fStack.back();
       fStack.pop_back();
@@ -82,7 +82,7 @@ const std::vector<StateId>& Simulation::Resolve(const Kernel& from, const Bounda
 // Adds the states that are reached from id without an assertion.
 void Simulation::Take(StateId first, Kernel& to) {
   if (fIsCut) return;
-  fStack.push_back(first);
+  fStack.assign(1, first);
   while (!fStack.empty()) {
     const StateId id = fStack.back();
     fStack.pop_back();

@@ -57,7 +57,8 @@ private:
 };
 
 // One step of a program at a time: what the automaton caches, and what runs where there is nothing
-// cached. Belongs to one thread; keeps the memory that it works in.
+// cached. Belongs to one thread; keeps the memory that it works in. What a step leaves behind that
+// was broken off by a want of memory is of no account to the next one.
 class AStepper {
 public:
   AStepper() = default;

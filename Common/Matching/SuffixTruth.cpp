@@ -110,6 +110,7 @@ void SuffixTruth::Evaluate(const Kernel& from, const Boundary& at) {
 
 void SuffixTruth::Spread(const Part& part, const Kernel& from, const Boundary& at, StateSet& truth,
                          std::vector<StateId>* found) {
+  fStack.clear();
   const auto mark = [&](StateId id) {
     if (!truth.Insert(id)) return;
     fStack.push_back(id);

@@ -3,9 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <new>
 #include <string>
+#include <variant>
 #include <vector>
 
+#include "Common/Matching/Expression.h"
 #include "Common/Matching/ListMatcher.h"
 #include "tests/support/AllocationCount.h"
 
@@ -47,6 +50,60 @@ TEST(ListMatcherMemory, IsWhatWasAllocated) {
     const auto allocated = static_cast<double>(AllocatedBytes() - before);
     EXPECT_NEAR(static_cast<double>(matcher->MemorySize()), allocated, allocated / 50) << name;
   }
+}
+
+Matching::Captures CapturesOf(const Matching::Expression& expression, const std::string& text) {
+  Matching::Captures captures;
+  expression.SearchCaptures(text, 0, {}, captures);
+  return captures;
+}
+
+std::unique_ptr<Matching::Expression> Compiled(const std::string& pattern,
+                                               const Matching::Expression::Options& options = {}) {
+  return std::get<0>(Matching::Expression::Compile(pattern, options));
+}
+
+// Memory that fails in the middle of an answer breaks that answer off, and no other.
+TEST(EngineMemory, AnswersTheSameBehindAFailedAllocation) {
+  const Strings texts = {"xabcdef", "qf", "xxabab", "aabbcc", "f", "", "b1", "ab ba ab", "ef"};
+  for (const char* const pattern : {"(?:a|b|(ab))*c", "((a|b)*?|ab)\\b(c|$)", "(?=.*(b))[ab]*c?",
+                                    "(?!(?=a)b)(?:.b|a.)*", "x((((a?b)?c)?d)?e)?f"}) {
+    for (const std::size_t budget : {std::size_t{0}, std::size_t{1} << 20}) {
+      std::vector<Matching::Captures> expected;
+      const auto undisturbed = Compiled(pattern, {.automatonBudget = budget, .useLiterals = false});
+      for (const std::string& text : texts) expected.push_back(CapturesOf(*undisturbed, text));
+      for (long which = 1; which < 200; ++which) {
+        const auto expression =
+            Compiled(pattern, {.automatonBudget = budget, .useLiterals = false});
+        bool hasFailed = false;
+        for (const std::string& text : texts) {
+          const AllocationFault fault(which);
+          try {
+            CapturesOf(*expression, text);
+            (void)expression->IsMatch(text);
+          } catch (const std::bad_alloc&) {
+          }
+          hasFailed = hasFailed || fault.HasFailed();
+        }
+        for (std::size_t i = 0; i < texts.size(); ++i) {
+          ASSERT_EQ(CapturesOf(*expression, texts[i]), expected[i]) << pattern << " " << which;
+        }
+        if (!hasFailed) break;
+      }
+    }
+  }
+}
+
+// A long match needs many threads of many groups, and the next one seldom does.
+TEST(EngineMemory, IsNotKeptBehindALargeMatch) {
+  std::string pattern = "(?=a)";
+  for (int i = 0; i < 300; ++i) pattern += "(a|b)?";
+  const auto expression = Compiled(pattern + "c", {.automatonBudget = 0, .useBacktracking = false});
+  const std::string text(400, 'a');
+  EXPECT_TRUE(CapturesOf(*expression, "").empty());
+  const long before = AllocatedBytes();
+  EXPECT_FALSE(CapturesOf(*expression, text + "c").empty());
+  EXPECT_LT(AllocatedBytes() - before, 1 << 20);
 }
 
 }  // namespace

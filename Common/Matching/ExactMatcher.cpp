@@ -7,6 +7,7 @@ namespace Matching {
 namespace {
 
 constexpr std::uint32_t kPassLimit = 2;  // passes through a loop at one place
+constexpr std::size_t kSlotsAStep = 8;   // copying so many takes as long as a step
 
 }  // namespace
 
@@ -24,9 +25,12 @@ bool ExactMatcher::Run(std::size_t start, bool mustReachEnd, bool refusesEmpty) 
   fRefusesEmpty = refusesEmpty;
   fStart = start;
   fHasPrevious = fSubject.hasPrevious || start > fSubject.from;
-  fOpen.clear();
   fPending.clear();
-  std::ranges::fill(fSlots, kNowhere);
+  // A run that fails takes back what it captured, but for what its look-aheads leave.
+  if (!fProgram.lookAheads.empty()) {
+    std::ranges::fill(fSlots, kNowhere);
+    fSteps += fSlots.size() / kSlotsAStep;
+  }
 
   StateId id = fProgram.start;
   std::size_t pos = start;
@@ -113,7 +117,7 @@ bool ExactMatcher::Resume(StateId& id, std::size_t& pos) {
       case Pending::LookAhead: {
         const State& state = fProgram.states[pending.id];
         RestoreGroups(fProgram.lookAheads[state.value]);
-        fOpen.pop_back();
+        PopLookAhead();
         if (state.op == Op::LookAhead) break;
         id = state.next;
         pos = pending.value;
@@ -130,6 +134,11 @@ void ExactMatcher::EnterLookAhead(StateId id, std::size_t pos) {
   if (part.HasGroups()) {
     open.slots.assign(fSlots.begin() + 2 * std::ptrdiff_t{part.firstGroup},
                       fSlots.begin() + 2 * std::ptrdiff_t{part.endGroup});
+  }
+  fSteps += open.slots.size() / kSlotsAStep;
+  fOpenSlots += open.slots.size();
+  if (fOpenSlots > fLimits.bytes / sizeof(std::size_t)) {
+    throw std::regex_error(std::regex_constants::error_complexity);
   }
   fOpen.push_back(std::move(open));
   Push({Pending::LookAhead, 0, id, pos});
@@ -148,9 +157,14 @@ bool ExactMatcher::LeaveLookAhead(StateId& id, std::size_t& pos) {
   pos = fOpen.back().pos;
   // Contract: what a look-ahead has captured is never taken back, not even when the way that led
   // through it fails later, or at once because it should not have matched.
-  fOpen.pop_back();
+  PopLookAhead();
   id = state.next;
   return state.op == Op::LookAhead;
+}
+
+void ExactMatcher::PopLookAhead() {
+  fOpenSlots -= fOpen.back().slots.size();
+  fOpen.pop_back();
 }
 
 // The groups inside the innermost open look-ahead are again what they were before it.

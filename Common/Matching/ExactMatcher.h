@@ -29,6 +29,8 @@ public:
   // A match that begins at start: the whole rest of the text, or any part of it.
   bool Run(std::size_t start, bool mustReachEnd, bool refusesEmpty);
 
+  // Steps that all runs so far have taken.
+  [[nodiscard]] std::uint64_t Steps() const { return fSteps; }
   // Two positions a group after a match, kNowhere for a group that took no part.
   [[nodiscard]] const std::vector<std::size_t>& Slots() const { return fSlots; }
 
@@ -73,6 +75,7 @@ private:
   [[nodiscard]] std::size_t Begin() const { return fOpen.empty() ? fStart : fOpen.back().pos; }
   [[nodiscard]] Boundary BoundaryAt(std::size_t pos) const;
   void Push(const Pending& pending);
+  void PopLookAhead();
 
   const Program& fProgram;
   const SyntaxTree& fTree;
@@ -84,6 +87,7 @@ private:
   std::size_t fStart = 0;            // where the match begins
   bool fHasPrevious = false;         // the byte in front of it counts
   std::vector<OpenLookAhead> fOpen;  // from the outermost on
+  std::size_t fOpenSlots = 0;        // of all of them
   std::vector<Pending> fPending;
   std::vector<Mark> fMarks;  // by state
   std::vector<std::size_t> fSlots;

@@ -87,6 +87,7 @@ struct Expression::Notes {
   std::size_t literalsFrom = 0;  // from here on, literals must be looked for again
   // Behind the first place, and whether matches of look-aheads may be empty.
   std::optional<LookAheadTable> lookAheads[2];
+  std::uint64_t steps = 0;  // that they have taken together on Road::Exact
 };
 
 // All that one expression compiles to.
@@ -184,7 +185,7 @@ public:
     if (isWholeText && MaySearchByAutomata() && !IsFoundByAutomata(text)) return false;
     const std::size_t lastStart = isAnchored ? from : text.size();
     if (!fUnrolled) {
-      return RunExact(subject, from, lastStart, false, flags.onlyNonEmptyHere, captures);
+      return RunExact(subject, from, lastStart, false, flags.onlyNonEmptyHere, notes, captures);
     }
     CaptureQuery query{.subject = subject,
                        .start = fUnrolled->start,
@@ -253,11 +254,11 @@ private:
   // The whole text, which may match.
   bool RunWhole(std::string_view text, Captures& captures) const {
     const Subject subject{text, 0, false};
-    if (!fUnrolled) return RunExact(subject, 0, 0, true, false, captures);
+    Notes notes;
+    if (!fUnrolled) return RunExact(subject, 0, 0, true, false, notes, captures);
     CaptureQuery query{
         .subject = subject, .start = fUnrolled->start, .end = text.size(), .mustReachEnd = true};
     if (fLookAheads.IsEmpty() && MayUseAutomata()) query.suffixes = Suffixes();
-    Notes notes;
     return RunCaptures(query, notes, captures);
   }
 
@@ -336,16 +337,19 @@ private:
   }
 
   bool RunExact(const Subject& subject, std::size_t firstStart, std::size_t lastStart,
-                bool mustReachEnd, bool refusesEmpty, Captures& captures) const {
+                bool mustReachEnd, bool refusesEmpty, Notes& notes, Captures& captures) const {
+    const std::uint64_t most =
+        fOptions.maxSteps + 16 * static_cast<std::uint64_t>(subject.text.size());
     ExactMatcher::Limits limits;
-    limits.steps = fOptions.maxSteps + 16 * static_cast<std::uint64_t>(subject.text.size());
+    limits.steps = most - std::min(most, notes.steps);
     ExactMatcher matcher(fProgram, fTree, subject, limits);
-    for (std::size_t start = firstStart; start <= lastStart; ++start) {
-      if (!matcher.Run(start, mustReachEnd, refusesEmpty)) continue;
-      CopyCaptures(matcher.Slots(), captures);
-      return true;
+    bool isFound = false;
+    for (std::size_t start = firstStart; start <= lastStart && !isFound; ++start) {
+      isFound = matcher.Run(start, mustReachEnd, refusesEmpty);
     }
-    return false;
+    notes.steps += matcher.Steps();
+    if (isFound) CopyCaptures(matcher.Slots(), captures);
+    return isFound;
   }
 
   bool RunCaptures(CaptureQuery& query, Notes& notes, Captures& captures) const {

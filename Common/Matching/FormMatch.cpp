@@ -71,18 +71,12 @@ std::size_t FindPiece(std::string_view text, std::string_view piece) {
 void LineEnds::Find() {
   fKnown = true;
   fFirst = fText.size();
-  fLast = 0;
   for (const char end : {'\n', '\r'}) {
     const std::size_t first = fText.find(end);
     if (first == std::string_view::npos) continue;
     fFirst = std::min(fFirst, first);
-    fLast = std::max(fLast, fText.rfind(end));
+    fBehindLast = std::max(fBehindLast, fText.rfind(end) + 1);
   }
-}
-
-bool LineEnds::NoneBetween(std::size_t from, std::size_t to) const {
-  if (fFirst == fText.size()) return true;
-  return fText.substr(from, to - from).find_first_of("\n\r") == std::string_view::npos;
 }
 
 bool MixesLineEnds(const LiteralForm& form) {

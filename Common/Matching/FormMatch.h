@@ -14,20 +14,23 @@ namespace Matching {
 class LineEnds {
 public:
   explicit LineEnds(std::string_view text) : fText(text) {}
-  bool NoneIn(std::size_t from, std::size_t to) {
+  bool NoneBefore(std::size_t to) {
     if (!fKnown) Find();
-    return to <= fFirst || from > fLast || NoneBetween(from, to);
+    return to <= fFirst;
   }
-  bool None() { return NoneIn(0, fText.size()); }
+  bool NoneFrom(std::size_t from) {
+    if (!fKnown) Find();
+    return from >= fBehindLast;
+  }
+  bool None() { return NoneBefore(fText.size()); }
 
 private:
   void Find();
-  bool NoneBetween(std::size_t from, std::size_t to) const;
 
   std::string_view fText;
   bool fKnown = false;
-  std::size_t fFirst = 0;  // the text's size when there is none
-  std::size_t fLast = 0;
+  std::size_t fFirst = 0;       // the text's size when there is none
+  std::size_t fBehindLast = 0;  // 0 when there is none
 };
 
 // Where a piece, which is folded and not empty, first stands in the text; npos for nowhere.

@@ -352,9 +352,12 @@ private:
     return fMatcher.fTails.AddWhole(piece, id);
   }
 
-  bool AddFloating(const std::string& literal, const Target& target) {
+  // What is found is compared or run as a whole, so the beginning of a very long literal will do,
+  // and a text that nearly holds it everywhere costs no more than that at each place.
+  bool AddFloating(std::string_view literal, const Target& target) {
+    constexpr std::size_t kMostSize = 256;
     const auto id = static_cast<std::uint32_t>(fMatcher.fTargets.size());
-    if (!fMatcher.fFloating.Add(literal, id)) return false;
+    if (!fMatcher.fFloating.Add(literal.substr(0, kMostSize), id)) return false;
     fMatcher.fTargets.push_back(target);
     return true;
   }

@@ -251,12 +251,12 @@ bool ListMatcher::VisitAnchored(std::string_view text, OnHit onHit) const {
   if (fEmptyPart != kNone && text.empty() && onHit(fEmptyPart, nullptr, 0)) return true;
   if (fAnythingPart != kNone && lineEnds.None() && onHit(fAnythingPart, nullptr, 0)) return true;
   if (fTails.Visit(text, [&](std::uint32_t part, std::size_t size) {
-        return lineEnds.NoneIn(0, text.size() - size) && onHit(part, nullptr, size);
+        return lineEnds.NoneBefore(text.size() - size) && onHit(part, nullptr, size);
       })) {
     return true;
   }
   return fHeads.Visit(text, [&](std::uint32_t part, std::size_t size) {
-    return lineEnds.NoneIn(size, text.size()) && onHit(part, nullptr, size);
+    return lineEnds.NoneFrom(size) && onHit(part, nullptr, size);
   });
 }
 

@@ -192,6 +192,12 @@ TEST(Hostile, WalksLookAtTheTextOnce) {
   }
 }
 
+// Scanners of lists that literals decide.
+struct NoScanners {
+  bool Matches(std::size_t, std::string_view) const { return false; }
+  std::string_view Pattern(std::size_t) const { return ""; }
+};
+
 // A literal that the text nearly holds, everywhere.
 TEST(Hostile, LiteralsAreNotComparedInVainForEver) {
   const std::string text(1 << 20, 'x');
@@ -200,6 +206,40 @@ TEST(Hostile, LiteralsAreNotComparedInVainForEver) {
   EXPECT_EQ(CountMatches(*Compile(literal + "|ax"), text), 0U);
   EXPECT_FALSE(Compile(".*" + literal + ".*")->IsMatch(text));
   EXPECT_TRUE(Compile(".*" + literal + ".*")->IsMatch(text + literal));
+
+  const std::string inside = "((.*" + literal + ".*)|(.*" + literal + "y.*))";
+  const Matching::ListMatcher matcher({{inside, 2, 2}});
+  EXPECT_FALSE(matcher.Matches(text, NoScanners()));
+  EXPECT_TRUE(matcher.Matches(text + literal, NoScanners()));
+}
+
+// Ends of each other, behind a line end that is far from all of them.
+TEST(Hostile, LineEndsAreLookedForOnceAText) {
+  std::string merged;
+  for (std::size_t size = 1; size <= 400; ++size) merged += "|(" + std::string(size, 'a') + ")";
+  const std::string pattern = ".*(" + merged.substr(1) + ")";
+  const Matching::ListMatcher matcher({{pattern, 2, 400}});
+  const std::string front = std::string(1 << 22, 'x') + "\n";
+  EXPECT_FALSE(matcher.Matches(front + std::string(3000, 'a'), NoScanners()));
+  EXPECT_TRUE(matcher.Matches(std::string(3000, 'a'), NoScanners()));
+}
+
+// All searches of a walk have one budget.
+TEST(Hostile, WalksWithBackReferencesEndWithinTheirBudget) {
+  const auto walked = Compile("(a*)\\1b|a");
+  EXPECT_EQ(CountMatches(*walked, std::string(200, 'a')), 200U);
+  EXPECT_THROW(CountMatches(*walked, std::string(20000, 'a')), std::regex_error);
+}
+
+// What the groups in look-aheads held is kept beside each one that is open.
+TEST(Hostile, OpenLookAheadsKeepNoMoreThanTheirBudget) {
+  const std::string groups = Repeated("(a)", 6000);
+  const std::string text(6001, 'a');
+  EXPECT_TRUE(Compile(Repeated("(?=", 100) + groups + "\\1" + Repeated(")", 100))->Search(text));
+  const std::string nested = Repeated("(?=", 6000) + groups + "\\1" + Repeated(")", 6000);
+  EXPECT_THROW((void)Compile(nested)->Search(text), std::regex_error);
+  const auto manyTimes = Compile("(?:(?=b" + groups + "\\1)c|a)*", {.maxSteps = 1'000'000});
+  EXPECT_THROW((void)manyTimes->IsMatch(std::string(1 << 16, 'a') + "b"), std::regex_error);
 }
 
 // A glob of very many stars, and one that takes more than comparing.
@@ -216,10 +256,7 @@ TEST(Hostile, LoneGlobsOfManyStarsComeBack) {
 
 // Pieces of an element, one of which stands at every place of the text.
 TEST(Hostile, ElementsOfPiecesAreComparedOnceAText) {
-  struct {
-    bool Matches(std::size_t, std::string_view) const { return false; }
-    std::string_view Pattern(std::size_t) const { return ""; }
-  } scanners;
+  const NoScanners scanners;
   const Matching::ListMatcher matcher({{"((.*aa.*b)|(.*aa.*a.*c))", 2, 2}});
   const std::string text(1 << 20, 'a');
   EXPECT_FALSE(matcher.Matches(text, scanners));

@@ -6,12 +6,20 @@
 
 namespace {
 
+// The process ends behind this, so a host that throws must not get its exception past it.
 bool ReportToHost(const char* text) {
-  const auto host = Tovrin::GetHost();
-  if (!host) return false;
-
-  host->ReportFatalError(text);
-  return true;
+  bool isReported = false;
+  try {
+    // By hand: no destructor may come upon a host that throws from Release, too.
+    Tovrin::IHost* const host = Tovrin::GetHost().release();
+    if (!host) return false;
+    host->ReportFatalError(text);
+    isReported = true;
+    host->Release();
+  } catch (...) {
+    // Where the host did not take the text, the allocator prints it.
+  }
+  return isReported;
 }
 
 struct ReporterSetter {

@@ -191,11 +191,23 @@ TEST(ModuleMemory, EndsTheProcessWithStatus42WhenItIsExhausted) {
   EXPECT_EQ(silent.output, "");
   EXPECT_EQ(silent.errors.substr(0, 5), "new (");
 
-  const ChildResult told =
-      RunChild({.command = {TESSARIN_EXHAUSTED_HOST, "listening"}, .input = "", .folder = {}});
-  EXPECT_EQ(told.status, 42);
-  EXPECT_EQ(told.output, "fatal: " + silent.errors);
-  EXPECT_EQ(told.errors, "");
+  struct Row {
+    const char* host;
+    std::string output, errors;
+  };
+  const Row rows[] = {
+      {"listening", "fatal: " + silent.errors, ""},
+      {"throwing", "", silent.errors},
+      {"throwing-later", "fatal: " + silent.errors, ""},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.host);
+    const ChildResult told =
+        RunChild({.command = {TESSARIN_EXHAUSTED_HOST, row.host}, .input = "", .folder = {}});
+    EXPECT_EQ(told.status, 42);
+    EXPECT_EQ(told.output, row.output);
+    EXPECT_EQ(told.errors, row.errors);
+  }
 }
 
 }  // namespace

@@ -1,12 +1,15 @@
 // A host that runs out of memory inside the module: gives it a text under a limit that allows no
-// copy. With an argument, the module gets a services object first, which prints what is fatal.
+// copy. With an argument, the module gets a services object first: a "listening" one prints what is
+// fatal, a "throwing" one throws instead, and one "throwing-later" when it is let go.
 
 #include <sys/resource.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <fstream>
+#include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "host/Data.h"
 #include "host/IHost.h"
@@ -20,7 +23,7 @@ namespace {
 constexpr std::size_t kTextSize = 200'000'000;
 constexpr std::size_t kRoom = 100'000'000;
 
-class ListeningHost final : public InterfaceImpl<IHost> {
+class ListeningHost : public InterfaceImpl<IHost> {
   void Interface_PrintError(const char*, const char*, const char*, const char*, const char*,
                             const char*, std::int32_t) override {}
   void Interface_PrintDebug(std::uint32_t, const char*, const char*, const char*, const char*,
@@ -34,8 +37,33 @@ class ListeningHost final : public InterfaceImpl<IHost> {
   void Interface_ReportFatalError(const char* text) override { std::printf("fatal: %s\n", text); }
 };
 
-void HandOverHost(const LoadedModule& module) {
-  const AutoRefPtr<IHost> host(new ListeningHost);
+class ThrowingHost final : public ListeningHost {
+  void Interface_ReportFatalError(const char*) override { throw std::runtime_error("no ear"); }
+};
+
+// Throws the first time that it is let go behind the fatal text. Stays to the end, uncounted.
+class LaterThrowingHost final : public ListeningHost {
+  void Interface_AddRef() const override {}
+  bool Interface_Release() const override {
+    if (std::exchange(fIsToThrow, false)) throw std::runtime_error("not now");
+    return false;
+  }
+  void Interface_ReportFatalError(const char* text) override {
+    std::printf("fatal: %s\n", text);
+    fIsToThrow = true;
+  }
+
+  mutable bool fIsToThrow = false;
+};
+
+AutoRefPtr<IHost> MakeHost(const std::string& kind) {
+  if (kind == "throwing") return AutoRefPtr<IHost>(new ThrowingHost);
+  if (kind == "throwing-later") return AutoRefPtr<IHost>(new LaterThrowingHost);
+  return AutoRefPtr<IHost>(new ListeningHost);
+}
+
+void HandOverHost(const LoadedModule& module, const std::string& kind) {
+  const AutoRefPtr<IHost> host = MakeHost(kind);
   const IHost* const pointer = host.get();
   const AutoRefPtr<IDataRef> data(new Data);
   data->Assign(&pointer, sizeof pointer);
@@ -53,9 +81,9 @@ void LimitAddressSpace() {
 
 }  // namespace
 
-int main(int argumentCount, char**) {
+int main(int argumentCount, char** arguments) {
   const LoadedModule module;
-  if (argumentCount > 1) HandOverHost(module);
+  if (argumentCount > 1) HandOverHost(module, arguments[1]);
   const auto text = TestVariant::Text(std::string(kTextSize, 'a'));
   LimitAddressSpace();
   CallFunction(module.Function("tovrin_module_StringToRegEx"), {text}, nullptr);

@@ -69,6 +69,7 @@ Line FindLine(std::string_view data, int style) {
 
 std::size_t ExtractLine(CText& out, const char* bytes, std::size_t size, std::uint32_t encoding,
                         int style, char* endAtData) {
+  const CText before = out;  // the bytes may be this text's
   out.Clear();
   if (endAtData) *endAtData = 0;
 

@@ -180,6 +180,15 @@ TEST(ExtractLine, FindsNoStrictEndInHalfOfOne) {
   EXPECT_EQ(endAtData, 1) << "its line feed may come";
 }
 
+TEST(ExtractLine, TakesItOutOfTheTextItselfAsWell) {
+  const std::string longLine(100, 'x');
+  CText text(longLine + "\r\nthe rest");
+  const std::string_view bytes = text.Bytes();
+  EXPECT_EQ(ExtractLine(text, bytes.data(), bytes.size(), Charset::Utf8, kLineEndStrict, nullptr),
+            102U);
+  EXPECT_EQ(text.Utf8(), longLine);
+}
+
 TEST(ExtractLine, LeavesOthersTheirLine) {
   CText line("kept");
   const CText copy = line;

@@ -95,9 +95,10 @@ std::string ResolveWithPrefix(const std::string& prefix, const std::string& lang
 
 void AppendCodeAndCaller(std::string& text, const std::string& id, const std::string& className,
                          const std::string& function) {
-  AppendBracket(text, id);
-  if (className.empty() && function.empty()) return;
-
+  std::string brackets;  // apart: the text may be one of the names
+  AppendBracket(brackets, id);
   const bool both = !className.empty() && !function.empty();
-  AppendBracket(text, className + (both ? "::" : "") + function);
+  const std::string caller = className + (both ? "::" : "") + function;
+  if (!caller.empty()) AppendBracket(brackets, caller);
+  text += brackets;
 }

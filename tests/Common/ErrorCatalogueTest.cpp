@@ -253,6 +253,12 @@ TEST(ResolveWithPrefix, PutsBracketsInFront) {
   }
 }
 
+TEST(AppendCodeAndCaller, TakesTheTextItselfForAName) {
+  std::string text = "not longer than";
+  AppendCodeAndCaller(text, text, text, text);
+  EXPECT_EQ(text, "not longer than[not longer than] [not longer than::not longer than] ");
+}
+
 TEST(ResolveWithPrefix, KeepsAnEmptyPrefixAndAnUnknownId) {
   EXPECT_EQ(ResolveWithPrefix("", "de", "No", {}, "", ""),
             "[] [No] !! UNKNOWN ERROR CONDITION 'No'!!");

@@ -46,7 +46,12 @@ void ReplaceUnits(std::u32string& wide, std::size_t position, const void* bytes,
 // ---- bytes
 
 void CStringImpl::ByteStore::Assign(std::string_view bytes) {
-  if (bytes.size() <= fCapacity) {
+  if (bytes.size() <= kInlineBytes) {
+    std::memmove(fInline, bytes.data(), bytes.size());
+    DropBlock();  // not before: the bytes may be in it
+    fData = fInline;
+    fCapacity = kInlineBytes;
+  } else if (bytes.size() <= fCapacity) {
     std::memmove(fData, bytes.data(), bytes.size());
   } else {
     char* const block = NewBlock(bytes.size());

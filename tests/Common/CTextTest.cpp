@@ -24,11 +24,20 @@ TEST(CStringImpl, KeepsUpToThirtyTwoBytesInline) {
 }
 
 TEST(CStringImpl, ReusesItsBlockAndComesBackInline) {
+  const std::string atMostInline(32, 'a'), tooLong(33, 'b');
   CStringImpl text(std::string(100, 'x'), Charset::Utf8);
   const char* const block = text.Bytes().data();
-  text.Assign("short", 5, Charset::Ascii);
+  text.Assign(tooLong.data(), tooLong.size(), Charset::Ascii);
   EXPECT_EQ(text.Bytes().data(), block);
-  EXPECT_EQ(text.Bytes(), "short");
+  EXPECT_EQ(text.Bytes(), tooLong);
+  text.Assign(text.Bytes().data() + 1, 32, Charset::Ascii);
+  EXPECT_TRUE(text.IsInline()) << "a short text keeps no block";
+  EXPECT_EQ(text.Bytes(), tooLong.substr(1));
+  text.Assign(atMostInline.data(), atMostInline.size(), Charset::Ascii);
+  EXPECT_EQ(text.Bytes(), atMostInline);
+  text.Append(tooLong.data(), tooLong.size(), Charset::Ascii);
+  EXPECT_EQ(text.Bytes(), atMostInline + tooLong);
+  EXPECT_FALSE(text.IsInline());
   text.Assign(nullptr, 0, Charset::Latin1);
   EXPECT_TRUE(text.IsInline());
   EXPECT_EQ(text.Encoding(), Charset::Latin1);

@@ -7,6 +7,7 @@
 #include <type_traits>
 
 #include "Common/CRegexException.h"
+#include "Common/CRegexVectorHolder.h"
 #include "tests/Common/QuestionedHost.h"
 
 namespace {
@@ -28,7 +29,44 @@ std::vector<std::string> Messages(const QuestionedHost& host) {
 
 constexpr Gates kClosed{.active = false};
 
+// Names itself in each operation, and counts its deaths.
+class Named final : public CException {
+public:
+  explicit Named(int* deaths) : fDeaths(deaths) {}
+  ~Named() override { ++*fDeaths; }
+  void GetReasonStr(std::string& reason) const override { reason = "reason"; }
+  void Print(std::ostream& stream) const override { stream << "print"; }
+  void GetClassName(std::string& className) const override { className = "class name"; }
+
+private:
+  int* const fDeaths;
+};
+
+// Calls an operation by its place in the table of the class that others were built against.
+template <class... Arguments>
+void CallSlot(CException* object, std::size_t slot, Arguments... arguments) {
+  using Operation = void (*)(void*, Arguments...);
+  const Operation* const operations = *reinterpret_cast<Operation* const*>(object);
+  operations[slot](object, arguments...);
+}
+
 }  // namespace
+
+TEST(CException, KeepsItsOperationsInOrder) {
+  int deaths = 0;
+  CException* const exception = new Named(&deaths);
+  std::string text;
+  std::ostringstream stream;
+  CallSlot(exception, 2, &text);
+  EXPECT_EQ(text, "reason");
+  CallSlot<std::ostream*>(exception, 3, &stream);
+  EXPECT_EQ(stream.str(), "print");
+  CallSlot(exception, 4, &text);
+  EXPECT_EQ(text, "class name");
+  EXPECT_EQ(deaths, 0);
+  CallSlot(exception, 1);  // of the two places of a destructor, the one that gives the memory back
+  EXPECT_EQ(deaths, 1);
+}
 
 TEST(CException, PrintsThreeLines) {
   const HostInSlot host(kClosed);
@@ -47,6 +85,7 @@ TEST(CException, PrintsThreeLines) {
        "Reason: 'bad'.\"\n"},
       // The others print under the name of the root, whatever they are.
       {Printed(CRegexException("x")), "CException\nfID: 0\nfReason: \"x\"\n"},
+      {Printed(CRegexVectorHolderException("x")), "CException\nfID: 0\nfReason: \"x\"\n"},
       {Printed(CMessageException("lost", 5)),
        "CException\nfID: 0\nfReason: \"lost on message socket 5\"\n"},
       {Printed(COSErrException(2, -1)),

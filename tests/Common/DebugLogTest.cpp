@@ -497,6 +497,13 @@ std::string BacktraceOf(std::vector<std::uintptr_t> frames) {
   return text += "";  // not a tail call
 }
 
+// A backtrace, and where in its caller the function comes back to.
+[[gnu::noinline]] std::pair<std::string, std::uintptr_t> BacktraceAndCaller() {
+  std::ostringstream text;
+  WriteBacktrace(text);
+  return {text.str(), reinterpret_cast<std::uintptr_t>(__builtin_return_address(0))};
+}
+
 // Checks the form of a whole backtrace and returns its number of frames.
 std::size_t CheckForm(const std::string& text) {
   static const std::regex frame("\\*\\*\\* (\\d+): (\\d+) .* - 0x([0-9a-f]+)");
@@ -518,6 +525,11 @@ std::size_t CheckForm(const std::string& text) {
 
 TEST(Backtrace, WritesOneLineAFrameFromIndexOne) {
   EXPECT_GE(CheckForm(Backtrace()), 3U);
+}
+
+TEST(Backtrace, BeginsWithItsCaller) {
+  const auto [text, caller] = BacktraceAndCaller();
+  EXPECT_NE(text.find("\n*** 2: " + std::to_string(caller) + ' '), std::string::npos) << text;
 }
 
 TEST(Backtrace, EndsWithTheSixtiethFrame) {

@@ -83,16 +83,45 @@ void PrintSlabsOfThreads(const Arguments& arguments) {
   std::printf("%u\n", SlabsMade());
 }
 
-// Eight sets with a slab each, all free; then one set that needs more than it has.
-void PrintSlabsWhileOneSetRunsOut(const Arguments&) {
-  constexpr int kBlocksASlab = 17408;
+constexpr int kBlocksASlab = 17408;  // of class 8
+
+// Eight sets with a slab each, all free; from here on the first set serves every thread.
+void MakeASlabInEachSet() {
   SetBucketCount(8);
   TakeABlockInEachOf(8);
   SetBucketCount(1);
+}
+
+// One set that needs more than it has.
+void PrintSlabsWhileOneSetRunsOut(const Arguments&) {
+  MakeASlabInEachSet();
   for (const int more : {kBlocksASlab, 1, kBlocksASlab - 1, 7 * kBlocksASlab, 1}) {
     for (int taken = 0; taken < more; ++taken) Allocate(8);
     std::printf("%u ", SlabsMade());
   }
+  LeaveAtOnce();
+}
+
+std::size_t SetOf(const void* block) {
+  const auto slab = static_cast<const std::uintptr_t*>(block)[-1];
+  const auto hasIt = [slab](const Memory::BucketSet& set) {
+    const Memory::Slab* here = set[8].head;
+    while (here && reinterpret_cast<std::uintptr_t>(here) != slab) here = here->next;
+    return here != nullptr;
+  };
+  return static_cast<std::size_t>(std::ranges::find_if(Memory::gBucketSets, hasIt) -
+                                  Memory::gBucketSets.begin());
+}
+
+// The sets whose blocks the first one gets until all are used up, in this order.
+void PrintSetsThatServeOne(const Arguments&) {
+  MakeASlabInEachSet();
+  std::vector<std::size_t> sets;
+  for (int taken = 0; taken < 9 * kBlocksASlab; ++taken) {
+    const std::size_t set = SetOf(Allocate(8));
+    if (sets.empty() || sets.back() != set) sets.push_back(set);
+  }
+  for (const std::size_t set : sets) std::printf("%zu ", set);
   LeaveAtOnce();
 }
 
@@ -191,6 +220,36 @@ void ShutDown(const Arguments&) {
   LeaveAtOnce();
 }
 
+// Behind the shutdown each free looks at the slab's blocks up to the first in use: here, at most of
+// them.
+void FreeFromTwoThreadsAfterTheShutdown(const Arguments&) {
+  constexpr std::size_t kFreeBefore = kBlocksASlab / 2;
+  SetBucketCount(1);
+  std::vector<void*> blocks;
+  for (int taken = 0; taken < kBlocksASlab; ++taken) blocks.push_back(Allocate(8));
+  for (std::size_t index = 0; index < kFreeBefore; ++index) FreeBlock(blocks[index]);
+  ShutdownAllocator();
+
+  std::latch bothAreThere(2);
+  const auto freeEverySecond = [&](std::size_t index) {
+    bothAreThere.arrive_and_wait();
+    for (; index + 2 < blocks.size(); index += 2) FreeBlock(blocks[index]);
+  };
+  std::thread other(freeEverySecond, kFreeBefore + 1);
+  freeEverySecond(kFreeBefore);
+  other.join();
+  LeaveAtOnce();
+}
+
+void FreeTheLastBlockOfASlabInNoList(const Arguments&) {
+  void* const block = Allocate(40);
+  ShutdownAllocator();
+  for (Memory::BucketSet& set : Memory::gBucketSets) set[40].head = nullptr;
+  FreeBlock(block);
+  std::printf("%d\n", static_cast<const std::uintptr_t*>(block)[-1] % 2 == 1);
+  LeaveAtOnce();
+}
+
 void ShutDownTwice(const Arguments&) {
   ShutdownAllocator();
   ShutdownAllocator();
@@ -264,6 +323,7 @@ int main(int count, char** values) {
       {"settings", PrintSettings},
       {"threads", PrintSlabsOfThreads},
       {"one-set-runs-out", PrintSlabsWhileOneSetRunsOut},
+      {"sets-that-serve-one", PrintSetsThatServeOne},
       {"free-twice", FreeTwice},
       {"free-twice-below", FreeTwiceBelow},
       {"free-large-twice", FreeLargeTwice},
@@ -273,6 +333,8 @@ int main(int count, char** values) {
       {"reallocate-freed", ReallocateFreed},
       {"shut-down", ShutDown},
       {"shut-down-twice", ShutDownTwice},
+      {"free-from-two-threads-after-the-shutdown", FreeFromTwoThreadsAfterTheShutdown},
+      {"free-the-last-block-of-a-slab-in-no-list", FreeTheLastBlockOfASlabInNoList},
       {"leave-with-blocks", LeaveWithBlocksAlive},
       {"leave-while-others-allocate", LeaveWhileOthersAllocate},
       {"end-thread", EndAThreadWithBlocksAlive},

@@ -113,6 +113,8 @@ TEST(MemorySettings, LetASetTakeFromTheOthersBeforeItsThirdSlab) {
   EXPECT_EQ(Probe({"one-set-runs-out"}).output, "8 9 9 16 17 ");
   const CEnvironmentValue others("QRX_MM_USE_OTHER_BUCKETS", "YES");
   EXPECT_EQ(Probe({"one-set-runs-out"}).output, "8 9 9 9 10 ");
+  // In turn from the next one on.
+  EXPECT_EQ(Probe({"sets-that-serve-one"}).output, "0 1 2 3 4 5 6 7 ");
 }
 
 constexpr int kAborted = 128 + SIGABRT;
@@ -171,6 +173,19 @@ TEST(MemoryShutdown, AbortsWithALineTheSecondTime) {
   const ChildResult result = Probe({"shut-down-twice"});
   EXPECT_EQ(result.status, kAborted);
   EXPECT_EQ(result.errors, "memory: the allocator is shut down a second time\n");
+}
+
+TEST(MemoryShutdown, AbortsWithALineWhenTwoThreadsGiveSlabsBackAtOnce) {
+  const ChildResult result = Probe({"free-from-two-threads-after-the-shutdown"});
+  EXPECT_EQ(result.status, kAborted);
+  EXPECT_EQ(result.errors,
+            "memory: two threads give slabs back at once, after the allocator's shutdown\n");
+}
+
+TEST(MemoryShutdown, LeavesASlabAloneThatIsInNoList) {
+  const ChildResult result = Probe({"free-the-last-block-of-a-slab-in-no-list"});
+  EXPECT_EQ(result.status, 0) << result.errors;
+  EXPECT_EQ(result.output, "1\n");
 }
 
 #if !defined(__SANITIZE_ADDRESS__)  // it would call the blocks leaked, which they are

@@ -173,34 +173,37 @@ RadixNode* CRadixTree::AddChild(RadixNode& node, std::string_view label, std::ui
 
 // Puts an upper node with the first bytes of the label in the place of the node, which goes below
 // it with the rest of its label, beside a new child for the rest of the key. Gives the upper node.
+//
+// All that can fail comes before the tree is touched: one that is left halfway is still destroyed.
 RadixNode* CRadixTree::Split(RadixNode& node, std::size_t at, std::string_view key,
                              std::uint8_t kind, std::uint8_t flag, std::uint8_t nodeFlags) {
-  std::unique_ptr<RadixNode>& slot = SlotOf(node);
-  std::unique_ptr<RadixNode> lower = std::move(slot);
-  slot = std::make_unique<RadixNode>();
-  RadixNode& upper = *slot;
+  auto fresh = std::make_unique<RadixNode>();
+  RadixNode& upper = *fresh;
   const std::string_view rest = key.substr(at);
 
   upper.fLabel = key.substr(0, at);
   upper.fNodeFlags = RadixNode::kInner | nodeFlags;
-  upper.fKind = kind | lower->fKind;
+  upper.fKind = kind | node.fKind;
   upper.fCounted = flag != 0;
-  upper.fCount = lower->fCount;
-  lower->fLabel.erase(0, at);
+  upper.fCount = node.fCount;
   if (!rest.empty()) {
     upper.fNodeFlags &= static_cast<std::uint8_t>(~RadixNode::kLeaf);
     AddChild(upper, rest, kind, flag, nodeFlags, nodeFlags == RadixNode::kLeaf ? 1 : 0);
   }
-  if (lower->IsRoot()) {
+  std::unique_ptr<RadixNode>& below = upper.fChildren[static_cast<unsigned char>(node.fLabel[at])];
+
+  std::unique_ptr<RadixNode>& slot = SlotOf(node);
+  below = std::move(slot);
+  slot = std::move(fresh);
+  if (node.IsRoot()) {
     upper.fNodeFlags |= RadixNode::kRoot;
-    lower->fNodeFlags &= static_cast<std::uint8_t>(~RadixNode::kRoot);
+    node.fNodeFlags &= static_cast<std::uint8_t>(~RadixNode::kRoot);
     upper.fParent = &upper;
   } else {
-    upper.fParent = lower->fParent;
+    upper.fParent = node.fParent;
   }
-  lower->fParent = &upper;
-  const auto first = static_cast<unsigned char>(lower->fLabel.front());
-  upper.fChildren[first] = std::move(lower);
+  node.fLabel.erase(0, at);
+  node.fParent = &upper;
   return &upper;
 }
 

@@ -81,13 +81,19 @@ const char* RadixKindName(std::uint8_t kind) {
   return kind < kNames.size() ? kNames[kind] : "?";
 }
 
+// From the leaves up and by the way the parents show, so that it asks for no memory: what ended the
+// filling may have been the want of it.
 CRadixTree::~CRadixTree() {
-  std::vector<std::unique_ptr<RadixNode>> doomed;
-  if (fRoot) doomed.push_back(std::move(fRoot));
-  while (!doomed.empty()) {
-    const std::unique_ptr<RadixNode> node = std::move(doomed.back());
-    doomed.pop_back();
-    for (auto& [first, child] : node->fChildren) doomed.push_back(std::move(child));
+  RadixNode* node = fRoot.get();
+  while (node) {
+    if (!node->fChildren.empty()) {
+      node = node->fChildren.begin()->second.get();
+    } else if (node == fRoot.get()) {
+      return;
+    } else {
+      node = node->fParent;
+      node->fChildren.erase(node->fChildren.begin());
+    }
   }
 }
 

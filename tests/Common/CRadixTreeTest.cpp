@@ -3,12 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <memory>
 #include <random>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "tests/Common/WrittenRadixTree.h"
+#include "tests/support/AllocationCount.h"
 #include "tests/support/SmallStack.h"
 
 namespace {
@@ -231,6 +233,16 @@ TEST(CRadixTree, AgreesWithTheTreeAsItIsWritten) {
       ASSERT_EQ(tree.Prefixes(fraction), written.Prefixes(fraction)) << fraction;
     }
   }
+}
+
+// What ended its filling may have been the want of memory.
+TEST(CRadixTree, IsDestroyedWithoutAskingForMemory) {
+  auto tree = std::make_unique<Tree>(std::vector<Keys>{
+      {L("ab"), U("(c)"), L("d")}, {L("ab"), U("(c)"), L("e")}, {L("abx")}, {L("q")}});
+  EXPECT_EQ(tree->Nodes().size(), 7u);
+  const AllocationFault fault(1);
+  tree.reset();
+  EXPECT_FALSE(fault.HasFailed());
 }
 
 TEST(CRadixTree, ServesATreeOfAnyDepth) {

@@ -14,6 +14,15 @@ void AppendLiteral(char character, std::string& expression) {
   expression += character;
 }
 
+// Of the characters in front that stand for themselves.
+std::size_t PlainSize(std::string_view glob) {
+  std::size_t size = 0;
+  while (size < glob.size() && !CRegex::IsRegexMetaChar(glob[size])) ++size;
+  return size;
+}
+
+constexpr std::size_t kUsualEscapes = 8;  // bytes that they add to nearly all wildcards
+
 enum class GlobState {
   Outside,        // of any bracket
   BracketStart,   // behind "[" and its "!"
@@ -94,7 +103,7 @@ bool CRegex::IsRegexMetaChar(char character) {
 void CRegex::GlobToExpression(std::string_view glob, bool anchored, std::string& out,
                               std::size_t start) {
   std::string expression;  // first of all: glob may be a view into out
-  expression.reserve(glob.size());
+  expression.reserve(glob.size() + kUsualEscapes);
   if (anchored) expression += '^';
 
   GlobState state = GlobState::Outside;
@@ -102,7 +111,10 @@ void CRegex::GlobToExpression(std::string_view glob, bool anchored, std::string&
     const char character = glob[i];
     switch (state) {
       case GlobState::Outside:
-        if (character == '*') {
+        if (const std::size_t size = PlainSize(glob.substr(i)); size > 0) {
+          expression.append(glob, i, size);
+          i += size - 1;
+        } else if (character == '*') {
           expression += ".*";
         } else if (character == '?') {
           expression += '.';

@@ -147,9 +147,9 @@ void CRegexVectorHolder::BuildFromList(const CVariant& list) {
       expressions.push_back(std::move(element));
     }
   }
-  ProcessRegexVector(plainWildcards, ConvertWildcard, MakeAnchoredWildcard);
-  ProcessRegexVector(starWildcards, ConvertSuffixWildcard, MakeAnchoredSuffixWildcard);
-  ProcessRegexVector(expressions, ConvertRegexForm, nullptr);
+  ProcessRegexVector(std::move(plainWildcards), ConvertWildcard, MakeAnchoredWildcard);
+  ProcessRegexVector(std::move(starWildcards), ConvertSuffixWildcard, MakeAnchoredSuffixWildcard);
+  ProcessRegexVector(std::move(expressions), ConvertRegexForm, nullptr);
   if (!fEntries.empty()) fMatcher = std::make_shared<const Matching::ListMatcher>(Scanners());
 }
 
@@ -162,21 +162,21 @@ void CRegexVectorHolder::CompileAlone(const std::string& element, std::string_vi
   fInvalid = true;
 }
 
-void CRegexVectorHolder::ProcessRegexVector(const std::vector<std::string>& expressions,
+void CRegexVectorHolder::ProcessRegexVector(std::vector<std::string> expressions,
                                             ConverterFn converter, WrapperFn wrapper) {
-  const bool optimize = expressions.size() >= GetRegexOptimizeMinListSize();
-  const bool invalid = fInvalid;
-  const std::size_t entries = fEntries.size();
-  const std::size_t collectors = fCollectors ? fCollectors->size() : 0;
-  try {
-    ProcessRegexVectorCore(expressions, converter, wrapper, optimize);
-  } catch (const CRegexVectorHolderException&) {
-    if (!optimize) return;
-    fInvalid = invalid;
-    fEntries.resize(entries);
-    if (fCollectors) fCollectors->resize(collectors);
-    ProcessRegexVectorCore(expressions, converter, wrapper, false);
+  if (expressions.size() >= GetRegexOptimizeMinListSize()) {
+    const bool invalid = fInvalid;
+    const std::size_t entries = fEntries.size();
+    const std::size_t collectors = fCollectors ? fCollectors->size() : 0;
+    try {
+      return ProcessRegexVectorCore(expressions, converter, wrapper, true);
+    } catch (const CRegexVectorHolderException&) {
+      fInvalid = invalid;
+      fEntries.resize(entries);
+      if (fCollectors) fCollectors->resize(collectors);
+    }
   }
+  ProcessRegexVectorCore(std::move(expressions), converter, wrapper, false);
 }
 
 std::vector<Matching::ListScanner> CRegexVectorHolder::Scanners() const {

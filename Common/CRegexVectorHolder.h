@@ -107,9 +107,9 @@ private:
   void BuildFromText(const std::string& text);
   void BuildFromList(const CVariant& list);
   void CompileAlone(const std::string& element, std::string_view expression);
-  void ProcessRegexVector(const std::vector<std::string>& expressions, ConverterFn converter,
+  void ProcessRegexVector(std::vector<std::string> expressions, ConverterFn converter,
                           WrapperFn wrapper);
-  void ProcessRegexVectorCore(const std::vector<std::string>& expressions, ConverterFn converter,
+  void ProcessRegexVectorCore(std::vector<std::string> expressions, ConverterFn converter,
                               WrapperFn wrapper, bool optimize);
   template <class Print>
   void DumpCollectors(std::vector<std::string>& lines, const char* title, Print print) const;

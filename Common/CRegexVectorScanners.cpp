@@ -71,6 +71,7 @@ private:
   void StartScanner() {
     fMerged = fOpen;
     fSeparators = 0;
+    fSources.reserve(kMaxSeparators + 1);
   }
 
   bool HasAlternatives() const { return fMerged.size() > fOpen.size(); }
@@ -162,18 +163,19 @@ private:
   std::vector<std::string> fSources;  // parallel to its groups from the first alternative on
 };
 
-void CRegexVectorHolder::ProcessRegexVectorCore(const std::vector<std::string>& expressions,
+void CRegexVectorHolder::ProcessRegexVectorCore(std::vector<std::string> expressions,
                                                 ConverterFn converter, WrapperFn wrapper,
                                                 bool optimize) {
   auto collector = std::make_unique<PrefixSuffixCollector>(GetRegexHolderDiagnostics());
-  for (const std::string& element : expressions) {
+  collector->Reserve(expressions.size());
+  for (std::string& element : expressions) {
     std::string expression;
     if (converter) {
       converter(element, expression);
     } else {
       expression = element;
     }
-    collector->Add(std::move(expression), element);
+    collector->Add(std::move(expression), std::move(element));
   }
   collector->Calculate(optimize);
   ScannerBuild(*this, wrapper, optimize).Run(collector->Groups());

@@ -107,6 +107,7 @@ void PrefixSuffixCollector::Parse() {
 }
 
 void PrefixSuffixCollector::Distribute() {
+  if (!fMeasure && fGroups.size() == 1) return fGroups.front().TakeAll(std::exchange(fInputs, {}));
   for (RegexWithSource& input : fInputs) {
     RegexWithSource taken = fMeasure ? input : std::move(input);
     for (PrefixGroup& group : fGroups) {

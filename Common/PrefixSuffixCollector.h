@@ -35,6 +35,9 @@ public:
   // texts stay as they are.
   bool TryAddToGroup(std::string&& expression, std::string&& source);
 
+  // Takes all of them, for a group without prefix and suffix that is still empty.
+  void TakeAll(std::vector<RegexWithSource>&& items) { fItems = std::move(items); }
+
   // For the builder of scanners, which may drop what it has built.
   std::vector<RegexWithSource>& Items() { return fItems; }
 
@@ -61,6 +64,8 @@ public:
 
   explicit PrefixSuffixCollector(bool measure) : fMeasure(measure) {}
 
+  // Makes room for so many expressions.
+  void Reserve(std::size_t count) { fInputs.reserve(count); }
   void Add(std::string expression, std::string source);
   // Without optimisation there is one group, the last. A failure while grouping is reported and has
   // the same result.

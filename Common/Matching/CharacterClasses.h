@@ -34,6 +34,15 @@ constexpr ByteSet BothCases(unsigned char byte) {
   return set;
 }
 
+// What "." matches: every byte but those that end a line.
+inline constexpr ByteSet kDotBytes = [] {
+  ByteSet set;
+  set.Add('\n');
+  set.Add('\r');
+  set.Invert();
+  return set;
+}();
+
 // The class named in "[:name:]", or nothing for an unknown name. Names are read without regard to
 // case, and "lower" and "upper" both mean any letter, since every expression here ignores case.
 [[nodiscard]] std::optional<ByteSet> FindCharacterClass(std::string_view name);

@@ -18,7 +18,9 @@ struct Shape {
   bool isWhole = false;  // the tree has no such alternatives, and is taken as one
 
   std::vector<NodeId> PartsOf(NodeId alternative) const {
-    std::vector<NodeId> parts = before;
+    std::vector<NodeId> parts;
+    parts.reserve(before.size() + 1 + after.size());
+    parts.insert(parts.end(), before.begin(), before.end());
     parts.push_back(alternative);
     parts.insert(parts.end(), after.begin(), after.end());
     return parts;
@@ -206,8 +208,9 @@ public:
     const Shape shape = ShapeOf(tree, scanner.firstGroup);
     LiteralForms& literals = workspace.literals;
     literals.TurnTo(tree);
-    const bool isBare =
-        HasNoPieces(literals.Whole(shape.before)) && HasNoPieces(literals.Whole(shape.after));
+    const auto before = literals.Whole(shape.before);
+    const auto after = literals.Whole(shape.after);
+    const bool isBare = HasNoPieces(before) && HasNoPieces(after);
     const bool areElements = std::ranges::all_of(
         shape.alternatives, [&](NodeId id) { return IsElement(tree, shape, id, scanner); });
     // A match that names nobody hands the question on to later scanners, among whose literals are
@@ -233,8 +236,9 @@ public:
       reading.alternatives.push_back(
           {isElement ? tree[id].value : 0, dependence, std::move(verdict)});
     }
-    if (areElements && IsFixed(literals.Whole(shape.after))) {
-      reading.naming = NamingOf(tree, shape, literals, isDecided);
+    if (areElements && IsFixed(after)) {
+      const bool isAlone = IsEmptyText(before) && IsEmptyText(after);
+      reading.naming = NamingOf(tree, shape, before, isAlone, isDecided);
     }
     return reading;
   }
@@ -242,13 +246,12 @@ public:
   // For a scanner whose alternatives are all elements. The library tries them in order, and the
   // first group that holds as much as the one around all of them is named: that of the alternative
   // that matches, unless all of them are empty or what a look-ahead captured stays.
-  static Naming NamingOf(const SyntaxTree& tree, const Shape& shape, const LiteralForms& literals,
+  static Naming NamingOf(const SyntaxTree& tree, const Shape& shape,
+                         const std::optional<std::vector<LiteralForm>>& before, bool isAlone,
                          bool isDecided) {
-    const auto before = literals.Whole(shape.before);
-    const bool isBare = IsEmptyText(before) && IsEmptyText(literals.Whole(shape.after));
     const bool isPlain =
         !tree.Has(NodeKind::BackReference) && !HoldsLookAhead(tree, {tree.Root()}, true);
-    if (isBare && isPlain) return Naming::InOrder;
+    if (isAlone && isPlain) return Naming::InOrder;
     if (isDecided && IsFixed(before)) return Naming::InOrder;
     if (isDecided && IsGreedyGap(tree, shape.before, before)) return Naming::Latest;
     return Naming::ByCaptures;

@@ -54,7 +54,9 @@ public:
 
 private:
   const SyntaxTree* fTree = nullptr;
-  std::vector<SetMeaning> fMeanings;  // by the index of the set
+  // By the index of the set. Trees that use each other's memory begin with the same sets.
+  std::vector<ByteSet> fSets;
+  std::vector<SetMeaning> fMeanings;
 };
 
 }  // namespace Matching

@@ -1,7 +1,6 @@
 #include "Common/Matching/Parser.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 #include <vector>
 
@@ -45,6 +44,7 @@ public:
   Parser(std::string_view expression, bool keepsTree, SyntaxTree&& storage)
       : fScanner(expression), fKeepsTree(keepsTree), fTree(std::move(storage)) {
     fTree.Clear();
+    fFrames.reserve(kUsualDepth);
   }
 
   ParseResult Parse() {
@@ -64,6 +64,8 @@ public:
   }
 
 private:
+  static constexpr std::size_t kUsualDepth = 8;  // of what is open at the same time
+
   // Reads one term or ends one alternative; false at the end of the whole expression.
   bool ParseStep() {
     if (ParseTerm()) return true;
@@ -92,20 +94,18 @@ private:
       case Token::NotLookAheadBegin:
         OpenParenthesis(token);
         return true;
-      case Token::AnyByte: {
+      case Token::AnyByte:
         fScanner.Advance();
-        return ParseSet(fDotSet, [] {
-          ByteSet set;
-          set.Add('\n');
-          set.Add('\r');
-          set.Invert();
-          return set;
-        });
-      }
+        return ParseBytes(kDotBytes);
       case Token::Literal: {
         const unsigned char byte = fScanner.Byte();
         fScanner.Advance();
         return ParseByte(byte);
+      }
+      case Token::Literals: {
+        const std::string_view bytes = fScanner.Text();
+        fScanner.Advance();
+        return AddBytes(bytes);
       }
       case Token::HexLiteral: {
         const auto byte = static_cast<unsigned char>(*WrappingValue(fScanner.Text(), 16));
@@ -139,21 +139,21 @@ private:
 
   bool ParseIndex(std::uint32_t set) {
     Spend(1);
-    return Quantify(NewNode({.kind = NodeKind::Bytes, .value = set}), 1);
+    return Quantify(NewBytes(set), 1);
   }
 
-  bool ParseByte(unsigned char byte) {
-    return ParseSet(fByteSets[byte], [byte] { return BothCases(byte); });
+  // Perf: nearly all of a list's nodes are such literals; see list_bench, build_s.
+  bool AddBytes(std::string_view bytes) {
+    Spend(bytes.size());
+    for (const char byte : bytes) {
+      AddItem(NewBytes(IndexOfByte(static_cast<unsigned char>(byte))), 1);
+    }
+    return true;
   }
 
-  // A set that recurs: its index in the tree + 1 is kept in `known`, 0 before it is made.
-  //
-  // Perf: nearly all of a list's nodes are letters and stars; see list_bench, build_s.
-  template <class Make>
-  bool ParseSet(std::uint32_t& known, Make make) {
-    if (known == 0) known = fKeepsTree ? fTree.Intern(make()) + 1 : 1;
-    return ParseIndex(known - 1);
-  }
+  bool ParseByte(unsigned char byte) { return ParseIndex(IndexOfByte(byte)); }
+
+  std::uint32_t IndexOfByte(unsigned char byte) { return fKeepsTree ? fTree.InternByte(byte) : 0; }
 
   bool ParseBackReference() {
     // A number that turns negative is beyond all groups; one that has no value stands for group 0.
@@ -315,6 +315,8 @@ private:
   // limit, for what a copy takes was spent before.
   void SpendCopies(std::uint64_t copies, std::uint64_t cost) { Spend(copies * cost); }
 
+  NodeId NewBytes(std::uint32_t set) { return fKeepsTree ? fTree.AddBytes(set) : 0; }
+
   NodeId NewNode(const Node& node) {
     if (!fKeepsTree) return 0;
     fTree.Count(node.kind);
@@ -347,8 +349,6 @@ private:
   Scanner fScanner;
   const bool fKeepsTree;  // else every node is number 0, and there is none
   SyntaxTree fTree;
-  std::array<std::uint32_t, 256> fByteSets{};  // see ParseSet
-  std::uint32_t fDotSet = 0;
   std::vector<Frame> fFrames;
   std::vector<bool> fIsOpen;  // by group number less 1
   std::uint32_t fGroupCount = 0;

@@ -1,5 +1,7 @@
 #include "Common/Matching/Scanner.h"
 
+#include <array>
+
 #include "Common/Matching/CharacterClasses.h"
 
 namespace Matching {
@@ -10,6 +12,17 @@ using namespace std::regex_constants;
 bool IsHexDigit(unsigned char byte) {
   return IsDigit(byte) || (ToLower(byte) >= 'a' && ToLower(byte) <= 'f');
 }
+
+// Bytes that are literals outside of brackets and braces.
+constexpr std::array<bool, 256> kIsPlain = [] {
+  std::array<bool, 256> isPlain{};
+  isPlain.fill(true);
+  for (const unsigned char special :
+       {'\\', '(', ')', '[', '{', '^', '$', '.', '*', '+', '?', '|'}) {
+    isPlain[special] = false;
+  }
+  return isPlain;
+}();
 
 }  // namespace
 
@@ -32,6 +45,11 @@ void Scanner::Advance() {
 }
 
 void Scanner::ScanNormal() {
+  if (const std::size_t size = PlainSize(); size > 1) {
+    fText = fRest.substr(0, size - 1);
+    fRest.remove_prefix(size - 1);
+    return Set(Token::Literals);
+  }
   const unsigned char byte = Take();
   switch (byte) {
     case '\\':
@@ -67,6 +85,13 @@ void Scanner::ScanNormal() {
     default:
       return SetLiteral(byte);
   }
+}
+
+// Of the plain bytes that the rest begins with.
+std::size_t Scanner::PlainSize() const {
+  std::size_t size = 0;
+  while (size < fRest.size() && kIsPlain[static_cast<unsigned char>(fRest[size])]) ++size;
+  return size;
 }
 
 void Scanner::ScanGroup() {

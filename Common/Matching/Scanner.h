@@ -11,6 +11,7 @@ namespace Matching {
 enum class Token : std::uint8_t {
   End,
   Literal,            // Byte()
+  Literals,           // Text(), each byte for itself; another Literal follows
   HexLiteral,         // Text() in base 16
   AnyByte,            // .
   LineBegin,          // ^
@@ -60,6 +61,7 @@ private:
   enum class Mode : std::uint8_t { Normal, Brace, Bracket };
 
   void ScanNormal();
+  [[nodiscard]] std::size_t PlainSize() const;
   void ScanBrace();
   void ScanBracket();
   void ScanGroup();

@@ -5,6 +5,8 @@
 #include <string>
 #include <utility>
 
+#include "Common/Matching/CharacterClasses.h"
+
 namespace Matching {
 namespace {
 
@@ -44,9 +46,13 @@ void DumpSet(std::ostream& out, const ByteSet& set) {
 }  // namespace
 
 void SyntaxTree::Clear() {
+  constexpr std::size_t kMostKept = 256;
   fNodes.clear();
-  fSets.clear();
-  fSetIndex.clear();
+  if (fSets.size() > kMostKept) {
+    fSets.clear();
+    fSetIndex.clear();
+    fByteSets.clear();
+  }
   std::fill(std::begin(fKindCounts), std::end(fKindCounts), 0);
   fRoot = kNoNode;
   fGroupCount = 0;
@@ -56,6 +62,13 @@ std::uint32_t SyntaxTree::Intern(const ByteSet& set) {
   const auto [place, isNew] = fSetIndex.emplace(set, static_cast<std::uint32_t>(fSets.size()));
   if (isNew) fSets.push_back(set);
   return place->second;
+}
+
+std::uint32_t SyntaxTree::InternNewByte(unsigned char byte) {
+  fByteSets.resize(256);
+  const std::uint32_t index = Intern(BothCases(byte));
+  fByteSets[byte] = index + 1;
+  return index;
 }
 
 void SyntaxTree::Dump(std::ostream& out) const {

@@ -54,10 +54,21 @@ struct Node {
 // Built by the parser; read-only afterwards, and then safe from any thread.
 class SyntaxTree {
 public:
-  // Empties the tree; its memory serves the next one.
+  // Empties the tree. Its memory serves the next one, and so do its sets as long as they are few.
   void Clear();
   NodeId Add(const Node& node) {
     fNodes.push_back(node);
+    return static_cast<NodeId>(fNodes.size() - 1);
+  }
+  // The same for one byte out of a set, and counted.
+  //
+  // Perf: written in place; to read a copy back from the stack is to wait for the smaller pieces
+  // that it was written in. See list_bench, build_s.
+  NodeId AddBytes(std::uint32_t set) {
+    Count(NodeKind::Bytes);
+    Node& node = fNodes.emplace_back();
+    node.kind = NodeKind::Bytes;
+    node.value = set;
     return static_cast<NodeId>(fNodes.size() - 1);
   }
   // A node that matches what the parts of another tree match one behind the other, and captures
@@ -72,6 +83,11 @@ public:
 
   // The index of a set equal to this one; equal sets share an index.
   std::uint32_t Intern(const ByteSet& set);
+  // The same for a byte in both its cases.
+  std::uint32_t InternByte(unsigned char byte) {
+    const bool isKnown = !fByteSets.empty() && fByteSets[byte] != 0;
+    return isKnown ? fByteSets[byte] - 1 : InternNewByte(byte);
+  }
   void SetRoot(NodeId root) { fRoot = root; }
   void SetGroupCount(std::uint32_t count) { fGroupCount = count; }
 
@@ -96,6 +112,7 @@ private:
   };
   Copied Copy(const SyntaxTree& from, NodeId id);
   void Append(NodeId parent, NodeId& last, NodeId child);
+  std::uint32_t InternNewByte(unsigned char byte);
 
   struct HashSet {
     std::size_t operator()(const ByteSet& set) const { return set.Hash(); }
@@ -104,6 +121,7 @@ private:
   std::vector<Node> fNodes;
   std::vector<ByteSet> fSets;
   std::unordered_map<ByteSet, std::uint32_t, HashSet> fSetIndex;  // where a set stands in fSets
+  std::vector<std::uint32_t> fByteSets;  // by byte, the index that InternByte gave + 1; or empty
   std::uint32_t fKindCounts[static_cast<int>(NodeKind::Repeat) + 1] = {};
   NodeId fRoot = kNoNode;
   std::uint32_t fGroupCount = 0;

@@ -92,6 +92,21 @@ TEST(LiteralForms, SaysWhatTheRowsSay) {
   }
 }
 
+TEST(LiteralForms, TurnsFromATreeToAnotherInTheSameMemory) {
+  LiteralForms turned;
+  Matching::SyntaxTree storage;
+  for (int i = 0; i < 600; ++i) {  // more sets than a tree keeps
+    const char letter = static_cast<char>('a' + i % 26);
+    const char other = static_cast<char>('!' + i / 26);
+    const std::string expression = std::string("^.*x[") + letter + other + "]yz$";
+    SCOPED_TRACE(expression);
+    auto parsed = Matching::Parse(expression, std::move(storage));
+    turned.TurnTo(parsed.tree);
+    EXPECT_EQ(turned.Whole({parsed.tree.Root()}), WholeOf(expression));
+    storage = std::move(parsed.tree);
+  }
+}
+
 TEST(LiteralForms, NamesLiteralsThatEveryMatchHas) {
   const std::pair<const char*, Strings> rows[] = {
       {"^.*GoKu-iOS/(\\d+[.\\d]+).*$", {"goku-ios/"}},

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <set>
 #include <sstream>
@@ -317,6 +318,35 @@ TEST(Parser, CountsStatesAsTheLibraryDoes) {
     ExpectTheOraclesVerdict(expression + "a{" + std::to_string(fill) + "}");
     ExpectTheOraclesVerdict(expression + "a{" + std::to_string(fill + 1) + "}");
   }
+}
+
+TEST(Parser, RefusesARunOfLiteralsForWhatComesFirst) {
+  // The limit falls on each of the literals, and behind the last of them the text ends badly.
+  for (auto fill = Matching::kStateLimit - 12; fill < Matching::kStateLimit; ++fill) {
+    ExpectTheOraclesVerdict("a{" + std::to_string(fill) + "}bcdef\\");
+  }
+}
+
+TEST(Parser, ReadsTheSameIntoMemoryThatWasUsedBefore) {
+  Oracle::Generator generator(5);
+  Matching::SyntaxTree storage;
+  std::size_t mostSets = 0;
+  for (int i = 0; i < 1000; ++i) {
+    const std::string isNew = "[" + std::string(1, static_cast<char>('a' + i % 26)) +
+                              static_cast<char>('0' + i / 26 % 10) + std::string(i / 260, '!') +
+                              "]";
+    const std::string expression = isNew + generator.Expression({}) + "Ab.c";
+    SCOPED_TRACE(Oracle::Show(expression));
+    auto result = Parse(expression, std::move(storage));
+    if (result.error) continue;
+    std::ostringstream out;
+    result.tree.Dump(out);
+    EXPECT_EQ(out.str(), DumpOf(expression));
+    mostSets = std::max(mostSets, result.tree.Sets().size());
+    storage = std::move(result.tree);
+  }
+  EXPECT_GT(mostSets, 50U);   // those of earlier trees are kept
+  EXPECT_LT(mostSets, 400U);  // and not for ever
 }
 
 // No oracle here: the library itself overflows its stack on most of these.

@@ -279,6 +279,13 @@ TEST(CVariantFind, KeepsTheIndexWhereNothingChanges) {
   list.Erase(-1);
   EXPECT_TRUE(list.HasIndex());
   EXPECT_EQ(FindText(list, "42"), 42);
+
+  list = ManyTexts(100);
+  list.SetSorted(true);
+  CVariant sorted(list);
+  LookUp(sorted, 10);
+  sorted.SetSorted(true);
+  EXPECT_TRUE(sorted.HasIndex());
 }
 
 TEST(CVariantFind, AnswersAnythingInRangeOnceTheListIsTurnedRound) {

@@ -129,10 +129,15 @@ TEST(CVariantScalars, TextKeepsATextTypeAndMakesAStringOfTheRest) {
   const std::string host = HostText('x', "h.example");
   for (const VariantType type : AllTypes()) {
     SCOPED_TRACE(TypeInfo(type).fName);
-    CVariant value = SampleOf(type);
-    value.SetString(MakeText(type == HostAndCertificate ? host : "1.2.3.4").Get());
+    const CStringPtr text = MakeText(type == HostAndCertificate ? host : "1.2.3.4");
+    CVariant value = SampleOf(type), throughInterface = SampleOf(type);
+    value.SetString(text.Get());
     EXPECT_EQ(value.GetType(), TypeFamily::TextScalars.Has(type) ? type : String);
-    EXPECT_EQ(Utf8(value.GetText()), type == HostAndCertificate ? host : "1.2.3.4");
+    EXPECT_EQ(Utf8(value.GetText()), Utf8(text));
+    const CUsePtr<Selvane::IUnicodeString> object(NewUnicodeString(text));
+    throughInterface.SetString(object.Get());
+    EXPECT_EQ(throughInterface.GetType(), value.GetType());
+    EXPECT_EQ(Utf8(throughInterface.GetText()), Utf8(text));
   }
 }
 

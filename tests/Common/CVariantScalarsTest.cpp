@@ -308,6 +308,11 @@ TEST(CVariantScalars, MatchesHostsAgainstARecord) {
   EXPECT_FALSE(HostMatches(empty.Hosts().front(), MakeText("a").Get()));
   const CVariant noHost = TextValue(HostAndCertificate, HostText('c', ""));
   EXPECT_FALSE(HostMatches(noHost.Hosts().front(), MakeText("").Get()));
+  const CVariant anyHost = TextValue(HostAndCertificate, HostText('c', "*"));
+  EXPECT_TRUE(HostMatches(anyHost.Hosts().front(), MakeText("a").Get()));
+  EXPECT_FALSE(HostMatches(anyHost.Hosts().front(), MakeUseCounted<CStringImpl>().Get()));
+  const CVariant badHost = TextValue(HostAndCertificate, HostText('c', "[a"));
+  EXPECT_FALSE(HostMatches(badHost.Hosts().front(), MakeText("[a").Get()));
 
   // The bytes are the text's own where a character is one byte, and UTF-8 elsewhere.
   const CVariant anyByte = TextValue(HostAndCertificate, HostText('c', "?"));

@@ -331,6 +331,14 @@ TEST(CVariantText, HashesWhatItsVariantsAreNow) {
   EXPECT_NE(list.GetHash(), listBefore);
   EXPECT_EQ(list.GetHash(), TextValue(String, "2, x").GetHash());
 
+  // What is kept for an element does not stay at its place when the elements change theirs.
+  EXPECT_EQ(view->GetHash(), TextValue(String, "2").GetHash());
+  const CUsePtr<CRefVariant> second(list.GetMixedListElemRef(1, ok));
+  EXPECT_EQ(second->GetHash(), TextValue(String, "x").GetHash());
+  EXPECT_TRUE(list.ReverseList());
+  EXPECT_EQ(view->GetHash(), TextValue(String, "x").GetHash());
+  EXPECT_EQ(second->GetHash(), TextValue(String, "2").GetHash());
+
   CVariant map = SampleOf(Map);
   const std::uint64_t mapBefore = map.GetHash();
   map.FindMapValue(MakeText("a"))->SetLong(9);

@@ -498,8 +498,8 @@ void IContext::SetVectorOf(std::uint64_t id, const std::vector<T>& values) {
   if (!variant) return;
   AutoRefPtr<const IVectorGeneric> vector = variant->GetVector();
   for (const T& value : values) {
+    if (vector) vector = vector->Append(MakeValue<T>(*this, value));
     if (!vector) return;
-    vector = vector->Append(MakeValue<T>(*this, value));
   }
   variant->AssignVector(vector);
   SetUserData(id, variant);
@@ -511,8 +511,8 @@ void IContext::SetMapOf(std::uint64_t id, const std::map<K, T>& values) {
   if (!variant) return;
   AutoRefPtr<const IMapGeneric> map = variant->GetMap();
   for (const auto& [key, value] : values) {
+    if (map) map = map->Insert(MakeValue<K>(*this, key), MakeValue<T>(*this, value));
     if (!map) return;
-    map = map->Insert(MakeValue<K>(*this, key), MakeValue<T>(*this, value));
   }
   variant->AssignMap(map);
   SetUserData(id, variant);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <string>
@@ -56,8 +57,9 @@ template <>
 struct ValueForm<std::string> {
   static constexpr TypeId kType = kTypeString;
   static std::string Read(const IVariant& variant) {
+    const std::size_t size = variant.GetStringSize();  // first: the bytes hold until the next call
     const char* bytes = variant.GetString();
-    return bytes ? std::string(bytes, variant.GetStringSize()) : std::string();
+    return bytes ? std::string(bytes, size) : std::string();
   }
   static void Write(IVariant& variant, const std::string& value) { variant.AssignString(value); }
 };

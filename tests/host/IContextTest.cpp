@@ -25,22 +25,36 @@ class StoringContext final : public NeutralContext {
 public:
   std::map<std::uint64_t, AutoRefPtr<IVariant>> stored;
   std::set<TypeId> lacking;
-  std::vector<TypeId> made;  // the types asked for, in order
+  std::vector<TypeId> made;   // the types asked for, in order
+  bool hasContainers = true;  // false: variants of containers come without one
+  int mostElements = -1;      // that a container takes; negative for all
   AutoRefPtr<ILogger> logger;
 
 private:
+  static TypeId ScalarOf(TypeId type) { return (type - 1) / 4 * 4 + 1; }
+  AutoRefPtr<const IVectorGeneric> NewVector(TypeId type) const {
+    using Vector = AutoRefPtr<const IVectorGeneric>;
+    return mostElements < 0 ? Vector(new TestVector(ScalarOf(type), {}))
+                            : Vector(new FadingVector(mostElements));
+  }
+  AutoRefPtr<const IMapGeneric> NewMap(TypeId type) const {
+    using Map = AutoRefPtr<const IMapGeneric>;
+    const TypeId key = IsStringMapType(type) ? kTypeString : kTypeNumber;
+    return mostElements < 0 ? Map(new TestMap(key, ScalarOf(type), {}))
+                            : Map(new FadingMap(mostElements));
+  }
   IVariant* Interface_CreateInstance(TypeId type) override {
     made.push_back(type);
     if (lacking.contains(type)) return nullptr;
     auto* variant = new TestVariant(type);
-    const TypeId scalar = (type - 1) / 4 * 4 + 1;
     if (IsVectorType(type)) {
-      variant->AssignVector(AutoRefPtr<const IVectorGeneric>(new TestVector(scalar, {})));
+      if (hasContainers) variant->AssignVector(NewVector(type));
     } else if (IsNumberMapType(type) || IsStringMapType(type)) {
-      const TypeId key = IsStringMapType(type) ? kTypeString : kTypeNumber;
-      variant->AssignMap(AutoRefPtr<const IMapGeneric>(new TestMap(key, scalar, {})));
+      if (hasContainers) variant->AssignMap(NewMap(type));
     } else if (type == kTypeDataRef) {
       variant->AssignData(AutoRefPtr<IDataRef>(new Data("new")));
+    } else if (type == kTypeStream) {
+      variant->AssignStream(AutoRefPtr<IStream>(new SilentStream));
     }
     return variant;
   }
@@ -111,7 +125,9 @@ TEST(IContext, MakesDataAndStreams) {
   const AutoRefPtr<IDataRef> data = context->CreateDataInstance();
   ASSERT_TRUE(data);
   EXPECT_EQ(data->GetCount(), 1);
-  EXPECT_FALSE(context->CreateStreamInstance());
+  const AutoRefPtr<IStream> stream = context->CreateStreamInstance();
+  ASSERT_TRUE(stream);
+  EXPECT_EQ(stream->GetCount(), 1);
   EXPECT_EQ(context->made, (std::vector<TypeId>{13, 17}));
   context->lacking = {13, 17};
   EXPECT_FALSE(context->CreateDataInstance());
@@ -140,6 +156,8 @@ TEST(IContext, KeepsVectorsAsUserData) {
   EXPECT_TRUE(context->GetUserDataAsStringVector(2).empty()) << "another type";
   EXPECT_TRUE(context->GetUserDataAsNumberVector(1).empty());
   EXPECT_TRUE(context->GetUserDataAsBooleanVector(1).empty());
+  context->stored[1] = AutoRefPtr<IVariant>(new TestVariant(10));
+  EXPECT_TRUE(context->GetUserDataAsStringVector(1).empty()) << "a variant without a vector";
 }
 
 template <class Map>
@@ -188,6 +206,36 @@ TEST(IContext, StoresNothingWhereTheHostGivesNoContainer) {
   context->SetUserDataAsStringToStringMap(2, {{"a", "b"}});
   EXPECT_TRUE(context->stored.empty());
   EXPECT_EQ(context->made, (std::vector<TypeId>{10, 12}));
+}
+
+// All elements or none: what was stored before stays.
+TEST(IContext, StoresNothingWhereAContainerDoesNotTakeEveryElement) {
+  const auto context = NewContext();
+  const AutoRefPtr<IVariant> before(new TestVariant(0));
+  context->stored = {{1, before}, {2, before}};
+  const auto expectNothingStored = [&] {
+    context->SetUserDataAsStringVector(1, {"a"});
+    context->SetUserDataAsStringVector(1, {"a", "b"});
+    context->SetUserDataAsNumberToStringMap(2, {{1, "a"}});
+    context->SetUserDataAsNumberToStringMap(2, {{1, "a"}, {2, "b"}});
+    EXPECT_EQ(context->stored[1].get(), before.get());
+    EXPECT_EQ(context->stored[2].get(), before.get());
+  };
+  context->mostElements = 0;
+  expectNothingStored();
+  context->hasContainers = false;
+  expectNothingStored();
+
+  context->hasContainers = true;
+  context->mostElements = 1;
+  context->SetUserDataAsStringVector(1, {"a", "b"});
+  context->SetUserDataAsNumberToStringMap(2, {{1, "a"}, {2, "b"}});
+  EXPECT_EQ(context->stored[1].get(), before.get());
+  EXPECT_EQ(context->stored[2].get(), before.get());
+  context->SetUserDataAsStringVector(1, {"a"});
+  context->SetUserDataAsNumberToStringMap(2, {{1, "a"}});
+  EXPECT_EQ(context->stored[1]->GetType(), 10u);
+  EXPECT_EQ(context->stored[2]->GetType(), 11u);
 }
 
 TEST(IContext, ReadsMissingElementsAsNeutralValues) {

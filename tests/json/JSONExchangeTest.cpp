@@ -63,7 +63,8 @@ FunctionStatus MakeFromText(std::uint32_t count, IVariant* const* arguments, IVa
   ++gCalls;
   EXPECT_EQ(count, 1u);
   AutoRefPtr<HostJson> made(new HostJson(gIsOurs));
-  made->value->ParseText({arguments[0]->GetString(), arguments[0]->GetStringSize()}, true);
+  const std::size_t size = arguments[0]->GetStringSize();
+  made->value->ParseText({arguments[0]->GetString(), size}, true);
   if (gStatus == 0) result->SetUserDefined(Share<IUserDefinedType>(made.get()));
   return gStatus;
 }

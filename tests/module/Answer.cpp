@@ -18,9 +18,10 @@ FunctionStatus CallInto(IVariant* result, ModuleFunction function, const Values&
 }  // namespace
 
 std::string Answer::Text() const {
+  const std::size_t size = result->GetStringSize();
   const char* const bytes = result->GetString();
   if (!bytes) throw std::runtime_error("the result holds no text");
-  return std::string(bytes, result->GetStringSize());
+  return std::string(bytes, size);
 }
 
 Answer CallFunction(ModuleFunction function, const Values& arguments, IContext* context) {

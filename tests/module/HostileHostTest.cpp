@@ -26,27 +26,6 @@ constexpr const char* kVectorFunctions[] = {
 
 // ---- appends
 
-// Takes so many elements, and then there is no vector to go on with.
-class FadingVector final : public InterfaceImpl<IVectorGeneric> {
-public:
-  explicit FadingVector(int rest) : fRest(rest) {}
-
-private:
-  std::size_t Interface_GetSize() const override { return 0; }
-  TypeId Interface_GetElementType() const override { return kTypeString; }
-  IVariant* Interface_Get(std::size_t) const override { return nullptr; }
-  const IVectorGeneric* Interface_Append(IVariant*) const override {
-    return fRest > 0 ? new FadingVector(fRest - 1) : nullptr;
-  }
-  IJSON* Interface_Serialize(IContext*) const override { return nullptr; }
-  std::uint8_t Interface_Deserialize(const IJSON*, IContext*,
-                                     const IVectorGeneric**) const override {
-    return 0;
-  }
-
-  const int fRest;
-};
-
 class FadingContext final : public NeutralContext {
 public:
   explicit FadingContext(int rest) : fRest(rest) {}

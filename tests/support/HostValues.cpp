@@ -1,5 +1,6 @@
 #include "tests/support/HostValues.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <sstream>
 #include <utility>
@@ -20,7 +21,7 @@ AutoRefPtr<TestVariant> TestVariant::Number(double value) {
 
 AutoRefPtr<TestVariant> TestVariant::Text(std::string_view text) {
   AutoRefPtr<TestVariant> variant(new TestVariant(kTypeString));
-  variant->fText = text;
+  variant->fText = std::make_unique<std::string>(text);
   return variant;
 }
 
@@ -44,76 +45,79 @@ AutoRefPtr<TestVariant> TestVariant::Vector(TypeId type,
   return variant;
 }
 
-TypeId TestVariant::Interface_GetType() const {
+void TestVariant::Pass() const {
   CHostFaults::Pass();
+  if (!fIsLent) return;
+  auto text = std::make_unique<std::string>(*fText);
+  std::ranges::fill(*fText, '~');
+  fSpoilt = std::exchange(fText, std::move(text));
+  fIsLent = false;
+}
+
+void TestVariant::CountRead() const {
+  Pass();
   ++fReads;
+}
+
+TypeId TestVariant::Interface_GetType() const {
+  CountRead();
   return fType;
 }
 
 bool TestVariant::Interface_GetBoolean() const {
-  CHostFaults::Pass();
-  ++fReads;
+  CountRead();
   return fBoolean;
 }
 
 double TestVariant::Interface_GetNumber() const {
-  CHostFaults::Pass();
-  ++fReads;
+  CountRead();
   return fNumber;
 }
 
 const char* TestVariant::Interface_GetString() const {
-  CHostFaults::Pass();
-  ++fReads;
+  CountRead();
+  fIsLent = fText != nullptr;
   return fText ? fText->c_str() : nullptr;
 }
 
 std::size_t TestVariant::Interface_GetStringSize() const {
-  CHostFaults::Pass();
-  ++fReads;
+  CountRead();
   if (fClaimedSize) return *fClaimedSize;
   return fText ? fText->size() : 0;
 }
 
 IDataRef* TestVariant::Interface_GetData() const {
-  CHostFaults::Pass();
-  ++fReads;
+  CountRead();
   return Share(fData.get()).release();
 }
 
 IStream* TestVariant::Interface_GetStream() const {
-  CHostFaults::Pass();
-  ++fReads;
+  CountRead();
   return Share(fStream.get()).release();
 }
 
 IUserDefinedType* TestVariant::Interface_GetUserDefined() const {
-  CHostFaults::Pass();
-  ++fReads;
+  CountRead();
   return Share(fObject.get()).release();
 }
 
 std::size_t TestVariant::Interface_GetVectorSize() const {
-  CHostFaults::Pass();
-  ++fReads;
+  CountRead();
   return fVector ? fVector->GetSize() : 0;
 }
 
 const IVectorGeneric* TestVariant::Interface_GetVector() const {
-  CHostFaults::Pass();
-  ++fReads;
+  CountRead();
   return Share(fVector.get()).release();
 }
 
 std::size_t TestVariant::Interface_GetMapSize() const {
-  CHostFaults::Pass();
-  ++fReads;
+  CountRead();
   return fMap ? fMap->GetSize() : 0;
 }
 
 const IMapGeneric* TestVariant::Interface_GetMap() const {
-  CHostFaults::Pass();
-  ++fReads;
+  CountRead();
   return Share(fMap.get()).release();
 }
 
@@ -122,18 +126,18 @@ std::uint8_t TestVariant::Interface_IsEqual(const IVariant* other) const {
 }
 
 void TestVariant::Interface_Assign(const IVariant*) {
-  CHostFaults::Pass();
+  Pass();
   fChanges.emplace_back("Assign");
 }
 
 void TestVariant::Interface_AssignBoolean(bool value) {
-  CHostFaults::Pass();
+  Pass();
   fBoolean = value;
   fChanges.emplace_back(value ? "AssignBoolean true" : "AssignBoolean false");
 }
 
 void TestVariant::Interface_AssignNumber(double value) {
-  CHostFaults::Pass();
+  Pass();
   fNumber = value;
   std::ostringstream line;
   line << "AssignNumber " << value;
@@ -141,9 +145,9 @@ void TestVariant::Interface_AssignNumber(double value) {
 }
 
 void TestVariant::Interface_AssignString(const char* bytes, std::size_t size) {
-  CHostFaults::Pass();
+  Pass();
   if (bytes) {
-    fText = std::string(bytes, size);
+    fText = std::make_unique<std::string>(bytes, size);
     fChanges.push_back("AssignString '" + *fText + "'");
   } else {
     fText.reset();
@@ -152,31 +156,31 @@ void TestVariant::Interface_AssignString(const char* bytes, std::size_t size) {
 }
 
 void TestVariant::Interface_AssignData(IDataRef* data) {
-  CHostFaults::Pass();
+  Pass();
   fData = Share(data);
   fChanges.emplace_back("AssignData");
 }
 
 void TestVariant::Interface_AssignStream(IStream* stream) {
-  CHostFaults::Pass();
+  Pass();
   fStream = Share(stream);
   fChanges.emplace_back("AssignStream");
 }
 
 void TestVariant::Interface_SetUserDefined(IUserDefinedType* object) {
-  CHostFaults::Pass();
+  Pass();
   fObject = Share(object);
   fChanges.emplace_back(object ? "SetUserDefined" : "SetUserDefined null");
 }
 
 void TestVariant::Interface_AssignVector(const IVectorGeneric* vector) {
-  CHostFaults::Pass();
+  Pass();
   fVector = Share(vector);
   fChanges.emplace_back(vector ? "AssignVector" : "AssignVector null");
 }
 
 void TestVariant::Interface_AssignMap(const IMapGeneric* map) {
-  CHostFaults::Pass();
+  Pass();
   fMap = Share(map);
   fChanges.emplace_back(map ? "AssignMap" : "AssignMap null");
 }
@@ -220,8 +224,9 @@ std::vector<std::string> TextsOf(const AutoRefPtr<const IVectorGeneric>& vector)
   const std::size_t size = vector ? vector->GetSize() : 0;
   for (std::size_t index = 0; index < size; ++index) {
     const auto element = vector->Get(index);
+    const std::size_t length = element ? element->GetStringSize() : 0;
     const char* const bytes = element ? element->GetString() : nullptr;
-    texts.push_back(bytes ? std::string(bytes, element->GetStringSize()) : "(null)");
+    texts.push_back(bytes ? std::string(bytes, length) : "(null)");
   }
   return texts;
 }

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <exception>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -42,7 +43,8 @@ private:
 // A variant that a test fills, and that tells what the module did with it.
 //
 // Invariant: the module sees only what its factory set and what was assigned since; a getter of
-// another type answers nothing.
+// another type answers nothing. The bytes that it lends are spoilt when anything is done with it:
+// they hold until the next call, and no longer.
 class TestVariant final : public Tovrin::InterfaceImpl<Tovrin::IVariant> {
 public:
   explicit TestVariant(Tovrin::TypeId type) : fType(type) {}
@@ -94,16 +96,23 @@ private:
   std::uint8_t Interface_Deserialize(const Tovrin::IJSON*, Tovrin::IContext*) override { return 0; }
   Tovrin::IJSON* Interface_Serialize(Tovrin::IContext*) const override { return nullptr; }
 
+  void Pass() const;       // what every callback begins with
+  void CountRead() const;  // and every question
+
   const Tovrin::TypeId fType;
   bool fBoolean = false;
   double fNumber = 0;
-  std::optional<std::string> fText;
   std::optional<std::size_t> fClaimedSize;
   Tovrin::AutoRefPtr<Tovrin::IDataRef> fData;
   Tovrin::AutoRefPtr<Tovrin::IStream> fStream;
   Tovrin::AutoRefPtr<Tovrin::IUserDefinedType> fObject;
   Tovrin::AutoRefPtr<const Tovrin::IVectorGeneric> fVector;
   Tovrin::AutoRefPtr<const Tovrin::IMapGeneric> fMap;
+
+  // The text moves on to bytes of its own when those that it had are lent.
+  mutable std::unique_ptr<std::string> fText;  // may be null
+  mutable std::unique_ptr<std::string> fSpoilt;
+  mutable bool fIsLent = false;
 
   std::vector<std::string> fChanges;
   mutable std::size_t fReads = 0;
@@ -162,6 +171,59 @@ private:
   const Tovrin::TypeId fKeyType;
   const Tovrin::TypeId fValueType;
   const Pairs fPairs;
+};
+
+// A vector that takes so many elements, and then gives nothing to go on with.
+class FadingVector final : public Tovrin::InterfaceImpl<Tovrin::IVectorGeneric> {
+public:
+  explicit FadingVector(int rest) : fRest(rest) {}
+
+private:
+  std::size_t Interface_GetSize() const override { return 0; }
+  Tovrin::TypeId Interface_GetElementType() const override { return Tovrin::kTypeString; }
+  Tovrin::IVariant* Interface_Get(std::size_t) const override { return nullptr; }
+  const Tovrin::IVectorGeneric* Interface_Append(Tovrin::IVariant*) const override {
+    return fRest > 0 ? new FadingVector(fRest - 1) : nullptr;
+  }
+  Tovrin::IJSON* Interface_Serialize(Tovrin::IContext*) const override { return nullptr; }
+  std::uint8_t Interface_Deserialize(const Tovrin::IJSON*, Tovrin::IContext*,
+                                     const Tovrin::IVectorGeneric**) const override {
+    return 0;
+  }
+
+  const int fRest;
+};
+
+// The same as a map.
+class FadingMap final : public Tovrin::InterfaceImpl<Tovrin::IMapGeneric> {
+public:
+  explicit FadingMap(int rest) : fRest(rest) {}
+
+private:
+  Tovrin::TypeId Interface_GetKeyType() const override { return Tovrin::kTypeNumber; }
+  Tovrin::TypeId Interface_GetMappedValueType() const override { return Tovrin::kTypeString; }
+  std::size_t Interface_GetSize() const override { return 0; }
+  Tovrin::IVariant* Interface_GetKeyAt(std::size_t) const override { return nullptr; }
+  Tovrin::IVariant* Interface_GetValueAt(std::size_t) const override { return nullptr; }
+  const Tovrin::IMapGeneric* Interface_Insert(Tovrin::IVariant*, Tovrin::IVariant*) const override {
+    return fRest > 0 ? new FadingMap(fRest - 1) : nullptr;
+  }
+  Tovrin::IJSON* Interface_Serialize(Tovrin::IContext*) const override { return nullptr; }
+  std::uint8_t Interface_Deserialize(const Tovrin::IJSON*, Tovrin::IContext*,
+                                     const Tovrin::IMapGeneric**) const override {
+    return 0;
+  }
+
+  const int fRest;
+};
+
+// A stream at its end that never had a byte.
+class SilentStream final : public Tovrin::InterfaceImpl<Tovrin::IStream> {
+  std::size_t Interface_GetCurrentSize() const override { return 0; }
+  std::size_t Interface_Read(void*, std::size_t, std::size_t) const override { return 0; }
+  void Interface_DiscardBefore(std::size_t) override {}
+  bool Interface_IsFinished() const override { return true; }
+  bool Interface_NeedMoreData(Tovrin::IContext*, std::size_t) override { return false; }
 };
 
 // The texts of a VECTOR<STRING>; none of an empty reference. A null element counts as "(null)".

@@ -19,14 +19,6 @@ using namespace Tovrin;
 
 namespace {
 
-class SilentStream final : public InterfaceImpl<IStream> {
-  std::size_t Interface_GetCurrentSize() const override { return 0; }
-  std::size_t Interface_Read(void*, std::size_t, std::size_t) const override { return 0; }
-  void Interface_DiscardBefore(std::size_t) override {}
-  bool Interface_IsFinished() const override { return true; }
-  bool Interface_NeedMoreData(IContext*, std::size_t) override { return false; }
-};
-
 // A value of the type that is not its neutral one.
 template <class T>
 T Sample() {

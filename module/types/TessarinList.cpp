@@ -1,5 +1,6 @@
 #include "module/types/TessarinList.h"
 
+#include <algorithm>
 #include <exception>
 
 #include "Common/CVariant.h"
@@ -56,8 +57,9 @@ IJSON* TessarinList::Interface_Serialize() const {
 }
 
 bool TessarinList::ReadEntries(const IJSON& entries) {
+  constexpr std::size_t kMostReserved = 65536;  // no more on the word of a host
   const std::size_t count = entries.Size();
-  fRegexes->Reserve(count);
+  fRegexes->Reserve(std::min(count, kMostReserved));
   for (std::size_t i = 0; i < count; ++i) {
     const AutoRefPtr<IJSON> element = entries.At(i);
     if (!element || !element->IsObject()) continue;

@@ -190,6 +190,62 @@ TEST(HostileHosts, WhoseJsonLiesChangeNothing) {
   EXPECT_TRUE(load({}));
 }
 
+// The saved form of a list, which is its own array of entries, with as many of them as it claims.
+class LyingEntries final : public NeutralJSON {
+public:
+  LyingEntries(std::size_t claimed, std::vector<LyingMember> elements)
+      : fClaimed(claimed), fElements(std::move(elements)) {}
+
+private:
+  IJSON* Interface_Get(const char*) const override { return new LyingEntries(fClaimed, fElements); }
+  bool Interface_IsArray() const override { return true; }
+  std::size_t Interface_Size() const override { return fClaimed; }
+  IJSON* Interface_At(std::size_t index) const override {
+    return index < fElements.size() ? new LyingJson(fElements[index]) : nullptr;
+  }
+
+  const std::size_t fClaimed;
+  const std::vector<LyingMember> fElements;
+};
+
+TEST(HostileHosts, WhoseJsonLiesFillAListWithWhatIsThere) {
+  const auto list = TestVariant::Object(
+      kTestListId, Call("tovrin_module_StringListToRegExList",
+                        {TestVariant::Vector(10, TestVector::Texts({"before"}))})
+                       .Object());
+  const auto load = [&](std::size_t claimed, const std::vector<LyingMember>& elements) {
+    const AutoRefPtr<IJSON> json(new LyingEntries(claimed, elements));
+    const bool isLoaded = list->GetUserDefined()->Deserialize(json.get());
+    EXPECT_EQ(json->GetCount(), 1);
+    return isLoaded;
+  };
+  const auto texts = [&] {
+    return Call("tovrin_module_RegExListToString", {list, Text("|")}).Text();
+  };
+
+  EXPECT_TRUE(load(2, {{}, {}}));
+  EXPECT_EQ(texts(), "x|x");
+  EXPECT_TRUE(load(1, {{}, {}})) << "no more are asked for than there are said to be";
+  EXPECT_EQ(texts(), "x");
+  const LyingMember flaws[] = {
+      {.isThere = false}, {.isString = false}, {.gives = false}, {.gives = false, .size = 2000}};
+  for (const LyingMember& flaw : flaws) {
+    EXPECT_FALSE(load(2, {flaw, {}}));
+    EXPECT_EQ(texts(), "x");
+  }
+  EXPECT_FALSE(load(3, {{}, {}})) << "the third is none";
+  EXPECT_EQ(texts(), "x|x");
+  EXPECT_TRUE(load(0, {{.thrown = "never asked"}}));
+  EXPECT_EQ(texts(), "");
+
+  // No memory is taken on the word of a host.
+  for (const std::size_t claimed : {SIZE_MAX, SIZE_MAX / 16, std::size_t{1} << 40}) {
+    EXPECT_THROW(load(claimed, {{}, {.thrown = "the host's own"}}), std::out_of_range) << claimed;
+    EXPECT_EQ(texts(), "x");
+    EXPECT_TRUE(Call("tovrin_module_MatchesInList", {list, Text("x")}).Boolean());
+  }
+}
+
 // ---- sizes
 
 // A text that tells of more bytes than any text can have.

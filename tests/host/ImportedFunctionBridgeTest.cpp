@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -66,6 +67,7 @@ public:
   AutoRefPtr<TestModuleInfo> info{new TestModuleInfo};
   AutoRefPtr<ILogger> logger;
   TypeId userType = 0;
+  std::function<void()> whenAskedForAVariant = [] {};
 
   mutable int timesAskedForInstance = 0;
   std::vector<std::string> asked;   // for functions
@@ -88,6 +90,7 @@ private:
   }
   IVariant* Interface_CreateInstance(TypeId type) override {
     made.push_back(type);
+    whenAskedForAVariant();
     return givesVariants ? new TestVariant(type) : nullptr;
   }
   TypeId Interface_FindType(const char* name) const override {
@@ -231,6 +234,21 @@ TEST_F(CustomerPolicy, RaisesAFailureStatusAndKeepsTheAnswer) {
                                         row.words + "QRX.InCustomerControlledPolicy'"}));
     }
   }
+}
+
+// Between the look for the function and its call another instance takes its place.
+TEST_F(CustomerPolicy, IsFalseWhereTheFunctionGoesBeforeItsCall) {
+  const AutoRefPtr<ImportingContext> context(new ImportingContext);
+  const AutoRefPtr<ImportingContext> without(new ImportingContext);
+  without->function = nullptr;
+  context->whenAskedForAVariant = [&] { EXPECT_FALSE(CustomerPolicyCheck(without.get())); };
+  EXPECT_FALSE(CustomerPolicyCheck(context.get()));
+  EXPECT_EQ(gTarget.calls, 0);
+  EXPECT_TRUE(context->raised.empty());
+  EXPECT_EQ(without->raised.size(), 1u);
+
+  context->whenAskedForAVariant = [] {};
+  EXPECT_TRUE(CustomerPolicyCheck(context.get())) << "it is looked for again";
 }
 
 TEST_F(CustomerPolicy, IsFalseWithoutAResultVariant) {

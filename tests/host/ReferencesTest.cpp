@@ -16,7 +16,6 @@
 
 #include "host/AutoRefPtr.h"
 #include "host/Data.h"
-#include "host/HostSlot.h"
 #include "host/IHash.h"
 #include "host/IUserDefinedType.h"
 #include "host/InterfaceImpl.h"
@@ -424,53 +423,6 @@ TEST(Data, ClonesAreIndependent) {
   EXPECT_EQ(clone->GetCount(), 1);
   data->Assign("x", 1);
   EXPECT_TRUE(clone->IsEqual(Bytes("abc").get()));
-}
-
-// ------------------------------------------------------------------------------------ the slot
-
-class SilentHost : public InterfaceImpl<IHost> {
-public:
-  std::vector<std::string> lines;
-
-private:
-  void Interface_PrintError(const char* module, const char* message, const char* empty,
-                            const char* errorId, const char* className, const char* function,
-                            std::int32_t zero) override {
-    lines.push_back(std::string(module) + "|" + message + "|" + empty + "|" + errorId + "|" +
-                    className + "|" + function + "|" + std::to_string(zero));
-  }
-  void Interface_PrintDebug(std::uint32_t, const char*, const char*, const char*, const char*,
-                            std::uint32_t, const char*) override {}
-  bool Interface_IsDebugActive() const override { return false; }
-  bool Interface_IsFunctionLevelEnabled(std::uint32_t, const char*, const char*) const override {
-    return false;
-  }
-  bool Interface_IsLevelEnabled(std::uint32_t, const char*) const override { return false; }
-  void Interface_ApplyDebugConfiguration(const char*) override {}
-};
-
-TEST(HostSlot, GivesItsHostWithAReference) {
-  EXPECT_FALSE(GetHost());
-  const AutoRefPtr<SilentHost> host(new SilentHost);
-  HostSlot.store(host.get());
-  {
-    const AutoRefPtr<IHost> held = GetHost();
-    EXPECT_EQ(held.get(), host.get());
-    EXPECT_EQ(host->GetCount(), 2);
-  }
-  EXPECT_EQ(host->GetCount(), 1);
-  HostSlot.store(nullptr);
-}
-
-TEST(IHost, HasDefaultsForTheServicesBehindTheContract) {
-  const AutoRefPtr<SilentHost> host(new SilentHost);
-  host->ReportFatalError("no memory");
-  EXPECT_EQ(host->lines, (std::vector<std::string>{"Tessarin|no memory||OutOfMemory|||0"}));
-  char path[8] = "path";
-  std::uint32_t flags = 7;
-  EXPECT_FALSE(host->GetTemporaryFile(path, sizeof path, path, sizeof path, &flags));
-  EXPECT_STREQ(path, "path");
-  EXPECT_EQ(flags, 7u);
 }
 
 }  // namespace

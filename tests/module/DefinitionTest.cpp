@@ -18,6 +18,12 @@ std::size_t Count(std::string_view text, std::string_view what) {
   return count;
 }
 
+// Looks at the text before the initialisers of any later priority have run.
+struct EarlyReader {
+  const std::size_t size = ModuleDefinition.size();
+};
+[[gnu::init_priority(201)]] const EarlyReader gEarlyReader;
+
 // What a host was given once, byte for byte.
 std::string GoldenText() {
   return ReadWholeFile(SourceDir() / "tests/module/definition.txt");
@@ -32,6 +38,10 @@ TEST(Definition, IsBuiltWithEmptyLastSlotsThatTheFirstCallTakesOut) {
   EXPECT_EQ(Count(text, ",)"), 0u);
   EXPECT_EQ(Count(text, ",,"), 0u);
   EXPECT_EQ(text, GoldenText());
+}
+
+TEST(Definition, IsWholeBeforeAnythingElseIsBuilt) {
+  EXPECT_EQ(gEarlyReader.size, 3283u + 24u);
 }
 
 TEST(Definition, IsTheSameTextAtTheSameAddressOnEveryCall) {

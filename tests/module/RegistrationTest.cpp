@@ -31,17 +31,20 @@ int Register(const LoadedModule& module, IModuleInfo* info) {
   return module.Symbol<int(IModuleInfo*)>("RegistrationDoneWithReturn")(info);
 }
 
+AutoRefPtr<IUserDefinedType> Make(const LoadedModule& module, const char* function,
+                                  const Values& arguments) {
+  return CallFunction(module.Function(function), arguments, nullptr).Object();
+}
+
 // The id that the module stamps into objects of its own.
 TypeId OwnTessarinId(const LoadedModule& module) {
-  const Answer made = CallFunction(module.Function("tovrin_module_StringToRegEx"),
-                                   {TestVariant::Text("a")}, nullptr);
-  return made.Object()->GetType();
+  return Make(module, "tovrin_module_StringToRegEx", {TestVariant::Text("a")})->GetType();
 }
 
 TypeId OwnListId(const LoadedModule& module) {
-  const Answer made = CallFunction(module.Function("tovrin_module_StringListToRegExList"),
-                                   {TestVariant::Vector(10, TestVector::Texts({}))}, nullptr);
-  return made.Object()->GetType();
+  return Make(module, "tovrin_module_StringListToRegExList",
+              {TestVariant::Vector(10, TestVector::Texts({}))})
+      ->GetType();
 }
 
 struct Row {
@@ -146,6 +149,23 @@ TEST(Registration, LetsTheHostsExceptionsOutAndDropsItsReferences) {
   CHostFaults::Arm(kCallbacks);
   EXPECT_EQ(Register(module, host.info.get()), 0);
   CHostFaults::Disarm();
+}
+
+TEST(Registration, IsWhereEveryFunctionThatMakesAnExpressionHasItsIdFrom) {
+  const LoadedModule module;
+  const StartUp host({{"Tessarin", 21}, {"Tessarin.List", 25}});
+  ASSERT_EQ(Register(module, host.info.get()), 0);
+  EXPECT_EQ(Make(module, "tovrin_module_GlobToRegEx",
+                 {TestVariant::Text("a*"), TestVariant::Boolean(true)})
+                ->GetType(),
+            21u);
+  using Factory = IUserDefinedType*(std::uint32_t);
+  const AutoRefPtr<IUserDefinedType> list(
+      module.Symbol<Factory>("tovrin_module_CreateTessarinList")(99));
+  EXPECT_EQ(
+      Make(module, "tovrin_module_Get", {TestVariant::Object(25, list), TestVariant::Number(0)})
+          ->GetType(),
+      21u);
 }
 
 TEST(Registration, DoesNotTouchTheIdThatAFactoryIsGiven) {

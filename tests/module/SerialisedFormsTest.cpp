@@ -96,8 +96,10 @@ TEST(SerialisedForms, AnExpressionIsAnObjectWithOneMember) {
 }
 
 TEST(SerialisedForms, ExpressionsComeBackAsTheyWere) {
-  for (const char* text :
-       {"a", "\"", "\\\\", "a\tb\n", "\x01\x1f", "\xC3\xA9", "x\"],", "[a-z]+"}) {
+  const std::string texts[] = {"a",      "\"",       "\\\\",
+                               "a\tb\n", "\x01\x1f", "\xC3\xA9",
+                               "x\"],",  "[a-z]+",   std::string(5000, 'a')};
+  for (const std::string& text : texts) {
     SCOPED_TRACE(text);
     const Object saved = Expression(text)->GetUserDefined();
     const Object restored = NewTessarin();
@@ -187,6 +189,9 @@ TEST(SerialisedForms, AListsTextsAreWrittenWithoutEscapes) {
     EXPECT_EQ(Saved(breaking), "{}");
     EXPECT_EQ(breaking->Serialize()->GetErrorStatus(), IJSON::StatusError);
   }
+  const auto cut = Call("tovrin_module_AppendToRegExList",
+                        {Argument(NewList()), ::Text(std::string_view("a\0b", 3))});
+  EXPECT_EQ(Saved(cut.Object()), "{}") << "a zero byte ends the text in the middle";
   const Object escaped = NewList();
   Add(escaped, R"(a\"b)");
   const Object restored = NewList();
@@ -226,6 +231,8 @@ TEST(SerialisedForms, AListTakesTheEntriesThatItCanRead) {
   } kRows[] = {
       {R"({"entries":[]})", 0, true},
       {R"({"entries":[{"value":"a"},{"value":"b"}]})", 2, true},
+      // What the matcher is built with is a text like any other, and this matches it.
+      {R"({"entries":[{"value":"thisis.*"}]})", 1, true},
       {R"({"entries":[{"value":"a"},5]})", 1, false},
       {R"({"entries":[{"value":"a"},{},{"value":1},[],{"value":"b"}]})", 2, false},
       {R"({"entries":{"value":"a"}})", 0, false},

@@ -94,6 +94,8 @@ TEST(SetHost, KeepsTheFirstHostAndTakesNoReferenceOfASecond) {
     EXPECT_TRUE(SetHost(module, PointerTo(first)).Boolean());
     EXPECT_TRUE(SetHost(module, PointerTo(second)).Boolean());
     EXPECT_TRUE(SetHost(module, PointerTo(first)).Boolean());
+    EXPECT_TRUE(SetHost(module, TestVariant::Data(AutoRefPtr<IDataRef>(new ShortData))).Boolean())
+        << "what comes later is not looked at";
     EXPECT_EQ(first->GetCount(), 2);
     EXPECT_EQ(second->GetCount(), 1);
   }

@@ -2,10 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
 #include "host/IJSON.h"
 #include "module/types/Tessarin.h"
+#include "tests/Common/QuestionedHost.h"
+#include "tests/support/HostContext.h"
+#include "tests/support/HostValues.h"
 
 using namespace Tovrin;
 
@@ -73,6 +78,40 @@ TEST(TessarinList, IsEqualToEveryUserDefinedValue) {
   EXPECT_TRUE(a->IsEqual(expression.get()));
   EXPECT_TRUE(expression->IsEqual(a.get()));
   EXPECT_FALSE(a->IsEqual(nullptr));
+}
+
+extern "C" FunctionStatus AnswerYes(std::uint32_t, IVariant* const*, IVariant* result, IModuleInfo*,
+                                    IContext*) {
+  result->AssignBoolean(true);
+  return 0;
+}
+
+// A transaction of a customer's policy.
+class CustomersContext final : public NeutralContext {
+  std::uint64_t Interface_GetTovrinInstanceId() const override { return 71; }
+  IVariant* Interface_CreateInstance(TypeId type) override { return new TestVariant(type); }
+  ModuleFunction Interface_GetFunction(const char*, std::uint32_t, const char* const*,
+                                       IModuleInfo**, std::uint32_t) override {
+    return &AnswerYes;
+  }
+};
+
+// What is wrong with an entry is told to the log when the matcher is built, and not before.
+TEST(TessarinList, IsLoadedWithoutItsMatcherInACustomersPolicy) {
+  const AutoRefPtr<IContext> context(new CustomersContext);
+  const auto json = AutoRefPtr<Tessarin>(new Tessarin(21))->Serialize();
+  ASSERT_TRUE(json->Parse(R"({"entries":[{"value":"("}]})"));
+  const ListPtr list = Make({});
+  const HostInSlot host{Gates{}};
+
+  EXPECT_TRUE(list->Deserialize(json.get(), context.get()));
+  EXPECT_TRUE(host->fPrinted.empty()) << host->fPrinted.front().message;
+  EXPECT_FALSE(list->Matches("("));
+  EXPECT_FALSE(host->fPrinted.empty());
+
+  host->fPrinted.clear();
+  EXPECT_FALSE(list->Deserialize(json.get()));
+  EXPECT_FALSE(host->fPrinted.empty()) << "without a policy the load itself builds it";
 }
 
 TEST(TessarinList, HasNoBinaryForm) {

@@ -38,6 +38,13 @@ CaptureMatcher::CaptureMatcher(const Program& program, const SyntaxTree& tree)
 }
 
 bool CaptureMatcher::Run(const CaptureQuery& query, std::vector<std::size_t>& slots) {
+  if (query.trail != nullptr) {
+    if (Follow(query, *query.trail, slots)) return true;
+    if (query.lastStart == query.firstStart) return false;
+    CaptureQuery later = query;
+    later.firstStart = query.trail->NextMatch(query.firstStart + 1);
+    return later.firstStart != kNowhere && Follow(later, *query.trail, slots);
+  }
   const std::size_t places = query.end - query.firstStart + 1;
   if (fMayBacktrack && places <= kMaxVisitBits &&
       (fVisitCount == 0 || places <= kMaxVisitBits / fVisitCount)) {
@@ -45,7 +52,7 @@ bool CaptureMatcher::Run(const CaptureQuery& query, std::vector<std::size_t>& sl
   }
   if (query.suffixes != nullptr &&
       fTrail.Read(*query.suffixes, query.subject, query.firstStart, query.end)) {
-    return Follow(query, slots);
+    return Follow(query, fTrail, slots);
   }
   return RunThreads(query, slots);
 }
@@ -57,19 +64,21 @@ std::size_t CaptureMatcher::MemoryKept() const {
          fVisited.capacity() * sizeof(std::uint64_t);
 }
 
-bool CaptureMatcher::Follow(const CaptureQuery& query, std::vector<std::size_t>& slots) {
+bool CaptureMatcher::Follow(const CaptureQuery& query, LazyDfa::Trail& trail,
+                            std::vector<std::size_t>& slots) {
   slots.assign(fSlotCount, kNowhere);
   StateId id = query.start;
   for (std::size_t pos = query.firstStart;; ++pos) {
     const bool isAtEnd = pos == query.end;
-    const auto leadingOn = isAtEnd ? std::span<const StateId>() : fTrail.At(pos);
+    const auto leadingOn = isAtEnd ? std::span<const StateId>() : trail.At(pos);
     fInNow.Clear();
     StateId chosen = 0;
     const bool isFound = VisitLeaves(query, id, pos, slots, [&](StateId leaf) {
       chosen = leaf;
-      return fProgram.states[leaf].op == Op::Accept ? isAtEnd : Contains(leadingOn, leaf);
+      return fProgram.states[leaf].op == Op::Accept ? AcceptsAt(query, query.firstStart, pos)
+                                                    : Contains(leadingOn, leaf);
     });
-    if (!isFound || isAtEnd) return isFound;
+    if (!isFound || fProgram.states[chosen].op == Op::Accept) return isFound;
     id = fProgram.states[chosen].next;
   }
 }

@@ -24,6 +24,8 @@ struct CaptureQuery {
   // Knows from which states of the program the text matches up to `end`. Only where the match is
   // known to begin at firstStart and to end there; null where nothing knows.
   const LazyDfa* suffixes = nullptr;
+  // Has read the text up to `end`, with Goal Any. Not with the former.
+  LazyDfa::Trail* trail = nullptr;
 };
 
 // Finds where the groups of a match stand: the match that the order of the ways prefers, which is
@@ -31,7 +33,8 @@ struct CaptureQuery {
 //
 // In short texts ways are tried one after the other. A longer match whose ends are known is read
 // from its end first, by an automaton, which tells at each place what leads on; then its way is
-// gone without a wrong step. What is left goes all ways at once.
+// gone without a wrong step. The same goes for the many matches of a walk, for which the whole text
+// was read. What is left goes all ways at once.
 //
 // The program must be free of back-references and of counted passes (UnrollEmptyPasses). Slots are
 // positions, kNowhere for those never written; those behind the groups' hold for each look-ahead of
@@ -84,8 +87,8 @@ private:
     }
   };
 
-  // Goes the preferred way along fTrail; false when it leads nowhere.
-  bool Follow(const CaptureQuery& query, std::vector<std::size_t>& slots);
+  // Goes the preferred way from firstStart along a trail; false when it leads nowhere.
+  bool Follow(const CaptureQuery& query, LazyDfa::Trail& trail, std::vector<std::size_t>& slots);
   bool Backtrack(const CaptureQuery& query, std::vector<std::size_t>& slots);
   bool BacktrackFrom(const CaptureQuery& query, std::size_t start, std::vector<std::size_t>& slots);
   bool RunThreads(const CaptureQuery& query, std::vector<std::size_t>& slots);

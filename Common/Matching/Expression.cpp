@@ -88,6 +88,9 @@ struct Expression::Notes {
   // Behind the first place, and whether matches of look-aheads may be empty.
   std::optional<LookAheadTable> lookAheads[2];
   std::uint64_t steps = 0;  // that they have taken together on Road::Exact
+  // Those of an expression without look-aheads, so far, and what the rest of them share.
+  std::size_t searches = 0;
+  std::optional<LazyDfa::Trail> trail;
 };
 
 // All that one expression compiles to.
@@ -179,7 +182,7 @@ public:
     const Subject subject{text, from, flags.hasPrevious};
     const bool isAnchored = flags.onlyNonEmptyHere || fStartsAtBegin;
     if (fUnrolled && fLookAheads.IsEmpty() && fOptions.useAutomata) {
-      return SearchByAutomata(subject, isAnchored, flags, captures);
+      return SearchByAutomata(subject, isAnchored, flags, notes, captures);
     }
     const bool isWholeText = from == 0 && !flags.hasPrevious && !flags.onlyNonEmptyHere;
     if (isWholeText && MaySearchByAutomata() && !IsFoundByAutomata(text)) return false;
@@ -216,6 +219,7 @@ private:
     WholeBySuffixes,  // with look-aheads
     AnyBySuffixes,
     UpToEndBySuffixes,  // of a match whose end is known, without look-aheads
+    AllBySuffixes,      // of all matches of a text, without look-aheads
     AutomatonCount
   };
 
@@ -282,11 +286,12 @@ private:
   }
 
   [[nodiscard]] LazyDfa::Setup SetupOf(AutomatonKind kind) const {
-    static constexpr Goal kGoals[] = {Goal::Whole,   Goal::Any,   Goal::First, Goal::First,
-                                      Goal::Longest, Goal::Whole, Goal::Any,   Goal::Whole};
+    static constexpr Goal kGoals[] = {Goal::Whole, Goal::Any,     Goal::First,
+                                      Goal::First, Goal::Longest, Goal::Whole,
+                                      Goal::Any,   Goal::Whole,   Goal::Any};
     const bool asksSuffixes = kind >= WholeBySuffixes;
     const bool isBackward = kind == LongestBackward || asksSuffixes;
-    const bool ordersWays = kGoals[kind] == Goal::First || kind == UpToEndBySuffixes;
+    const bool ordersWays = kGoals[kind] == Goal::First || kind >= UpToEndBySuffixes;
     return {.program = kind == LongestBackward ? BackwardProgram()
                        : ordersWays            ? *fUnrolled
                                                : fProgram,
@@ -313,9 +318,33 @@ private:
     return *built;
   }
 
+  // What lies behind a match may have been read to its end to tell, so a walk of many searches has
+  // the rest of the text read once for all that follow. Null where a walk is not so far, or the
+  // budget of the automaton does not suffice.
+  LazyDfa::Trail* TrailOfAll(const Subject& subject, Notes& notes) const {
+    if (!fOptions.useTrails || notes.searches++ < fOptions.searchesAlone) return nullptr;
+    if (notes.searches == fOptions.searchesAlone + 1) {
+      notes.trail.emplace();
+      const bool isRead =
+          notes.trail->Read(Automaton(AllBySuffixes), subject, subject.from, subject.text.size());
+      if (!isRead) notes.trail.reset();
+    }
+    return notes.trail ? &*notes.trail : nullptr;
+  }
+
   // First where the match ends, then where it begins, then the groups in between.
   bool SearchByAutomata(const Subject& subject, bool isAnchored, const SearchFlags& flags,
-                        Captures& captures) const {
+                        Notes& notes, Captures& captures) const {
+    if (LazyDfa::Trail* const trail = TrailOfAll(subject, notes)) {
+      const CaptureQuery query{.subject = subject,
+                               .start = fUnrolled->start,
+                               .firstStart = subject.from,
+                               .lastStart = isAnchored ? subject.from : subject.text.size(),
+                               .end = subject.text.size(),
+                               .refusesEmpty = flags.onlyNonEmptyHere,
+                               .trail = trail};
+      return RunMatcher(query, captures);
+    }
     const auto kind = isAnchored ? FirstForwardAnchored : FirstForward;
     const std::size_t end = Automaton(kind).Run(subject, subject.from, flags.onlyNonEmptyHere);
     if (end == kNowhere) return false;

@@ -62,8 +62,9 @@ public:
     MemoryAllowance* allowance = nullptr;  // for them and others' together; outlives the expression
     bool useLiterals = true;  // texts without a literal that every match has are not looked into
     bool useAutomata = true;
-    bool useTrails = true;        // to captures of matches whose ends are known
-    bool useBacktracking = true;  // in the matcher of captures, over short texts
+    bool useTrails = true;           // to captures of matches whose ends are known
+    std::size_t searchesAlone = 64;  // of a walk, before the rest of the text is read for all
+    bool useBacktracking = true;     // in the matcher of captures, over short texts
     bool unrollEmptyPasses = true;
     std::uint64_t maxSteps = 50'000'000;  // on Road::Exact, besides a few for each byte of the text
   };

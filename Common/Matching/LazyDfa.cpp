@@ -412,11 +412,23 @@ bool LazyDfa::Trail::ReadBlock(std::size_t block) {
   return true;
 }
 
-std::span<const StateId> LazyDfa::Trail::At(std::size_t pos) {
+const LazyDfa::DfaState& LazyDfa::Trail::StateAt(std::size_t pos) {
   const std::size_t block = (pos - fBegin) / kBlock;
   if (block != fBlock) ReadBlock(block);  // by ways that the first reading went
-  const DfaState& state = *fStates[pos - fBegin - block * kBlock];
+  return *fStates[pos - fBegin - block * kBlock];
+}
+
+std::span<const StateId> LazyDfa::Trail::At(std::size_t pos) {
+  const DfaState& state = StateAt(pos);
   return {state.Kernel(), state.kernelSize};
+}
+
+// The state in front of a byte tells of the place behind it.
+std::size_t LazyDfa::Trail::NextMatch(std::size_t pos) {
+  for (; pos <= fEnd; ++pos) {
+    if (StateAt(pos - 1).matched) return pos;
+  }
+  return kNowhere;
 }
 
 }  // namespace Matching

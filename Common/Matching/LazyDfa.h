@@ -166,11 +166,15 @@ public:
   // The states that consume the byte at a place and lead on from there, in ascending order. The
   // place is not the end of the stretch. Fast when places are asked for one after the other.
   std::span<const StateId> At(std::size_t pos);
+  // Goal Any: the first place at or behind this one, which is not the beginning of the stretch, at
+  // which a match begins; or kNowhere.
+  std::size_t NextMatch(std::size_t pos);
 
 private:
   static constexpr std::size_t kBlock = std::size_t{1} << 14;  // places
 
   bool ReadBlock(std::size_t block);
+  const DfaState& StateAt(std::size_t pos);
 
   const LazyDfa* fAutomaton = nullptr;
   std::string_view fText;

@@ -38,6 +38,8 @@ const NamedOptions kAllOptions[] = {
     {"no automata", {.useLiterals = false, .useAutomata = false}},
     {"threads alone", {.useLiterals = false, .useAutomata = false, .useBacktracking = false}},
     {"trails", {.useBacktracking = false}},
+    {"one trail for a walk", {.searchesAlone = 0}},
+    {"one trail from the second search on", {.useLiterals = false, .searchesAlone = 1}},
     {"threads behind automata", {.useTrails = false, .useBacktracking = false}},
     {"the library's order",
      {.useLiterals = false, .useAutomata = false, .unrollEmptyPasses = false}},

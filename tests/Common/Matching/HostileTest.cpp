@@ -184,7 +184,8 @@ TEST(Hostile, WalksLookAtTheTextOnce) {
   const std::string lower(size, 'a');
   const std::string upper(size, 'A');
   for (const char* const pattern :
-       {"a", "foo|a", "a|foo", "a(?=b)|a(?!b)", "(?=a)", "(?!b)a", "(a)(?=(a|$))", "(?=^|a)a"}) {
+       {"a", "foo|a", "a|foo", "a(?=b)|a(?!b)", "(?=a)", "(?!b)a", "(a)(?=(a|$))", "(?=^|a)a",
+        "a.*z|a", "(a)(.*z)?", "(a)(?:a*(z))?|(^)"}) {
     SCOPED_TRACE(pattern);
     const auto expression = Compile(pattern);
     EXPECT_EQ(CountMatches(*expression, lower), size);

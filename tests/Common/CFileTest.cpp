@@ -50,6 +50,7 @@ constexpr ModeRow kModeRows[] = {
     {CFile::Out, "std::ios::out", 0, "", false, true},
     {CFile::Out | CFile::Trunc | CFile::Binary, "", 0, "", false, true},
     {CFile::Out | CFile::App, "", 0, "old", false, true},
+    {CFile::Out | CFile::App | CFile::Trunc, "", 0, "old", false, true},
     {CFile::In, "std::ios::in", ENOENT, "old", true, false},
     {CFile::In | CFile::Trunc | CFile::Binary, "std::ios::in | std::ios::trunc | std::ios::binary",
      ENOENT, "old", true, false},
@@ -167,14 +168,17 @@ TEST_F(CFileTest, AppendsWhereverItWasMovedTo) {
   EXPECT_EQ(file.GetWritePosition(), 6);
   file.SeekRead(0, CFile::kFromStart);
   EXPECT_EQ(ReadAll(file), "01234x");
-  CFile onlyOut(Path("a"));
-  ASSERT_TRUE(onlyOut.Open(CFile::Out | CFile::App));
   ASSERT_TRUE(file.Close());
-  EXPECT_EQ(onlyOut.SeekWrite(1, CFile::kFromStart), 1);
-  EXPECT_EQ(onlyOut.Write("y", 1), 1U);
-  EXPECT_EQ(onlyOut.GetWritePosition(), 7);
-  ASSERT_TRUE(onlyOut.Close());
-  EXPECT_EQ(BytesOf(Path("a")), "01234xy");
+  // Without reading, cutting what is there is out of the question.
+  for (const std::uint32_t more : {0U, CFile::Trunc + 0U}) {
+    CFile onlyOut(Write("a", "01234x"));
+    ASSERT_TRUE(onlyOut.Open(CFile::Out | CFile::App | more));
+    EXPECT_EQ(onlyOut.SeekWrite(1, CFile::kFromStart), 1);
+    EXPECT_EQ(onlyOut.Write("y", 1), 1U);
+    EXPECT_EQ(onlyOut.GetWritePosition(), 7);
+    ASSERT_TRUE(onlyOut.Close());
+    EXPECT_EQ(BytesOf(Path("a")), "01234xy");
+  }
 }
 
 TEST_F(CFileTest, SeeksFromThreeOrigins) {

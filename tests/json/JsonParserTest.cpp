@@ -634,7 +634,9 @@ TEST(IsValidUtf8, LooksAtTheStructureAlone) {
     }
   }
   EXPECT_TRUE(IsValidUtf8("a"));
-  EXPECT_FALSE(IsValidUtf8(std::string_view("\xC3\xA9", 1))) << "whatever stands behind the end";
+  std::size_t bad = 9;
+  EXPECT_FALSE(IsValidUtf8(std::string_view("\xC3\xA9", 1), &bad));
+  EXPECT_EQ(bad, 0U) << "whatever stands behind the end";
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #include "tools/tovrin/CEvaluation.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <utility>
 #include <vector>

@@ -1,6 +1,6 @@
 #include "tools/tovrin/CLexer.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <charconv>
 #include <system_error>

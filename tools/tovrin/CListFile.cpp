@@ -1,6 +1,6 @@
 #include "tools/tovrin/CListFile.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <regex>
 

@@ -1,6 +1,6 @@
 #include "tools/tovrin/CListReview.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <compare>

@@ -1,6 +1,6 @@
 #include "tools/tovrin/CRuleSet.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "tools/tovrin/Parser.h"
 

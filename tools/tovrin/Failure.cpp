@@ -1,6 +1,6 @@
 #include "tools/tovrin/Failure.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace RefHost {
 

@@ -1,6 +1,6 @@
 #include "tools/tovrin/Output.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <cerrno>
 #include <cstdio>

@@ -1,6 +1,6 @@
 #include "tools/tovrin/SourceText.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "Libs/Platform/Streams.h"
 

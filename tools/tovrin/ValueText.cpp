@@ -1,6 +1,6 @@
 #include "tools/tovrin/ValueText.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <cmath>
 #include <iterator>

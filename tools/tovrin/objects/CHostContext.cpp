@@ -1,6 +1,6 @@
 #include "tools/tovrin/objects/CHostContext.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <ctime>
 

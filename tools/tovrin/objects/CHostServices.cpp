@@ -1,6 +1,6 @@
 #include "tools/tovrin/objects/CHostServices.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <charconv>
 #include <cstdio>

@@ -51,10 +51,12 @@ soak: setup build/release/build.ninja
 	cmake --build build/release -j $(JOBS) --target tovrin_soak
 	build/release/bin/tovrin_soak $(SOAK_SECONDS)
 
+# What counts the lines takes small blocks of memory from the module's host, which this test forbids.
+coverage: UNCOUNTED = --exclude-regex 'ModuleMemory.TakesSlabsAndLargeBlocks'
 coverage: setup setup-coverage build/coverage/build.ninja
 	cmake --build build/coverage -j $(JOBS)
 	find build/coverage -name '*.gcda' -delete
-	ctest --test-dir build/coverage -j $(JOBS) --output-on-failure
+	ctest --test-dir build/coverage -j $(JOBS) --output-on-failure $(UNCOUNTED)
 	@./cmake/coverage.sh build/coverage $(COVERAGE)
 
 bench: setup build/bench/build.ninja

@@ -92,6 +92,61 @@ TEST(CHostMap, GrowsAsACopyWhereAnotherHoldsIt) {
   EXPECT_EQ(map->Insert(Text("a"), {}).get(), map.get());
 }
 
+AutoRefPtr<IVariant> VectorOf(std::initializer_list<AutoRefPtr<IVariant>> elements) {
+  const auto variant = CHostVariant::Create(Types(), Tovrin::kTypeNumber + Tovrin::kVectorOf);
+  variant->AssignVector(AutoRefPtr<const Tovrin::IVectorGeneric>(
+      new CHostVector(Tovrin::kTypeNumber, CHostVector::Elements(elements))));
+  return Tovrin::Share<IVariant>(variant.get());
+}
+
+AutoRefPtr<IVariant> MapOf(std::vector<CHostMap::Entry> entries) {
+  const auto variant = CHostVariant::Create(Types(), Tovrin::kTypeString + Tovrin::kNumberMapOf);
+  variant->AssignMap(AutoRefPtr<const Tovrin::IMapGeneric>(
+      new CHostMap(Tovrin::kTypeNumber, Tovrin::kTypeString, std::move(entries))));
+  return Tovrin::Share<IVariant>(variant.get());
+}
+
+TEST(SameValue, ComparesContainersByTheirElements) {
+  const auto empty = VectorOf({});
+  const auto one = VectorOf({Number(1)});
+  EXPECT_TRUE(one->IsEqual(one.get()));
+  EXPECT_TRUE(one->IsEqual(VectorOf({Number(1)}).get()));
+  EXPECT_FALSE(one->IsEqual(empty.get()));
+  EXPECT_FALSE(one->IsEqual(VectorOf({Number(2)}).get()));
+  EXPECT_FALSE(one->IsEqual(VectorOf({{}}).get()));
+  EXPECT_TRUE(VectorOf({{}})->IsEqual(VectorOf({{}}).get()));
+  EXPECT_FALSE(one->IsEqual(Number(1).get()));
+  EXPECT_FALSE(one->IsEqual(nullptr));
+
+  const auto map = MapOf({{Number(1), Text("a")}});
+  EXPECT_TRUE(map->IsEqual(MapOf({{Number(1), Text("a")}}).get()));
+  EXPECT_FALSE(map->IsEqual(MapOf({}).get()));
+  EXPECT_FALSE(map->IsEqual(MapOf({{Number(2), Text("a")}}).get()));
+  EXPECT_FALSE(map->IsEqual(MapOf({{Number(1), Text("b")}}).get()));
+  EXPECT_FALSE(map->IsEqual(one.get()));
+}
+
+// Containers reach a module as elements alone.
+TEST(CHostContainers, HaveNoSerialForm) {
+  const AutoRefPtr<const Tovrin::IVectorGeneric> vector(new CHostVector(Tovrin::kTypeNumber));
+  const AutoRefPtr<const Tovrin::IMapGeneric> map(
+      new CHostMap(Tovrin::kTypeNumber, Tovrin::kTypeString));
+  AutoRefPtr<const Tovrin::IVectorGeneric> readVector;
+  AutoRefPtr<const Tovrin::IMapGeneric> readMap;
+  EXPECT_EQ(vector->GetElementType(), Tovrin::kTypeNumber);
+  EXPECT_FALSE(vector->Serialize(nullptr));
+  EXPECT_FALSE(vector->Deserialize({}, nullptr, &readVector));
+  EXPECT_EQ(map->GetKeyType(), Tovrin::kTypeNumber);
+  EXPECT_EQ(map->GetMappedValueType(), Tovrin::kTypeString);
+  EXPECT_FALSE(map->Serialize(nullptr));
+  EXPECT_FALSE(map->Deserialize({}, nullptr, &readMap));
+}
+
+TEST(CHostStream, WaitsForNothing) {
+  const AutoRefPtr<Tovrin::IStream> stream(new CHostStream("abc"));
+  EXPECT_FALSE(stream->NeedMoreData({}, 10));
+}
+
 TEST(CHostStream, ReadsFromWhereItIsAskedTo) {
   const AutoRefPtr<Tovrin::IStream> stream(new CHostStream("abcdef"));
   char buffer[8] = {};

@@ -38,6 +38,10 @@ TEST_F(CHostContextTest, KeepsUserDataOfEveryForm) {
   EXPECT_EQ(fContext->GetUserDataAsNumber(id), 0);
   fContext->SetUserDataAsData(id, Tovrin::AutoRefPtr<Tovrin::IDataRef>(new Tovrin::Data("abc")));
   EXPECT_EQ(fContext->GetUserDataAsData(id)->GetSize(), 3u);
+  const auto stream = fContext->CreateStreamInstance();
+  fContext->SetUserDataAsStream(id, stream);
+  EXPECT_EQ(fContext->GetUserDataAsStream(id).get(), stream.get());
+  EXPECT_FALSE(fContext->GetUserDataAsData(id));
   fContext->SetUserDataAsStringVector(id, {"a", "b"});
   EXPECT_EQ(fContext->GetUserDataAsStringVector(id), (std::vector<std::string>{"a", "b"}));
   fContext->SetUserDataAsStringToNumberMap(id, {{"x", 1}, {"a", 2}});
@@ -46,6 +50,14 @@ TEST_F(CHostContextTest, KeepsUserDataOfEveryForm) {
   fContext->ClearUserData(id);
   EXPECT_FALSE(fContext->GetUserData(id));
   EXPECT_EQ(fContext->GetUserDataAsString(id), "");
+  EXPECT_FALSE(fContext->GetUserDataAsBoolean(id));
+  EXPECT_FALSE(fContext->GetUserDataAsData(id));
+  EXPECT_FALSE(fContext->GetUserDataAsStream(id));
+
+  fContext->SetUserData(id, fContext->CreateInstance(Tovrin::kTypeNumber));
+  EXPECT_TRUE(fContext->GetUserData(id));
+  fContext->SetUserData(id, {});
+  EXPECT_FALSE(fContext->GetUserData(id));
 }
 
 TEST_F(CHostContextTest, MakesValuesOfKnownTypesOnly) {
@@ -92,6 +104,52 @@ TEST_F(CHostContextTest, KeepsInterruptionExitAndCancellation) {
   EXPECT_EQ(fContext->GetCancellationReason(), "enough");
 }
 
+TEST_F(CHostContextTest, IsInterruptedByAnEventAtOnce) {
+  fContext->InterruptWithEvent({}, this);
+  EXPECT_TRUE(fContext->IsInterrupted());
+  EXPECT_EQ(fContext->GetInterruptionData(), this);
+}
+
+TEST_F(CHostContextTest, KeepsWhatIsSetAndCountsItsTime) {
+  EXPECT_FALSE(fContext->IsResuming());
+  fContext->SetResuming(true);
+  EXPECT_TRUE(fContext->IsResuming());
+  EXPECT_EQ(fContext->GetTracePathPrefix(), "");
+  fContext->SetTracePathPrefix("prefix");
+  EXPECT_EQ(fContext->GetTracePathPrefix(), "prefix");
+  const std::uint64_t sinceStart = fContext->MicrosecondsSinceStart();
+  EXPECT_GE(fContext->MicrosecondsSinceStart(), sinceStart);
+  EXPECT_GT(fContext->CPUTimeMicroseconds(), 0u);
+  EXPECT_EQ(fContext->GetLogger().get(),
+            fContext->GetPolicy()->CreateTransaction("x")->GetLogger().get());
+}
+
+// There are no rules, triggers or stored states behind the reference host.
+TEST_F(CHostContextTest, HasNeutralAnswersForWhatItLacks) {
+  fContext->ClearEnd();
+  fContext->SetResultMaybe();
+  EXPECT_FALSE(fContext->EndCalled());
+  EXPECT_FALSE(fContext->IsPreRun());
+  EXPECT_EQ(fContext->GetLineNumber(), 0u);
+  EXPECT_EQ(fContext->GetLineContent(), "");
+  EXPECT_EQ(fContext->GetResourcePath(), "");
+  EXPECT_EQ(fContext->CallRoutine("a"), -1);
+  EXPECT_EQ(fContext->CallRoutineByTrigger("a"), -1);
+  EXPECT_EQ(fContext->GetTriggers(), "");
+  EXPECT_EQ(fContext->GetInitialTrigger(), "");
+  EXPECT_FALSE(fContext->Serialize());
+  EXPECT_FALSE(fContext->UpdateContext({}));
+  EXPECT_FALSE(fContext->CreateConfiguration());
+  EXPECT_EQ(fContext->GetErrorLineNumber(), 0u);
+  EXPECT_EQ(fContext->GetErrorLineContent(), "");
+  EXPECT_EQ(fContext->GetErrorResourcePath(), "");
+  EXPECT_FALSE(fContext->GetTelemetry());
+  EXPECT_FALSE(fContext->GetCallStack());
+  EXPECT_EQ(fContext->GetTrace(), "");
+  EXPECT_EQ(fContext->GetPolicyRevision(), "");
+  EXPECT_EQ(fContext->GetPolicyStatementBlockId(), 0u);
+}
+
 TEST_F(CHostContextTest, RunsAJobAtOnce) {
   int count = 0;
   const Tovrin::JobFunction job = [](void* data) { ++*static_cast<int*>(data); };
@@ -124,6 +182,9 @@ TEST_F(CHostContextTest, LinksToTheHostsOwnFunctions) {
   EXPECT_EQ(info->GetModuleName(), "Tovrin");
   EXPECT_EQ(fContext->GetFunction("lines", 1, types, &info, 1), nullptr);
   EXPECT_FALSE(info);
+  const char* const arguments[] = {"STRING"};
+  EXPECT_EQ(fContext->GetProcedure("lines", 1, arguments, &info, 1), nullptr);
+  EXPECT_EQ(fContext->GetProcedure("lines", 2, arguments, &info, 1), nullptr);
 }
 
 }  // namespace

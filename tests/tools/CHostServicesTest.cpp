@@ -2,8 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include "json/JSONWrapper.h"
+
 namespace RefHost {
 namespace {
+
+Tovrin::AutoRefPtr<Tovrin::IJSON> Shared(
+    const Tovrin::AutoRefPtr<Tovrin::JSON::JSONWrapper>& json) {
+  return Tovrin::Share<Tovrin::IJSON>(json.get());
+}
 
 template <class Action>
 std::string Printed(Action action) {
@@ -21,6 +28,8 @@ TEST(CHostServices, PrintsErrorsAndKeepsTheDebugLogClosed) {
             "error Id in M, C::f: words\n");
   EXPECT_EQ(Printed([&] { services->PrintDebug(1, "M", "C", "f", "file", 7, "words"); }),
             "debug 1 in M, C::f (file:7): words\n");
+  services->ApplyDebugConfiguration("all");
+  EXPECT_FALSE(services->IsDebugActive());
 }
 
 TEST(CHostLogger, LetsThroughWhatIsSwitchedOn) {
@@ -42,6 +51,23 @@ TEST(CHostLogger, LetsThroughWhatIsSwitchedOn) {
   EXPECT_EQ(Printed([&] { logger->ErrorLog("M", "words", 5, nullptr); }), "");
 }
 
+TEST(CHostLogger, WritesJsonAsItsText) {
+  const Tovrin::AutoRefPtr<Tovrin::ILogger> logger(new CHostLogger);
+  const auto json = Shared(Tovrin::JSON::JSONWrapper::CreateObject());
+  EXPECT_EQ(Printed([&] { logger->DebugLog("M", 1, json, 5, nullptr); }), "");
+  logger->SetDebugActivated(true);
+  logger->SetDebugLogLevel(2);
+  EXPECT_EQ(Printed([&] { logger->DebugLog("M", 2, json, 5, nullptr); }),
+            "debug 2 in M, transaction 5: {}\n");
+  EXPECT_EQ(Printed([&] { logger->ErrorLog("M", json, 5, nullptr); }),
+            "error in M, transaction 5: {}\n");
+  EXPECT_EQ(
+      Printed([&] { logger->ErrorLog("M", Tovrin::AutoRefPtr<Tovrin::IJSON>(), 5, nullptr); }),
+      "error in M, transaction 5: \n");
+  logger->SetErrorActivated(false);
+  EXPECT_EQ(Printed([&] { logger->ErrorLog("M", json, 5, nullptr); }), "");
+}
+
 TEST(CHostLogger, KeepsUserDefinedLogsByName) {
   const Tovrin::AutoRefPtr<Tovrin::ILogger> logger(new CHostLogger);
   EXPECT_FALSE(logger->HasUserDefinedLog("audit"));
@@ -51,6 +77,9 @@ TEST(CHostLogger, KeepsUserDefinedLogsByName) {
   EXPECT_TRUE(logger->IsUserDefinedLogEnabled("audit"));
   EXPECT_EQ(Printed([&] { logger->UserDefinedLog("audit", 2, "words", 5, nullptr); }),
             "audit 2, transaction 5: words\n");
+  const auto json = Tovrin::JSON::JSONWrapper::CreateObject();
+  EXPECT_EQ(Printed([&] { logger->UserDefinedLog("audit", 2, Shared(json), 5, nullptr); }),
+            "audit 2, transaction 5: {}\n");
   logger->DeleteUserDefinedLog("audit");
   EXPECT_FALSE(logger->HasUserDefinedLog("audit"));
 }

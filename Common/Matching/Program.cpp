@@ -243,11 +243,6 @@ private:
   StateId fThen = 0;      // what follows the construct that is compiled next
 };
 
-constexpr const char* kOpNames[] = {
-    "bytes",      "split",          "jump",           "save",
-    "line-begin", "line-end",       "word-boundary",  "not-word-boundary",
-    "look-ahead", "not-look-ahead", "back-reference", "accept"};
-
 }  // namespace
 
 Program CompileProgram(const SyntaxTree& tree, NodeId root, const LookAheadNumbers& lookAheads,
@@ -306,17 +301,6 @@ ByteClasses ClassifyBytes(const SyntaxTree& tree) {
     classes.example[classes.classOf[byte]] = static_cast<std::uint8_t>(byte);
   }
   return classes;
-}
-
-void Program::Dump(std::ostream& out) const {
-  out << "start " << start << '\n';
-  for (std::size_t i = 0; i < states.size(); ++i) {
-    const State& state = states[i];
-    out << i << ": " << kOpNames[static_cast<int>(state.op)] << ' ' << state.value;
-    if (state.op != Op::Accept) out << " -> " << state.next;
-    if (state.op == Op::Split) out << " or " << state.other << (state.isLoop ? " loop" : "");
-    out << '\n';
-  }
 }
 
 }  // namespace Matching

@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <ostream>
 #include <unordered_map>
 #include <vector>
 
@@ -62,8 +61,6 @@ struct Program {
   std::vector<LookAheadPart> lookAheads;
   bool hasAssertions = false;
   bool hasWordBoundaries = false;
-
-  void Dump(std::ostream& out) const;
 };
 
 enum class Direction : std::uint8_t { Forward, Backward };

@@ -56,8 +56,6 @@ int ResizeStream(std::FILE* stream, std::uint64_t size);
 int SetPermissions(std::FILE* stream, std::uint32_t permissions);
 // Flushes, and returns once the bytes are on the disk.
 int SyncStream(std::FILE* stream);
-// Writes at a place without moving the stream; the stream's buffer is flushed by the caller.
-int WriteStreamAt(std::FILE* stream, const void* data, std::size_t size, std::uint64_t offset);
 
 // Waits for the only lock on the whole file, and gives it back. It belongs to the open stream, so
 // two streams of one process exclude each other; it is advisory, and goes when the stream closes.

@@ -238,19 +238,6 @@ int SyncStream(std::FILE* stream) {
   return Retried([&] { return fsync(fileno(stream)); });
 }
 
-int WriteStreamAt(std::FILE* stream, const void* data, std::size_t size, std::uint64_t offset) {
-  const char* bytes = static_cast<const char*>(data);
-  while (size > 0) {
-    const ssize_t written = pwrite(fileno(stream), bytes, size, static_cast<off_t>(offset));
-    if (written < 0 && errno != EINTR) return errno;
-    if (written <= 0) continue;
-    bytes += written;
-    offset += static_cast<std::uint64_t>(written);
-    size -= static_cast<std::size_t>(written);
-  }
-  return 0;
-}
-
 int LockStream(std::FILE* stream) {
   return Retried([&] { return flock(fileno(stream), LOCK_EX); });
 }

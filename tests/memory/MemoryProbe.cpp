@@ -122,7 +122,6 @@ void PrintSetsThatServeOne(const Arguments&) {
     if (sets.empty() || sets.back() != set) sets.push_back(set);
   }
   for (const std::size_t set : sets) std::printf("%zu ", set);
-  LeaveAtOnce();
 }
 
 // One of two neighbours that are free; its header links to the other one.

@@ -103,6 +103,16 @@ TEST(CVariantSort, PutsEqualElementsWhereTheContractPutsThem) {
   EXPECT_EQ(sorted({{2, false}, {1, false}, {2, false}, {1, false}, {2, true}}), "1 1 2 2 2. ");
 }
 
+void AddNumber(std::int64_t value, bool asDouble, CVariant& list, std::vector<TNumber>& expected) {
+  if (asDouble) {
+    expected.push_back(TNumber::Of(static_cast<double>(value)));
+    list.AddToList(static_cast<double>(value));
+  } else {
+    expected.push_back(TNumber::Of(value));
+    list.AddToList(value);
+  }
+}
+
 TEST(CVariantSort, AgreesWithTheWrittenProcedureOnNumbers) {
   std::mt19937 random(11);
   for (int round = 0; round < 3000; ++round) {
@@ -112,13 +122,7 @@ TEST(CVariantSort, AgreesWithTheWrittenProcedureOnNumbers) {
     CVariant list(NumberList);
     for (std::size_t i = 0; i < count; ++i) {
       const auto value = static_cast<std::int64_t>(random() % range);
-      if (random() % 2) {
-        expected.push_back(TNumber::Of(value));
-        list.AddToList(value);
-      } else {
-        expected.push_back(TNumber::Of(static_cast<double>(value)));
-        list.AddToList(static_cast<double>(value));
-      }
+      AddNumber(value, random() % 2 == 0, list, expected);
     }
     WrittenSort(expected, 0, static_cast<std::int64_t>(count) - 1, NumberElement::IsLessOrEqual);
     list.SortList();
@@ -136,13 +140,7 @@ TEST(CVariantSort, AgreesWithTheWrittenProcedureBeyondWhatADoubleHolds) {
       const std::size_t count = random() % 6;
       for (std::size_t i = 0; i < count; ++i) {
         const std::int64_t value = base + static_cast<std::int64_t>(random() % 3);
-        if (random() % 3) {
-          expected.push_back(TNumber::Of(value));
-          list.AddToList(value);
-        } else {
-          expected.push_back(TNumber::Of(static_cast<double>(value)));
-          list.AddToList(static_cast<double>(value));
-        }
+        AddNumber(value, random() % 3 == 0, list, expected);
       }
       WrittenSort(expected, 0, static_cast<std::int64_t>(count) - 1, NumberElement::IsLessOrEqual);
       list.SortList();

@@ -8,13 +8,13 @@
 #include <string>
 #include <vector>
 
-#include "host/InterfaceImpl.h"
+#include "tests/support/NeutralHost.h"
 
 namespace {
 
 using namespace Tovrin;
 
-class SilentHost : public InterfaceImpl<IHost> {
+class RecordingHost final : public NeutralHost {
 public:
   std::vector<std::string> lines;
 
@@ -25,19 +25,11 @@ private:
     lines.push_back(std::string(module) + "|" + message + "|" + empty + "|" + errorId + "|" +
                     className + "|" + function + "|" + std::to_string(zero));
   }
-  void Interface_PrintDebug(std::uint32_t, const char*, const char*, const char*, const char*,
-                            std::uint32_t, const char*) override {}
-  bool Interface_IsDebugActive() const override { return false; }
-  bool Interface_IsFunctionLevelEnabled(std::uint32_t, const char*, const char*) const override {
-    return false;
-  }
-  bool Interface_IsLevelEnabled(std::uint32_t, const char*) const override { return false; }
-  void Interface_ApplyDebugConfiguration(const char*) override {}
 };
 
 TEST(HostSlot, GivesItsHostWithAReference) {
   EXPECT_FALSE(GetHost());
-  const AutoRefPtr<SilentHost> host(new SilentHost);
+  const AutoRefPtr<RecordingHost> host(new RecordingHost);
   HostSlot.store(host.get());
   {
     const AutoRefPtr<IHost> held = GetHost();
@@ -62,7 +54,7 @@ TEST(HostSlotDeathTest, KeepsItsHostForWhateverReportsAtTheEnd) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(
       {
-        HostSlot.store(new SilentHost);
+        HostSlot.store(new RecordingHost);
         gLateReporter.fIsToReport = true;
         std::exit(0);
       },
@@ -70,7 +62,7 @@ TEST(HostSlotDeathTest, KeepsItsHostForWhateverReportsAtTheEnd) {
 }
 
 TEST(IHost, HasDefaultsForTheServicesBehindTheContract) {
-  const AutoRefPtr<SilentHost> host(new SilentHost);
+  const AutoRefPtr<RecordingHost> host(new RecordingHost);
   host->ReportFatalError("no memory");
   EXPECT_EQ(host->lines, (std::vector<std::string>{"Tessarin|no memory||OutOfMemory|||0"}));
   char path[8] = "path";

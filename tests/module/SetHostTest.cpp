@@ -12,30 +12,16 @@
 #include <vector>
 
 #include "host/Data.h"
-#include "host/IHost.h"
 #include "tests/module/Answer.h"
 #include "tests/module/LoadedModule.h"
+#include "tests/support/NeutralHost.h"
 
 using namespace Tovrin;
 
 namespace {
 
-// On the heap, as every host object must be: the module drops its reference when it is torn down.
-class QuietHost : public InterfaceImpl<IHost> {
-  void Interface_PrintError(const char*, const char*, const char*, const char*, const char*,
-                            const char*, std::int32_t) override {}
-  void Interface_PrintDebug(std::uint32_t, const char*, const char*, const char*, const char*,
-                            std::uint32_t, const char*) override {}
-  bool Interface_IsDebugActive() const override { return false; }
-  bool Interface_IsFunctionLevelEnabled(std::uint32_t, const char*, const char*) const override {
-    return false;
-  }
-  bool Interface_IsLevelEnabled(std::uint32_t, const char*) const override { return false; }
-  void Interface_ApplyDebugConfiguration(const char*) override {}
-};
-
-AutoRefPtr<QuietHost> MakeHost() {
-  return AutoRefPtr<QuietHost>(new QuietHost);
+AutoRefPtr<NeutralHost> MakeHost() {
+  return AutoRefPtr<NeutralHost>(new NeutralHost);
 }
 
 // Says that it has 8 bytes and delivers 7.
@@ -56,7 +42,7 @@ AutoRefPtr<TestVariant> DataOf(const void* bytes, std::size_t size) {
   return TestVariant::Data(data);
 }
 
-AutoRefPtr<TestVariant> PointerTo(const AutoRefPtr<QuietHost>& host) {
+AutoRefPtr<TestVariant> PointerTo(const AutoRefPtr<NeutralHost>& host) {
   IHost* const pointer = host.get();
   return DataOf(&pointer, sizeof pointer);
 }
@@ -163,13 +149,13 @@ private:
   const std::function<void()> fInSize, fInRead;
 };
 
-class RefusingHost final : public QuietHost {
+class RefusingHost final : public NeutralHost {
   void Interface_AddRef() const override { throw HostFault(); }
 };
 
 TEST(SetHost, LetsTheHostsExceptionsOutAndStaysEmpty) {
   const auto host = MakeHost();
-  const AutoRefPtr<QuietHost> refusing(new RefusingHost);
+  const AutoRefPtr<NeutralHost> refusing(new RefusingHost);
   const auto quiet = [] {};
   const auto fail = [] { throw HostFault(); };
   {
@@ -225,7 +211,7 @@ TEST(SetHost, WorksWithNowhereToPutTheAnswer) {
 
 TEST(SetHost, LetsOneOfManyHostsInWhenTheyComeAtOnce) {
   constexpr int kHosts = 8;
-  std::vector<AutoRefPtr<QuietHost>> hosts;
+  std::vector<AutoRefPtr<NeutralHost>> hosts;
   for (int index = 0; index < kHosts; ++index) hosts.push_back(MakeHost());
   const auto references = [&hosts] {
     std::int32_t count = 0;
@@ -244,7 +230,7 @@ TEST(SetHost, LetsOneOfManyHostsInWhenTheyComeAtOnce) {
   EXPECT_EQ(references(), kHosts);
 }
 
-class TellingHost final : public QuietHost {
+class TellingHost final : public NeutralHost {
   ~TellingHost() override { std::fputs("the host is gone\n", stderr); }
 };
 

@@ -12,9 +12,9 @@
 #include <utility>
 
 #include "host/Data.h"
-#include "host/IHost.h"
 #include "tests/module/Answer.h"
 #include "tests/module/LoadedModule.h"
+#include "tests/support/NeutralHost.h"
 
 using namespace Tovrin;
 
@@ -23,17 +23,7 @@ namespace {
 constexpr std::size_t kTextSize = 200'000'000;
 constexpr std::size_t kRoom = 100'000'000;
 
-class ListeningHost : public InterfaceImpl<IHost> {
-  void Interface_PrintError(const char*, const char*, const char*, const char*, const char*,
-                            const char*, std::int32_t) override {}
-  void Interface_PrintDebug(std::uint32_t, const char*, const char*, const char*, const char*,
-                            std::uint32_t, const char*) override {}
-  bool Interface_IsDebugActive() const override { return false; }
-  bool Interface_IsFunctionLevelEnabled(std::uint32_t, const char*, const char*) const override {
-    return false;
-  }
-  bool Interface_IsLevelEnabled(std::uint32_t, const char*) const override { return false; }
-  void Interface_ApplyDebugConfiguration(const char*) override {}
+class ListeningHost : public NeutralHost {
   void Interface_ReportFatalError(const char* text) override { std::printf("fatal: %s\n", text); }
 };
 

@@ -43,6 +43,17 @@ TEST_F(CRuleSetTest, NamesTheRuleThatFailed) {
   EXPECT_EQ(failingEngine.Judge("a").failedRule, nullptr);
 }
 
+// The errors of a run without end would take all memory.
+TEST_F(CRuleSetTest, ForgetsTheErrorsOfTheLineBefore) {
+  const CRuleSet rules("otherwise \"v\";", fHost.NewTransaction("load"));
+  const CTransaction transaction = fHost.NewTransaction("run");
+  CRuleEngine engine(rules, transaction);
+  transaction.context->TriggerErrorHandler(Tovrin::ErrorSeverity::Severity2, "N", "Id", "words");
+  EXPECT_TRUE(transaction.context->HasError());
+  engine.Judge("a");
+  EXPECT_FALSE(transaction.context->HasError());
+}
+
 TEST_F(CRuleSetTest, ServesEightThreadsAtOnce) {
   const CRuleSet rules("let a = \"abc\"; when Same(text, a) then \"x\"; otherwise \"y\";",
                        fHost.NewTransaction("load"));

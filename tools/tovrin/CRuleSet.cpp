@@ -42,7 +42,10 @@ std::size_t CRuleSet::VerdictIndex(const std::string& verdict) {
 }
 
 CRuleEngine::CRuleEngine(const CRuleSet& rules, const CTransaction& transaction)
-    : fRules(rules), fScope(&rules.Values()), fLine(transaction.NewValue(Tovrin::kTypeString)) {
+    : fRules(rules),
+      fContext(transaction.context),
+      fScope(&rules.Values()),
+      fLine(transaction.NewValue(Tovrin::kTypeString)) {
   fScope.Define(std::string(CRuleSet::kLineVariable), Tovrin::kTypeString).value =
       Tovrin::Share<Tovrin::IVariant>(fLine.get());
   for (const CRuleSet::Entry& rule : rules.Rules()) {
@@ -51,6 +54,7 @@ CRuleEngine::CRuleEngine(const CRuleSet& rules, const CTransaction& transaction)
 }
 
 CRuleEngine::Judgement CRuleEngine::Judge(std::string_view line) {
+  fContext->ClearError();
   fLine->SetText(line);
   std::size_t at = 0;
   try {

@@ -63,10 +63,13 @@ public:
 
   CRuleEngine(const CRuleSet& rules, const CTransaction& transaction);
 
+  // What the line before it raised as errors in the transaction is forgotten: a run has no end that
+  // would do it.
   Judgement Judge(std::string_view line);
 
 private:
   const CRuleSet& fRules;
+  const Tovrin::AutoRefPtr<Tovrin::IContext> fContext;
   CScope fScope;  // the line, and behind it the values of the file
   Tovrin::AutoRefPtr<CHostVariant> fLine;
   std::vector<std::unique_ptr<AEvaluation>> fConditions;  // one a rule

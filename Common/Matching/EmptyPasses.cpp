@@ -124,13 +124,13 @@ public:
     Program out;
     out.hasAssertions = fProgram.hasAssertions;
     out.hasWordBoundaries = fProgram.hasWordBoundaries;
-    out.start = NumberOf(fProgram.start, 0);
     out.lookAheads = fProgram.lookAheads;
-    for (LookAheadPart& part : out.lookAheads) part.start = NumberOf(part.start, 0);
-    for (std::size_t i = 0; i < fPairs.size(); ++i) {  // grows as it goes
-      if (fPairs.size() > fStateLimit) return std::nullopt;
-      out.states.push_back(Translate(fPairs[i].first, fPairs[i].second));
+    for (LookAheadPart& part : out.lookAheads) {
+      if (!UnrollFrom(part.start, out)) return std::nullopt;
+      part.end = static_cast<StateId>(out.states.size());
     }
+    out.start = fProgram.start;
+    if (!UnrollFrom(out.start, out)) return std::nullopt;
     return out;
   }
 
@@ -143,6 +143,17 @@ private:
       return static_cast<std::size_t>((hash ^ hash >> 29) * 0xBF58476D1CE4E5B9U);
     }
   };
+
+  // Writes what is reached from the state, and gives it its new number. False: it grows too large.
+  bool UnrollFrom(StateId& start, Program& out) {
+    start = NumberOf(start, 0);
+    while (out.states.size() < fPairs.size()) {
+      if (fPairs.size() > fStateLimit) return false;
+      const auto [id, counters] = fPairs[out.states.size()];
+      out.states.push_back(Translate(id, counters));
+    }
+    return true;
+  }
 
   StateId NumberOf(StateId id, Counters counters) {
     const auto [place, isNew] =

@@ -1,10 +1,12 @@
 #include "Common/Matching/Expression.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "Common/Matching/CaptureMatcher.h"
 #include "Common/Matching/ExactMatcher.h"
+#include "Common/Matching/ExpressionTraits.h"
 #include "Common/Matching/FormMatch.h"
 #include "Common/Matching/LazyDfa.h"
 #include "Common/Matching/LiteralFilter.h"
@@ -14,83 +16,19 @@
 #include "Common/Matching/Program.h"
 
 namespace Matching {
-namespace {
-
-// True when what the library captures in look-aheads can be told from the match alone: every group
-// in one is set whenever the look-ahead is passed, which happens exactly once on the way to a
-// match. Otherwise the captures are those of the look-ahead that was tried last, on whatever way
-// that failed, and only following all ways in the library's order can tell.
-bool AreLookAheadCapturesPlain(const SyntaxTree& tree) {
-  struct Visit {
-    NodeId id;
-    bool inLookAhead;
-    bool isConditional;  // some way to a match does not set its groups
-  };
-  std::vector<Visit> open{{tree.Root(), false, false}};
-  while (!open.empty()) {
-    const Visit visit = open.back();
-    open.pop_back();
-    const Node& node = tree[visit.id];
-    if (node.kind == NodeKind::Group && visit.inLookAhead && visit.isConditional) return false;
-    const bool isBranch = node.kind == NodeKind::Alternate || node.kind == NodeKind::Repeat ||
-                          node.kind == NodeKind::NotLookAhead;
-    const bool isLookAhead =
-        node.kind == NodeKind::LookAhead || node.kind == NodeKind::NotLookAhead;
-    for (NodeId child = node.firstChild; child != kNoNode; child = tree[child].nextSibling) {
-      open.push_back({child, visit.inLookAhead || isLookAhead, visit.isConditional || isBranch});
-    }
-  }
-  return true;
-}
-
-// Of how many byte values a match may begin with one.
-std::size_t CountFirstBytes(const Program& program, const SyntaxTree& tree) {
-  ByteSet bytes;
-  StateSet seen(program.states.size());
-  std::vector<StateId> open{program.start};
-  while (!open.empty()) {
-    const StateId id = open.back();
-    open.pop_back();
-    if (!seen.Insert(id)) continue;
-    const State& state = program.states[id];
-    if (state.op == Op::Bytes) bytes.Add(tree.Set(state.value));
-    if (state.op == Op::Bytes || state.op == Op::Accept) continue;
-    open.push_back(state.next);
-    if (state.op == Op::Split) open.push_back(state.other);
-  }
-  return bytes.Count();
-}
-
-bool StartsAtBegin(const Program& program) {
-  StateId id = program.start;
-  while (program.states[id].op == Op::Save || program.states[id].op == Op::Jump) {
-    id = program.states[id].next;
-  }
-  return program.states[id].op == Op::LineBegin;
-}
-
-// Forms that say all about an expression and that a text is compared with, or nothing: where they
-// are too many, or where a piece may hold what a gap must not.
-std::optional<std::vector<LiteralForm>> FormsOf(const SyntaxTree& tree,
-                                                const LiteralForms& literals) {
-  constexpr std::size_t kMaxForms = 8;
-  auto forms = literals.Whole({tree.Root()});
-  if (!forms || forms->size() > kMaxForms || std::ranges::any_of(*forms, MixesLineEnds)) return {};
-  return forms;
-}
-
-}  // namespace
-
 // What the searches of one walk over a text find out for those that follow. The flags of a search
 // without a byte in front of it are those of the first, which shares nothing but the literals.
 struct Expression::Notes {
+  // What is known of the rest of the text.
+  struct Rest {
+    std::size_t searches = 0;  // that asked for the trail so far
+    std::optional<LookAheadTable> lookAheads;
+    std::optional<LazyDfa::Trail> trail;
+  };
+
   std::size_t literalsFrom = 0;  // from here on, literals must be looked for again
-  // Behind the first place, and whether matches of look-aheads may be empty.
-  std::optional<LookAheadTable> lookAheads[2];
-  std::uint64_t steps = 0;  // that they have taken together on Road::Exact
-  // Those of an expression without look-aheads, so far, and what the rest of them share.
-  std::size_t searches = 0;
-  std::optional<LazyDfa::Trail> trail;
+  std::uint64_t steps = 0;       // that they have taken together on Road::Exact
+  Rest rests[2];  // the second is for searches that refuse empty matches, those of look-aheads too
 };
 
 // All that one expression compiles to.
@@ -218,8 +156,9 @@ private:
     LongestBackward,
     WholeBySuffixes,  // with look-aheads
     AnyBySuffixes,
-    UpToEndBySuffixes,  // of a match whose end is known, without look-aheads
-    AllBySuffixes,      // of all matches of a text, without look-aheads
+    UpToEndBySuffixes,        // of a match whose end is known, without look-aheads
+    AllBySuffixes,            // of all matches of a text, bytes in front of which count
+    AllOfNonEmptyBySuffixes,  // the same, where look-aheads refuse empty matches
     AutomatonCount
   };
 
@@ -286,9 +225,10 @@ private:
   }
 
   [[nodiscard]] LazyDfa::Setup SetupOf(AutomatonKind kind) const {
-    static constexpr Goal kGoals[] = {Goal::Whole, Goal::Any,     Goal::First,
-                                      Goal::First, Goal::Longest, Goal::Whole,
-                                      Goal::Any,   Goal::Whole,   Goal::Any};
+    static constexpr Goal kGoals[] = {Goal::Whole,   Goal::Any,   Goal::First, Goal::First,
+                                      Goal::Longest, Goal::Whole, Goal::Any,   Goal::Whole,
+                                      Goal::Any,     Goal::Any};
+    static_assert(std::size(kGoals) == AutomatonCount);
     const bool asksSuffixes = kind >= WholeBySuffixes;
     const bool isBackward = kind == LongestBackward || asksSuffixes;
     const bool ordersWays = kGoals[kind] == Goal::First || kind >= UpToEndBySuffixes;
@@ -301,6 +241,8 @@ private:
             .isAnchored = kind != AnyForward && kind != FirstForward,
             .direction = isBackward ? Direction::Backward : Direction::Forward,
             .asksSuffixes = asksSuffixes,
+            .lookAheads = {.hasPrevious = kind >= AllBySuffixes,
+                           .refuseEmpty = kind == AllOfNonEmptyBySuffixes},
             .budget = fOptions.automatonBudget,
             .allowance = fOptions.allowance};
   }
@@ -321,21 +263,23 @@ private:
   // What lies behind a match may have been read to its end to tell, so a walk of many searches has
   // the rest of the text read once for all that follow. Null where a walk is not so far, or the
   // budget of the automaton does not suffice.
-  LazyDfa::Trail* TrailOfAll(const Subject& subject, Notes& notes) const {
-    if (!fOptions.useTrails || notes.searches++ < fOptions.searchesAlone) return nullptr;
-    if (notes.searches == fOptions.searchesAlone + 1) {
-      notes.trail.emplace();
-      const bool isRead =
-          notes.trail->Read(Automaton(AllBySuffixes), subject, subject.from, subject.text.size());
-      if (!isRead) notes.trail.reset();
+  LazyDfa::Trail* TrailOfAll(const Subject& subject, bool refusesEmpty, Notes::Rest& rest) const {
+    const std::size_t alone =
+        fLookAheads.IsEmpty() ? fOptions.searchesAlone : fOptions.searchesAloneWithLookAheads;
+    if (!fOptions.useTrails || rest.searches++ < alone) return nullptr;
+    if (rest.searches == alone + 1) {
+      rest.trail.emplace();
+      const LazyDfa& automaton = Automaton(refusesEmpty ? AllOfNonEmptyBySuffixes : AllBySuffixes);
+      const bool isRead = rest.trail->Read(automaton, subject, subject.from, subject.text.size());
+      if (!isRead) rest.trail.reset();
     }
-    return notes.trail ? &*notes.trail : nullptr;
+    return rest.trail ? &*rest.trail : nullptr;
   }
 
   // First where the match ends, then where it begins, then the groups in between.
   bool SearchByAutomata(const Subject& subject, bool isAnchored, const SearchFlags& flags,
                         Notes& notes, Captures& captures) const {
-    if (LazyDfa::Trail* const trail = TrailOfAll(subject, notes)) {
+    if (LazyDfa::Trail* const trail = TrailOfAll(subject, false, notes.rests[0])) {
       const CaptureQuery query{.subject = subject,
                                .start = fUnrolled->start,
                                .firstStart = subject.from,
@@ -383,10 +327,16 @@ private:
 
   bool RunCaptures(CaptureQuery& query, Notes& notes, Captures& captures) const {
     if (fLookAheads.IsEmpty()) return RunMatcher(query, captures);
-    std::optional<LookAheadTable> own;
-    auto& table = query.subject.hasPrevious ? notes.lookAheads[query.refusesEmpty ? 1 : 0] : own;
-    if (!table) table = fLookAheads.Evaluate(query.subject, query.refusesEmpty);
-    query.table = &*table;
+    Notes::Rest own;
+    const bool isShared = query.subject.hasPrevious;
+    Notes::Rest& rest = isShared ? notes.rests[query.refusesEmpty ? 1 : 0] : own;
+    if (!rest.lookAheads) {
+      rest.lookAheads = fLookAheads.Evaluate(query.subject, query.refusesEmpty);
+    }
+    query.table = &*rest.lookAheads;
+    if (isShared && fOptions.useAutomata) {
+      query.trail = TrailOfAll(query.subject, query.refusesEmpty, rest);
+    }
     return RunMatcher(query, captures);
   }
 
@@ -421,7 +371,8 @@ private:
                                    .firstStart = pos,
                                    .lastStart = pos,
                                    .end = subject.text.size(),
-                                   .refusesEmpty = query.refusesEmpty};
+                                   .refusesEmpty = query.refusesEmpty,
+                                   .trail = query.trail};
       if (!matcher.Run(partQuery, inner)) continue;
       for (std::size_t slot = 0; slot < slots.size(); ++slot) {
         if (inner[slot] != kNowhere) slots[slot] = inner[slot];

@@ -62,9 +62,12 @@ public:
     MemoryAllowance* allowance = nullptr;  // for them and others' together; outlives the expression
     bool useLiterals = true;  // texts without a literal that every match has are not looked into
     bool useAutomata = true;
-    bool useTrails = true;           // to captures of matches whose ends are known
-    std::size_t searchesAlone = 64;  // of a walk, before the rest of the text is read for all
-    bool useBacktracking = true;     // in the matcher of captures, over short texts
+    bool useTrails = true;  // to captures of matches whose ends are known
+    // Of a walk, before the rest of the text is read for all. Look-aheads have it read at once for
+    // their places, so that the second reading is no great matter.
+    std::size_t searchesAlone = 64;
+    std::size_t searchesAloneWithLookAheads = 4;
+    bool useBacktracking = true;  // in the matcher of captures, over short texts
     bool unrollEmptyPasses = true;
     std::uint64_t maxSteps = 50'000'000;  // on Road::Exact, besides a few for each byte of the text
   };

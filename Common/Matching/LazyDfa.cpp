@@ -42,7 +42,8 @@ struct LazyDfa::DfaState {
 struct LazyDfa::Workspace {
   explicit Workspace(const Setup& setup) {
     if (setup.asksSuffixes) {
-      stepper = std::make_unique<SuffixTruth>(setup.program, setup.tree, setup.goal);
+      stepper =
+          std::make_unique<SuffixTruth>(setup.program, setup.tree, setup.goal, setup.lookAheads);
     } else {
       stepper =
           std::make_unique<Simulation>(setup.program, setup.tree, setup.goal, setup.isAnchored);

@@ -78,6 +78,7 @@ public:
     bool isAnchored = true;
     Direction direction = Direction::Forward;  // of the run, and of the program
     bool asksSuffixes = false;                 // runs backward over a forward program (SuffixTruth)
+    LookAheadRules lookAheads = {};            // of a program that has some, which asks suffixes
     std::size_t budget = 0;                    // bytes
     MemoryAllowance* allowance = nullptr;      // what others take of, too; outlives the automaton
   };

@@ -19,6 +19,7 @@ public:
       for (const NodeId id : fLookAheads.Nodes()) {
         fGroups = {};
         fGroups.start = CompilePart(fTree[id].firstChild);
+        fGroups.end = static_cast<StateId>(fProgram.states.size());
         fProgram.lookAheads.push_back(fGroups);
       }
       fThen = Add({.op = Op::Accept});

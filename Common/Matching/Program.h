@@ -40,9 +40,11 @@ struct State {
   [[nodiscard]] bool IsAssertion() const { return op >= Op::LineBegin && op <= Op::NotLookAhead; }
 };
 
-// The part of a program that one look-ahead runs; it ends in an Accept of its own.
+// The part of a program that one look-ahead runs; it ends in an Accept of its own. The parts stand
+// one behind the other, and behind them what is around all.
 struct LookAheadPart {
   StateId start = 0;
+  StateId end = 0;  // behind its last state
   // The groups inside, those of look-aheads inside included: from first up to and without end.
   std::uint32_t firstGroup = 0;
   std::uint32_t endGroup = 0;

@@ -18,6 +18,15 @@ enum class Goal : std::uint8_t {
   Every,    // at which places does some match end
 };
 
+// How look-aheads see the place at which they are asked.
+struct LookAheadRules {
+  // Contract: a look-ahead takes its own beginning for the beginning of the text, unless bytes in
+  // front of the text count.
+  bool hasPrevious = false;
+  // The operation's flag for empty matches goes for look-aheads, too.
+  bool refuseEmpty = false;
+};
+
 // The states in which a program may be at one place, which it must leave by consuming, by an
 // assertion or by accepting, in the order in which they are tried; in any order where that is of no
 // account. kRestart stands for a match that begins here.

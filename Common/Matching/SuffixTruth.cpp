@@ -4,36 +4,41 @@
 
 namespace Matching {
 
-SuffixTruth::SuffixTruth(const Program& program, const SyntaxTree& tree, Goal goal)
+SuffixTruth::SuffixTruth(const Program& program, const SyntaxTree& tree, Goal goal,
+                         LookAheadRules rules)
     : fProgram(program),
       fTree(tree),
       fGoal(goal),
+      fRules(rules),
       fBeforeOf(program.states.size()),
       fTruth(program.states.size()),
       fTruthAtBegin(program.states.size()),
       fHolds(program.lookAheads.size(), false) {
-  // A part is compiled from its accepting state on, one part behind the other. Unrolled passes are
-  // in no such order: a program with them has no look-aheads, and so but one part.
-  const auto size = static_cast<StateId>(program.states.size());
-  if (program.lookAheads.empty()) fParts.push_back({0, size, program.start, 0, false});
-  for (StateId id = 0; id < size; ++id) {
-    const Op op = program.states[id].op;
-    if (op == Op::Accept && program.lookAheads.empty()) {
-      fParts.back().accept = id;
-    } else if (op == Op::Accept) {
-      if (!fParts.empty()) fParts.back().end = id;
-      const std::size_t number = fParts.size();
-      const bool isLookAhead = number < program.lookAheads.size();
-      fParts.push_back(
-          {id, size, isLookAhead ? program.lookAheads[number].start : program.start, id, false});
-    }
-    const bool asks = op == Op::LineBegin || op == Op::WordBoundary || op == Op::NotWordBoundary;
-    fParts.back().asksForBegin |= asks;
+  StateId begin = 0;
+  for (const LookAheadPart& part : program.lookAheads) {
+    AddPart(begin, part.end, part.start);
+    begin = part.end;
   }
+  AddPart(begin, static_cast<StateId>(program.states.size()), program.start);
+  IndexWays();
+}
 
+void SuffixTruth::AddPart(StateId begin, StateId end, StateId start) {
+  Part part{.begin = begin, .end = end, .start = start, .hasOwnBegin = fRules.refuseEmpty};
+  for (StateId id = begin; id < end; ++id) {
+    const Op op = fProgram.states[id].op;
+    if (op == Op::Accept) part.accept = id;
+    const bool asks = op == Op::LineBegin || op == Op::WordBoundary || op == Op::NotWordBoundary;
+    part.hasOwnBegin |= asks && !fRules.hasPrevious;
+  }
+  fParts.push_back(part);
+}
+
+void SuffixTruth::IndexWays() {
+  const auto size = static_cast<StateId>(fProgram.states.size());
   const auto visitWays = [&](auto visit) {
     for (StateId id = 0; id < size; ++id) {
-      const State& state = program.states[id];
+      const State& state = fProgram.states[id];
       if (state.op == Op::Accept) continue;
       visit(state.next, id, state.op == Op::Bytes);
       if (state.op == Op::Split && state.other != state.next) visit(state.other, id, false);
@@ -92,34 +97,34 @@ std::uint32_t SuffixTruth::FirstAccept(const Kernel& from, const Boundary& at) {
 void SuffixTruth::Evaluate(const Kernel& from, const Boundary& at) {
   fTruth.Clear();
   fTrue.clear();
-  // Contract: a look-ahead takes its own beginning for the beginning of the text.
   Boundary begin = at;
-  begin.isBegin = true;
-  begin.isWordLeft = false;
-  for (std::size_t i = 0; i < fParts.size(); ++i) {
+  if (!fRules.hasPrevious) {
+    begin.isBegin = true;
+    begin.isWordLeft = false;
+  }
+  for (std::size_t i = 0; i < fHolds.size(); ++i) {
     const Part& part = fParts[i];
-    Spread(part, from, at, fTruth, &fTrue);
-    if (i == fHolds.size()) break;
+    Spread(part, from, at, true, fTruth, &fTrue);
     fHolds[i] = fTruth.Contains(part.start);
-    if (!part.asksForBegin) continue;
+    if (!part.hasOwnBegin) continue;
     fTruthAtBegin.Clear();
-    Spread(part, from, begin, fTruthAtBegin, nullptr);
+    Spread(part, from, begin, !fRules.refuseEmpty, fTruthAtBegin, nullptr);
     fHolds[i] = fTruthAtBegin.Contains(part.start);
   }
+  // Only where the reading began does a whole match end.
+  const bool isAtEnd = !from.states.empty() && from.states.back() == kRestart;
+  Spread(fParts.back(), from, at, fGoal != Goal::Whole || isAtEnd, fTruth, &fTrue);
 }
 
-void SuffixTruth::Spread(const Part& part, const Kernel& from, const Boundary& at, StateSet& truth,
-                         std::vector<StateId>* found) {
+void SuffixTruth::Spread(const Part& part, const Kernel& from, const Boundary& at, bool mayEnd,
+                         StateSet& truth, std::vector<StateId>* found) {
   fStack.clear();
   const auto mark = [&](StateId id) {
     if (!truth.Insert(id)) return;
     fStack.push_back(id);
     if (found != nullptr) found->push_back(id);
   };
-  // Only where the reading began does a whole match end.
-  const bool isWhole = &part == &fParts.back() && fGoal == Goal::Whole;
-  const bool isAtEnd = !from.states.empty() && from.states.back() == kRestart;
-  if (!isWhole || isAtEnd) mark(part.accept);
+  if (mayEnd) mark(part.accept);
   for (auto id = std::ranges::lower_bound(from.states, part.begin);
        id != from.states.end() && *id < part.end; ++id) {
     mark(*id);

@@ -20,11 +20,10 @@ namespace Matching {
 // the reading begins.
 //
 // Source: alternating automata; reading backward is what makes them deterministic. The program must
-// be free of back-references, and with look-aheads it must be as it was compiled, not unrolled.
-// Belongs to one thread; keeps the memory that it works in.
+// be free of back-references. Belongs to one thread; keeps the memory that it works in.
 class SuffixTruth : public AStepper {
 public:
-  SuffixTruth(const Program& program, const SyntaxTree& tree, Goal goal);
+  SuffixTruth(const Program& program, const SyntaxTree& tree, Goal goal, LookAheadRules rules);
 
   void Begin(Kernel& kernel) override;
   void Step(const Kernel& from, const Boundary& at, unsigned char byte, Kernel& to) override;
@@ -37,13 +36,15 @@ private:
     StateId end = 0;
     StateId start = 0;
     StateId accept = 0;
-    bool asksForBegin = false;  // an assertion in it can tell that it stands at its own beginning
+    bool hasOwnBegin = false;  // a look-ahead that holds by other rules where it begins
   };
 
+  void AddPart(StateId begin, StateId end, StateId start);
+  void IndexWays();
   void Evaluate(const Kernel& from, const Boundary& at);
-  // Marks the states of a part that lead to the kernel's or to an end that counts.
-  void Spread(const Part& part, const Kernel& from, const Boundary& at, StateSet& truth,
-              std::vector<StateId>* found);
+  // Marks the states of a part that lead to the kernel's or, unless only those count, to an end.
+  void Spread(const Part& part, const Kernel& from, const Boundary& at, bool mayEnd,
+              StateSet& truth, std::vector<StateId>* found);
   [[nodiscard]] bool LeadsOn(const State& state, const Boundary& at) const;
   // States in front of one, by what they do: each list is a piece of fBefore.
   struct Before {
@@ -55,6 +56,7 @@ private:
   const Program& fProgram;
   const SyntaxTree& fTree;
   const Goal fGoal;
+  const LookAheadRules fRules;
   std::vector<Part> fParts;  // inner ones before the ones around them
   std::vector<Before> fBeforeOf;
   std::vector<StateId> fBefore;

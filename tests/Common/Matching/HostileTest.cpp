@@ -185,12 +185,18 @@ TEST(Hostile, WalksLookAtTheTextOnce) {
   const std::string upper(size, 'A');
   for (const char* const pattern :
        {"a", "foo|a", "a|foo", "a(?=b)|a(?!b)", "(?=a)", "(?!b)a", "(a)(?=(a|$))", "(?=^|a)a",
-        "a.*z|a", "(a)(.*z)?", "(a)(?:a*(z))?|(^)"}) {
+        "a.*z|a", "(a)(.*z)?", "(a)(?:a*(z))?|(^)", "(?=a)(a.*z|a)", "(?!b)(a.*z|a)",
+        "(?!(?=b|z)(?!c))(?:a.*z|(a))", "(?=(a.*z|a))a", "(?=(?=^|a)(a.*z|a))a",
+        "(?=(?:|a)*?\\b|a)(|a.*z|a)+?a(?!z)", "(?!b(?=^))(?=(?=(a.*z|a))a)(a|a.*y)"}) {
     SCOPED_TRACE(pattern);
     const auto expression = Compile(pattern);
+    EXPECT_NE(expression->RoadTaken(), Road::Exact);
     EXPECT_EQ(CountMatches(*expression, lower), size);
     EXPECT_EQ(CountMatches(*expression, upper), size);
   }
+  // What is tried behind an empty match is asked of the rest of the text, too.
+  EXPECT_EQ(CountMatches(*Compile("(?=a)(?:a.*z|)"), lower), size);
+  EXPECT_EQ(CountMatches(*Compile("(?=(a.*z|))"), lower), size + 1);
 }
 
 // Scanners of lists that literals decide.

@@ -68,7 +68,12 @@ bool CaptureMatcher::Follow(const CaptureQuery& query, LazyDfa::Trail& trail,
                             std::vector<std::size_t>& slots) {
   slots.assign(fSlotCount, kNowhere);
   StateId id = query.start;
+  if (query.ways != nullptr) query.ways->Begin();
   for (std::size_t pos = query.firstStart;; ++pos) {
+    if (query.ways != nullptr && pos > query.firstStart &&
+        query.ways->Join(trail.Begin(), pos, id, slots)) {
+      break;
+    }
     const bool isAtEnd = pos == query.end;
     const auto leadingOn = isAtEnd ? std::span<const StateId>() : trail.At(pos);
     fInNow.Clear();
@@ -78,9 +83,12 @@ bool CaptureMatcher::Follow(const CaptureQuery& query, LazyDfa::Trail& trail,
       return fProgram.states[leaf].op == Op::Accept ? AcceptsAt(query, query.firstStart, pos)
                                                     : Contains(leadingOn, leaf);
     });
-    if (!isFound || fProgram.states[chosen].op == Op::Accept) return isFound;
+    if (!isFound) return false;
+    if (fProgram.states[chosen].op == Op::Accept) break;
     id = fProgram.states[chosen].next;
   }
+  if (query.ways != nullptr) query.ways->End(slots);
+  return true;
 }
 
 bool CaptureMatcher::Backtrack(const CaptureQuery& query, std::vector<std::size_t>& slots) {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Common/Matching/LazyDfa.h"
+#include "Common/Matching/MergedWays.h"
 #include "Common/Matching/Program.h"
 #include "Common/Matching/Simulation.h"
 #include "Common/Matching/Subject.h"
@@ -26,6 +27,7 @@ struct CaptureQuery {
   const LazyDfa* suffixes = nullptr;
   // Has read the text up to `end`, with Goal Any. Not with the former.
   LazyDfa::Trail* trail = nullptr;
+  MergedWays* ways = nullptr;  // of look-aheads along this trail; null for what is around them
 };
 
 // Finds where the groups of a match stand: the match that the order of the ways prefers, which is

@@ -24,6 +24,7 @@ struct Expression::Notes {
     std::size_t searches = 0;  // that asked for the trail so far
     std::optional<LookAheadTable> lookAheads;
     std::optional<LazyDfa::Trail> trail;
+    MergedWays ways;  // along it
   };
 
   std::size_t literalsFrom = 0;  // from here on, literals must be looked for again
@@ -337,10 +338,10 @@ private:
     if (isShared && fOptions.useAutomata) {
       query.trail = TrailOfAll(query.subject, query.refusesEmpty, rest);
     }
-    return RunMatcher(query, captures);
+    return RunMatcher(query, captures, query.trail == nullptr ? nullptr : &rest.ways);
   }
 
-  bool RunMatcher(const CaptureQuery& query, Captures& captures) const {
+  bool RunMatcher(const CaptureQuery& query, Captures& captures, MergedWays* ways = nullptr) const {
     auto matcher = fSpareMatcher.Take();
     if (!matcher) {
       matcher = std::make_unique<CaptureMatcher>(*fUnrolled, fTree);
@@ -349,7 +350,7 @@ private:
     std::vector<std::size_t> slots;
     const bool found = matcher->Run(query, slots);
     if (found) {
-      CaptureLookAheads(*matcher, query, slots);
+      CaptureLookAheads(*matcher, query, ways, slots);
       CopyCaptures(slots, captures);
     }
     if (matcher->MemoryKept() <= kMostKept) fSpareMatcher.Give(std::move(matcher));
@@ -357,7 +358,7 @@ private:
   }
 
   // Fills in the groups of the look-aheads that the match has passed, from the outer to the inner.
-  void CaptureLookAheads(CaptureMatcher& matcher, const CaptureQuery& query,
+  void CaptureLookAheads(CaptureMatcher& matcher, const CaptureQuery& query, MergedWays* ways,
                          std::vector<std::size_t>& slots) const {
     std::vector<std::size_t> inner;
     for (std::size_t i = fUnrolled->lookAheads.size(); i-- > 0;) {
@@ -372,7 +373,8 @@ private:
                                    .lastStart = pos,
                                    .end = subject.text.size(),
                                    .refusesEmpty = query.refusesEmpty,
-                                   .trail = query.trail};
+                                   .trail = query.trail,
+                                   .ways = ways};
       if (!matcher.Run(partQuery, inner)) continue;
       for (std::size_t slot = 0; slot < slots.size(); ++slot) {
         if (inner[slot] != kNowhere) slots[slot] = inner[slot];

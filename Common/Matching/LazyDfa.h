@@ -170,6 +170,7 @@ public:
   // Goal Any: the first place at or behind this one, which is not the beginning of the stretch, at
   // which a match begins; or kNowhere.
   std::size_t NextMatch(std::size_t pos);
+  [[nodiscard]] std::size_t Begin() const { return fBegin; }
 
 private:
   static constexpr std::size_t kBlock = std::size_t{1} << 14;  // places

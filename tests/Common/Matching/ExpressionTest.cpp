@@ -48,11 +48,12 @@ const NamedOptions kAllOptions[] = {
 
 constexpr std::size_t kMaxMatches = 64;  // of one text
 
-std::string AllSpans(const Expression& expression, const std::string& text) {
+std::string AllSpans(const Expression& expression, const std::string& text,
+                     std::size_t most = kMaxMatches) {
   std::string spans;
   Matching::MatchIterator walk(expression, text);
   Captures captures;
-  for (std::size_t i = 0; i < kMaxMatches && walk.Next(captures); ++i) {
+  for (std::size_t i = 0; i < most && walk.Next(captures); ++i) {
     spans += Spans(captures) + "; ";
   }
   return spans;
@@ -308,6 +309,25 @@ TEST(Expression, AgreesOnLongMatches) {
       EXPECT_EQ(byTrail->MatchCaptures(text, trail), byThreads->MatchCaptures(text, threads));
       EXPECT_EQ(Spans(trail), Spans(threads));
       EXPECT_EQ(AllSpans(*byTrail, text), AllSpans(*byThreads, text));
+    }
+  }
+}
+
+// Ways of look-aheads far into the text, which run together or do not.
+TEST(Expression, AgreesOnLongLookAheads) {
+  Oracle::Generator generator(16);
+  for (const char* const pattern :
+       {"(?=([^]*)(b))a", "(?=((?:..)*))[^]", "(?=((?:[^][^][^])*)([^]*))(?:(\\w)|[^])",
+        "(?=(?:a|b|\\W)*?(d.*|$))", "(?=[^]*?(\\w+)(?=([^]*?)(\\W|$)([^]*)))[^]",
+        "(?=([^]{0,150}))\\w", "(?!\\W)(?=(\\b\\w+)([^]*)\\b)(\\w|)"}) {
+    const auto byTrail = Compile(pattern, {.searchesAloneWithLookAheads = 0});
+    const auto byThreads = Compile(pattern, {.useTrails = false, .useBacktracking = false});
+    EXPECT_EQ(byTrail->RoadTaken(), Road::Threads);
+    for (const std::size_t size : {70, 300, 1000}) {
+      SCOPED_TRACE(pattern);
+      std::string text;
+      while (text.size() < size) text += generator.Text(50);
+      EXPECT_EQ(AllSpans(*byTrail, text, size + 1), AllSpans(*byThreads, text, size + 1));
     }
   }
 }

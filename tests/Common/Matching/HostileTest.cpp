@@ -183,11 +183,27 @@ TEST(Hostile, WalksLookAtTheTextOnce) {
   const std::size_t size = 1 << 18;
   const std::string lower(size, 'a');
   const std::string upper(size, 'A');
-  for (const char* const pattern :
-       {"a", "foo|a", "a|foo", "a(?=b)|a(?!b)", "(?=a)", "(?!b)a", "(a)(?=(a|$))", "(?=^|a)a",
-        "a.*z|a", "(a)(.*z)?", "(a)(?:a*(z))?|(^)", "(?=a)(a.*z|a)", "(?!b)(a.*z|a)",
-        "(?!(?=b|z)(?!c))(?:a.*z|(a))", "(?=(a.*z|a))a", "(?=(?=^|a)(a.*z|a))a",
-        "(?=(?:|a)*?\\b|a)(|a.*z|a)+?a(?!z)", "(?!b(?=^))(?=(?=(a.*z|a))a)(a|a.*y)"}) {
+  for (const char* const pattern : {"a",
+                                    "foo|a",
+                                    "a|foo",
+                                    "a(?=b)|a(?!b)",
+                                    "(?=a)",
+                                    "(?!b)a",
+                                    "(a)(?=(a|$))",
+                                    "(?=^|a)a",
+                                    "a.*z|a",
+                                    "(a)(.*z)?",
+                                    "(a)(?:a*(z))?|(^)",
+                                    "(?=a)(a.*z|a)",
+                                    "(?!b)(a.*z|a)",
+                                    "(?!(?=b|z)(?!c))(?:a.*z|(a))",
+                                    "(?=(a.*z|a))a",
+                                    "(?=(?=^|a)(a.*z|a))a",
+                                    "(?=(a*))a",
+                                    "(?=((?:aa)*))a",
+                                    "(?=(a)a*(?=(a*|z)))a",
+                                    "(?=(?:|a)*?\\b|a)(|a.*z|a)+?a(?!z)",
+                                    "(?!b(?=^))(?=(?=(a.*z|a))a)(a|a.*y)"}) {
     SCOPED_TRACE(pattern);
     const auto expression = Compile(pattern);
     EXPECT_NE(expression->RoadTaken(), Road::Exact);

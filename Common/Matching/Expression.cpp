@@ -64,7 +64,7 @@ public:
   }
 
   [[nodiscard]] std::size_t AutomatonMemory() const {
-    std::size_t used = 0;
+    std::size_t used = fLookAheads.AutomatonMemory();
     for (const auto& automaton : fAutomata) {
       const LazyDfa* const built = automaton.load(std::memory_order_acquire);
       if (built != nullptr) used += built->MemoryUsed();

@@ -76,6 +76,26 @@ private:
   std::unique_ptr<Workspace> fWorkspace;
 };
 
+// Memory of one state, which goes back to the budget unless the state comes to stay.
+class LazyDfa::Reservation {
+public:
+  Reservation(const LazyDfa& automaton, std::size_t bytes)
+      : fAutomaton(automaton), fBytes(bytes), fIsHeld(automaton.TakeMemory(bytes)) {}
+  Reservation(const Reservation&) = delete;
+  Reservation& operator=(const Reservation&) = delete;
+  ~Reservation() {
+    if (fIsHeld) fAutomaton.GiveMemoryBack(fBytes);
+  }
+
+  [[nodiscard]] bool IsHeld() const { return fIsHeld; }
+  void Keep() { fIsHeld = false; }
+
+private:
+  const LazyDfa& fAutomaton;
+  const std::size_t fBytes;
+  bool fIsHeld;
+};
+
 namespace {
 
 std::size_t HashKernel(const Kernel& kernel) {
@@ -107,6 +127,7 @@ LazyDfa::~LazyDfa() {
       state = below;
     }
   }
+  GiveMemoryBack(MemoryUsed());
 }
 
 std::size_t LazyDfa::Run(const Subject& subject, std::size_t start, bool isFresh) const {
@@ -335,7 +356,8 @@ const LazyDfa::DfaState* LazyDfa::Intern(Kernel& kernel) const {
 
   const std::uint32_t ways = fSetup.classes.count;
   const std::size_t size = DfaState::SizeOf(ways, kernel.states.size());
-  if (!TakeMemory(size)) {
+  Reservation memory(*this, size);
+  if (!memory.IsHeld()) {
     fIsFull.store(true, std::memory_order_relaxed);  // a hint, orders nothing
     return nullptr;
   }
@@ -363,11 +385,11 @@ const LazyDfa::DfaState* LazyDfa::Intern(Kernel& kernel) const {
     if (found != nullptr) {
       state->~DfaState();
       ::operator delete(state);
-      GiveMemoryBack(size);
       return found;
     }
     head = state->below;
   }
+  memory.Keep();
   fStateCount.fetch_add(1, std::memory_order_relaxed);
   return state;
 }

@@ -115,6 +115,7 @@ private:
   struct DfaState;
   struct Workspace;
   class Lease;
+  class Reservation;
 
   // Each calls onMatch with the places at which a match ends, until it says that this is enough.
   template <class OnMatch>

@@ -32,6 +32,12 @@ LookAheads::LookAheads(const SyntaxTree& tree, const LookAheadNumbers& numbers,
   }
 }
 
+std::size_t LookAheads::AutomatonMemory() const {
+  std::size_t used = 0;
+  for (const Item& item : fItems) used += item.automaton ? item.automaton->MemoryUsed() : 0;
+  return used;
+}
+
 LookAheadTable LookAheads::Evaluate(const Subject& subject, bool refusesEmpty) const {
   const std::size_t places = subject.text.size() - subject.from + 1;
   if (places > kMaxTableBits / std::max<std::size_t>(fItems.size(), 1)) {

@@ -23,6 +23,7 @@ public:
 
   [[nodiscard]] bool IsEmpty() const { return fItems.empty(); }
   [[nodiscard]] std::size_t Count() const { return fItems.size(); }
+  [[nodiscard]] std::size_t AutomatonMemory() const;  // bytes
 
   // Contract: inside a look-ahead, its own beginning is the beginning of the text, unless bytes in
   // front of the subject count: "a(?=^b)b" matches "ab" as a whole. True when any look-ahead asks.

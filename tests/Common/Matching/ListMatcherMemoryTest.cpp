@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Common/Matching/Expression.h"
+#include "Common/Matching/LazyDfa.h"
 #include "Common/Matching/ListMatcher.h"
 #include "tests/support/AllocationCount.h"
 
@@ -92,6 +93,51 @@ TEST(EngineMemory, AnswersTheSameBehindAFailedAllocation) {
       }
     }
   }
+}
+
+// The budget that others take of, too, has room for just the states that the texts need.
+TEST(EngineMemory, IsNotTakenForStatesThatCouldNotBeMade) {
+  const Strings texts = {"xabcdef", "qf", "xxabab", "aabbcc", "b1 ef ab"};
+  const auto ask = [&texts](const Matching::Expression& expression) {
+    for (const std::string& text : texts) {
+      (void)expression.IsMatch(text);
+      CapturesOf(expression, text);
+    }
+  };
+  for (const char* const pattern : {"((a|b)*?|ab)\\b(c|$)", "(?=.*(b))[ab]*c?"}) {
+    const auto undisturbed = Compiled(pattern, {.useLiterals = false});
+    ask(*undisturbed);
+    const std::size_t needed = undisturbed->AutomatonMemory();
+    bool hasFailed = true;
+    for (long which = 1; hasFailed; ++which) {
+      Matching::MemoryAllowance allowance(needed);
+      const auto expression = Compiled(pattern, {.allowance = &allowance, .useLiterals = false});
+      {
+        const AllocationFault fault(which);
+        try {
+          ask(*expression);
+        } catch (const std::bad_alloc&) {
+        }
+        hasFailed = fault.HasFailed();
+      }
+      ask(*expression);
+      ASSERT_EQ(expression->AutomatonMemory(), needed) << pattern << " " << which;
+      ASSERT_FALSE(allowance.Take(1)) << pattern << " " << which;
+    }
+  }
+}
+
+// What an automaton has taken is there for others when it is gone.
+TEST(EngineMemory, IsGivenBackToThoseWhoShareIt) {
+  constexpr std::size_t kAll = 100'000;
+  Matching::MemoryAllowance allowance(kAll);
+  {
+    const auto expression = Compiled("(?:a|b)*a(?:a|b){6}c?", {.allowance = &allowance});
+    (void)expression->IsMatch("abbabaabababbabbbabaabbababbabab");
+    EXPECT_GT(expression->AutomatonMemory(), 0U);
+    EXPECT_FALSE(allowance.Take(kAll));
+  }
+  EXPECT_TRUE(allowance.Take(kAll));
 }
 
 // A long match needs many threads of many groups, and the next one seldom does.

@@ -72,9 +72,10 @@ constexpr const char* kReplaceFailed = "Internal error in regex replace";
 
 }  // namespace
 
-CRegexPtr CRegex::Create(std::string_view text, bool isWildcard) {
+CRegexPtr CRegex::Create(std::string_view text, bool isWildcard,
+                         std::shared_ptr<Matching::MemoryAllowance> allowance) {
   try {
-    return CRegexPtr(new CRegex(WithoutCaseMarks(text), isWildcard));
+    return CRegexPtr(new CRegex(WithoutCaseMarks(text), isWildcard, std::move(allowance)));
   } catch (const std::regex_error& error) {
     qxDebugPrint(3, "CRegex::Create",
                  "String is not a valid regex: '" << text << "' - error: " << error.what());
@@ -90,13 +91,15 @@ CRegexPtr CRegex::CreateFromRegexForm(std::string_view value, bool isWildcard) {
   return Create(StripRegexForm(value), isWildcard);
 }
 
-CRegex::CRegex(std::string_view text, bool isWildcard) : fSource(text), fIsWildcard(isWildcard) {
+CRegex::CRegex(std::string_view text, bool isWildcard,
+               std::shared_ptr<Matching::MemoryAllowance> allowance)
+    : fSource(text), fIsWildcard(isWildcard) {
   if (isWildcard) {
     GlobToExpression(text, true, fPattern);
   } else {
     fPattern = text;
   }
-  fRegex = std::make_unique<const CompiledRegex>(fPattern);
+  fRegex = std::make_unique<const CompiledRegex>(fPattern, std::move(allowance));
   // An empty wildcard runs through the engine.
   if (isWildcard && !text.empty()) FindFastPath();
 }

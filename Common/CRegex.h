@@ -12,6 +12,9 @@ class CRegex;
 class CRegexScan;
 class CUnicodeString;
 class CompiledRegex;
+namespace Matching {
+class MemoryAllowance;
+}
 
 using CRegexPtr = CUsePtr<CRegex>;
 
@@ -41,7 +44,9 @@ class CRegex : public CUseCounted {
 public:
   // ---- construction
 
-  static CRegexPtr Create(std::string_view text, bool isWildcard);
+  // What is built while matching takes its memory of the allowance, where one is given.
+  static CRegexPtr Create(std::string_view text, bool isWildcard,
+                          std::shared_ptr<Matching::MemoryAllowance> allowance = nullptr);
   // Takes either text form.
   static CRegexPtr CreateFromValue(std::string_view value);
   // Contract: "REGEX(a)" is an expression here, and a wildcard as bytes. Null is the empty text.
@@ -121,7 +126,9 @@ public:
   static std::string NormalizeEmptyAlternatives(const std::string& value);
 
 private:
-  CRegex(std::string_view text, bool isWildcard);  // lets the engine's std::regex_error out
+  // Lets the engine's std::regex_error out.
+  CRegex(std::string_view text, bool isWildcard,
+         std::shared_ptr<Matching::MemoryAllowance> allowance);
 
   void FindFastPath();
   bool MatchesFast(std::string_view text) const;

@@ -129,6 +129,7 @@ void CRegexVectorHolder::BuildFromText(const std::string& text) {
 }
 
 void CRegexVectorHolder::BuildFromList(const CVariant& list) {
+  fAllowance = std::make_shared<Matching::MemoryAllowance>(Matching::ListMatcher::kAutomataBudget);
   std::vector<std::string> plainWildcards;
   std::vector<std::string> starWildcards;
   std::vector<std::string> expressions;
@@ -150,11 +151,13 @@ void CRegexVectorHolder::BuildFromList(const CVariant& list) {
   ProcessRegexVector(std::move(plainWildcards), ConvertWildcard, MakeAnchoredWildcard);
   ProcessRegexVector(std::move(starWildcards), ConvertSuffixWildcard, MakeAnchoredSuffixWildcard);
   ProcessRegexVector(std::move(expressions), ConvertRegexForm, nullptr);
-  if (!fEntries.empty()) fMatcher = std::make_shared<const Matching::ListMatcher>(Scanners());
+  if (fEntries.empty()) return;
+  const Matching::ListMatcher::Options options{.allowance = fAllowance};
+  fMatcher = std::make_shared<const Matching::ListMatcher>(Scanners(), options);
 }
 
 void CRegexVectorHolder::CompileAlone(const std::string& element, std::string_view expression) {
-  if (CRegexPtr scanner = CRegex::Create(expression, false)) {
+  if (CRegexPtr scanner = CRegex::Create(expression, false, fAllowance)) {
     fEntries.push_back(EntryOf(std::move(scanner), element));
     return;
   }

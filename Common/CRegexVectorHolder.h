@@ -120,6 +120,9 @@ private:
   std::vector<RegexVectorEntry> fEntries;  // in the order in which Find tries them
   bool fInvalid = false;                   // an expression of the value did not compile
   bool fPrefixFailureLogged = false;       // the message is written once a holder
+  // What the automata of a list take memory of, the scanners' own among them; null for a lone
+  // value.
+  std::shared_ptr<Matching::MemoryAllowance> fAllowance;
   // Answers for all scanners of a list at once; shared by the copies of a holder.
   std::shared_ptr<const Matching::ListMatcher> fMatcher;
   // Kept while the diagnostics are on, else null.

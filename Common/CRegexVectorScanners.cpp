@@ -116,7 +116,8 @@ private:
   void Flush() {
     if (!HasAlternatives()) return;  // a long prefix alone reaches the limit of length
     fMerged += fClose;
-    CRegexPtr scanner = CRegex::Create(fWrapper ? fWrapper(fMerged) : fMerged, false);
+    CRegexPtr scanner =
+        CRegex::Create(fWrapper ? fWrapper(fMerged) : fMerged, false, fHolder.fAllowance);
     if (scanner) {
       scanner->SetAffixInfo(fHasAffix, fAffixGroups);
       fHolder.fEntries.push_back(

@@ -59,7 +59,9 @@ void AppendFormatted(std::string_view format, const Captures& spans, std::string
 
 }  // namespace
 
-CompiledRegex::CompiledRegex(std::string_view expression) : fExpression(expression) {
+CompiledRegex::CompiledRegex(std::string_view expression,
+                             std::shared_ptr<Matching::MemoryAllowance> allowance)
+    : fExpression(expression), fAllowance(std::move(allowance)) {
   if (std::locale() != std::locale::classic()) {
     fLibrary = std::make_unique<const RegexEngine>(expression);
     fMarkCount = fLibrary->MarkCount();
@@ -78,7 +80,7 @@ const Expression& CompiledRegex::Linear() const {
   const Expression* built = fLinear.load(std::memory_order_acquire);
   if (built != nullptr) return *built;
 
-  auto compiled = Expression::Compile(fExpression);
+  auto compiled = Expression::Compile(fExpression, {.allowance = fAllowance.get()});
   auto& fresh = std::get<std::unique_ptr<Expression>>(compiled);  // valid, or we would not exist
   if (fLinear.compare_exchange_strong(built, fresh.get(), std::memory_order_acq_rel,
                                       std::memory_order_acquire)) {

@@ -11,7 +11,8 @@
 class RegexEngine;
 namespace Matching {
 class Expression;
-}
+class MemoryAllowance;
+}  // namespace Matching
 
 // One expression as CRegex asks it: what std::regex with the flags ECMAScript and icase says of it,
 // answered by the linear-time engine of Common/Matching.
@@ -24,9 +25,11 @@ class Expression;
 // compare-and-swap, the other deleted. Any number of threads may ask at once.
 class CompiledRegex {
 public:
-  // A view: the text of the expression must outlive this object. Throws std::regex_error, with the
-  // library's own words, when it is none.
-  explicit CompiledRegex(std::string_view expression);
+  // A view: the text of the expression must outlive this object. The allowance is what its automata
+  // take memory of together with others'; null where they stand alone. Throws std::regex_error,
+  // with the library's own words, when it is no expression.
+  explicit CompiledRegex(std::string_view expression,
+                         std::shared_ptr<Matching::MemoryAllowance> allowance = nullptr);
   CompiledRegex(const CompiledRegex&) = delete;
   CompiledRegex& operator=(const CompiledRegex&) = delete;
   ~CompiledRegex();
@@ -61,6 +64,7 @@ private:
   const Matching::Expression& Linear() const;
 
   const std::string_view fExpression;
+  const std::shared_ptr<Matching::MemoryAllowance> fAllowance;  // may be null
   std::uint64_t fMarkCount = 0;
   std::unique_ptr<const RegexEngine> fLibrary;  // in another locale; null in the classic one
   mutable std::atomic<const Matching::Expression*> fLinear{nullptr};  // null until it is needed

@@ -146,6 +146,15 @@ public:
   }
 
 private:
+  // A matcher and, while nobody works in it, the memory that it keeps.
+  struct SpareMatcher {
+    SpareMatcher(const Program& program, const SyntaxTree& tree, MemoryAllowance* allowance)
+        : matcher(program, tree), memory(allowance) {}
+
+    CaptureMatcher matcher;
+    MemoryShare memory;
+  };
+
   static constexpr std::size_t kManyBytes = 64;
   static constexpr std::size_t kMostKept = std::size_t{1} << 20;  // bytes in a spare matcher
 
@@ -342,18 +351,21 @@ private:
   }
 
   bool RunMatcher(const CaptureQuery& query, Captures& captures, MergedWays* ways = nullptr) const {
-    auto matcher = fSpareMatcher.Take();
-    if (!matcher) {
-      matcher = std::make_unique<CaptureMatcher>(*fUnrolled, fTree);
-      if (!fOptions.useBacktracking) matcher->ForbidBacktracking();
+    auto spare = fSpareMatcher.Take();
+    if (!spare) {
+      spare = std::make_unique<SpareMatcher>(*fUnrolled, fTree, fOptions.allowance);
+      if (!fOptions.useBacktracking) spare->matcher.ForbidBacktracking();
     }
+    spare->memory.GiveBack();
+    CaptureMatcher& matcher = spare->matcher;
     std::vector<std::size_t> slots;
-    const bool found = matcher->Run(query, slots);
+    const bool found = matcher.Run(query, slots);
     if (found) {
-      CaptureLookAheads(*matcher, query, ways, slots);
+      CaptureLookAheads(matcher, query, ways, slots);
       CopyCaptures(slots, captures);
     }
-    if (matcher->MemoryKept() <= kMostKept) fSpareMatcher.Give(std::move(matcher));
+    const std::size_t kept = matcher.MemoryKept();
+    if (kept <= kMostKept && spare->memory.Take(kept)) fSpareMatcher.Give(std::move(spare));
     return found;
   }
 
@@ -405,7 +417,7 @@ private:
   // Built at first use and published by compare-and-swap.
   mutable std::atomic<const Program*> fBackward{nullptr};
   mutable std::atomic<const LazyDfa*> fAutomata[AutomatonCount] = {};
-  mutable SpareSlot<CaptureMatcher> fSpareMatcher;
+  mutable SpareSlot<SpareMatcher> fSpareMatcher;
 };
 
 Expression::Expression(std::unique_ptr<Engine> engine) : fEngine(std::move(engine)) {}

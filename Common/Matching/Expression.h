@@ -58,8 +58,9 @@ public:
   // it, but for the budgets.
   struct Options {
     std::size_t automatonBudget = std::size_t{1}
-                                  << 20;   // bytes, for each of an expression's automata
-    MemoryAllowance* allowance = nullptr;  // for them and others' together; outlives the expression
+                                  << 20;  // bytes, for each of an expression's automata
+    // For them, what is kept to work in, and that of others together; outlives the expression.
+    MemoryAllowance* allowance = nullptr;
     bool useLiterals = true;  // texts without a literal that every match has are not looked into
     bool useAutomata = true;
     bool useTrails = true;  // to captures of matches whose ends are known

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Common/Matching/MemoryAllowance.h"
 #include "Common/Matching/Program.h"
 #include "Common/Matching/Simulation.h"
 #include "Common/Matching/Subject.h"
@@ -33,26 +34,6 @@ public:
 
 private:
   std::atomic<T*> fSpare{nullptr};
-};
-
-// Memory that many automata may take together. Any thread may take of it.
-class MemoryAllowance {
-public:
-  explicit MemoryAllowance(std::size_t bytes) : fLeft(bytes) {}
-  MemoryAllowance(const MemoryAllowance&) = delete;
-  MemoryAllowance& operator=(const MemoryAllowance&) = delete;
-
-  [[nodiscard]] bool Take(std::size_t bytes) {
-    std::size_t left = fLeft.load(std::memory_order_relaxed);
-    while (left >= bytes) {
-      if (fLeft.compare_exchange_weak(left, left - bytes, std::memory_order_relaxed)) return true;
-    }
-    return false;
-  }
-  void GiveBack(std::size_t bytes) { fLeft.fetch_add(bytes, std::memory_order_relaxed); }
-
-private:
-  std::atomic<std::size_t> fLeft;
 };
 
 // An automaton that knows at each byte all states that a program may be in, and keeps what it has

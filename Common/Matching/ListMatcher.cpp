@@ -287,7 +287,7 @@ public:
     fMatcher.fShared.shrink_to_fit();
     fMatcher.fSharedAutomata =
         std::make_unique<SharedAutomata>(static_cast<std::uint32_t>(fMatcher.fShared.size()),
-                                         fOptions.sharedBudget, &fMatcher.fAllowance);
+                                         fOptions.sharedBudget, fMatcher.fAllowance.get());
     fMatcher.fAutomata =
         std::make_unique<std::atomic<const Expression*>[]>(fMatcher.fConfirmed.size());
   }
@@ -378,7 +378,9 @@ private:
 };
 
 ListMatcher::ListMatcher(const std::vector<ListScanner>& scanners, const Options& options)
-    : fFloating(options.useNibbles), fAllowance(options.automataBudget) {
+    : fFloating(options.useNibbles),
+      fAllowance(options.allowance ? options.allowance
+                                   : std::make_shared<MemoryAllowance>(kAutomataBudget)) {
   Builder builder(*this, options);
   for (std::uint32_t i = 0; i < scanners.size(); ++i) builder.Add(i, scanners[i]);
   builder.Finish();
@@ -410,7 +412,7 @@ const Expression* ListMatcher::BuildAutomaton(std::uint32_t number,
   const ParseResult parsed = Parse(pattern);
   Expression::Options options;
   options.useLiterals = false;  // the list has found one already, or there is none
-  options.allowance = &fAllowance;
+  options.allowance = fAllowance.get();
   auto built = Expression::FromTree(
       SyntaxTree::OfParts(parsed.tree, PartsOfGroup(parsed.tree, confirmed.firstGroup,
                                                     fParts[confirmed.part].group)),
@@ -480,12 +482,7 @@ ListMatcher::Memory ListMatcher::MemoryUse() const {
                         sizeof *fSharedAutomata + fSharedAutomata->MemorySize() +
                         fConfirmed.capacity() * sizeof(Confirmed) +
                         fConfirmed.size() * sizeof(fAutomata[0]);
-  memory.automata = fSharedAutomata->AutomatonMemory();
-  for (std::size_t i = 0; i < fConfirmed.size(); ++i) {
-    // The acquire pairs with the release that published the automaton.
-    const Expression* automaton = fAutomata[i].load(std::memory_order_acquire);
-    if (automaton) memory.automata += automaton->AutomatonMemory();
-  }
+  memory.automata = fAllowance->Taken();
   return memory;
 }
 

@@ -19,6 +19,7 @@
 #include "Common/Matching/FormMatch.h"
 #include "Common/Matching/ListParts.h"
 #include "Common/Matching/LiteralForms.h"
+#include "Common/Matching/MemoryAllowance.h"
 #include "Common/Matching/SharedAutomata.h"
 #include "Common/Matching/SyntaxTree.h"
 
@@ -52,7 +53,8 @@ struct ListOptions {
   bool useShared = true;
   bool useNibbles = true;
   std::size_t sharedBudget = SharedAutomata::kBudget;
-  std::size_t automataBudget = std::size_t{128} << 20;  // bytes of all automata of the list
+  // For all automata of the list, and what others take of it; null for one of its own.
+  std::shared_ptr<MemoryAllowance> allowance = nullptr;
 };
 
 // Answers for a whole list of scanners at once which of them match a text, without asking each.
@@ -72,6 +74,9 @@ struct ListOptions {
 class ListMatcher {
 public:
   using Options = ListOptions;
+
+  // Bytes of all automata of a list.
+  static constexpr std::size_t kAutomataBudget = std::size_t{128} << 20;
 
   // The first scanner in the order of the list that matches.
   struct Hit {
@@ -121,7 +126,7 @@ public:
     std::size_t beginnings = 0;    // what they begin with
     std::size_t floating = 0;      // literals that may stand anywhere, and the forms made of them
     std::size_t alternatives = 0;  // what stands for the elements
-    std::size_t automata = 0;      // states built so far, by those that texts have asked for
+    std::size_t automata = 0;      // taken of the allowance so far, as texts have asked for it
   };
   Memory MemoryUse() const;
   // Bytes, but for what grows while it is asked: the automata of single alternatives.
@@ -238,7 +243,7 @@ private:
   std::vector<Confirmed> fConfirmed;
   bool fMayFail = false;                            // a scanner that is asked itself can fail
   std::vector<std::uint32_t> fShared;               // numbers in fConfirmed, ascending
-  mutable MemoryAllowance fAllowance;               // of all automata
+  std::shared_ptr<MemoryAllowance> fAllowance;      // of all automata
   std::unique_ptr<SharedAutomata> fSharedAutomata;  // its members are those of fShared
   std::vector<std::uint32_t> fAlways;               // numbers in fConfirmed, ascending
   // One for each confirmed alternative; null until its first run.

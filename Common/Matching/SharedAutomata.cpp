@@ -87,13 +87,4 @@ std::size_t SharedAutomata::MemorySize() const {
   return fNodeCount * sizeof(Node);
 }
 
-std::size_t SharedAutomata::AutomatonMemory() const {
-  std::size_t used = 0;
-  for (std::size_t i = 0; i < fNodeCount; ++i) {
-    const Automaton* automaton = fNodes[i].automaton.load(std::memory_order_acquire);
-    if (automaton != nullptr) used += automaton->states.MemoryUsed();
-  }
-  return used;
-}
-
 }  // namespace Matching

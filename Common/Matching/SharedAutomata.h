@@ -46,7 +46,6 @@ public:
                           const AddMembers& addMembers, RunAlone runAlone) const;
 
   [[nodiscard]] std::size_t MemorySize() const;
-  [[nodiscard]] std::size_t AutomatonMemory() const;  // bytes that the automata have taken so far
 
 private:
   static constexpr std::uint32_t kMostMembers = 64;     // of one automaton

@@ -94,6 +94,10 @@ struct Counting {
   std::string_view Pattern(std::size_t) const { throw std::logic_error("asked"); }
 };
 
+std::shared_ptr<Matching::MemoryAllowance> AllowanceOf(std::size_t bytes) {
+  return std::make_shared<Matching::MemoryAllowance>(bytes);
+}
+
 const Matching::ListOptions kAllOptions[] = {
     {},
     {.useAnchored = false},
@@ -107,8 +111,11 @@ const Matching::ListOptions kAllOptions[] = {
     // Automata for all of the list, of which some or all have no room for most texts.
     {.useAnchored = false, .useFloating = false, .useRequired = false, .sharedBudget = 2000},
     {.useAnchored = false, .useFloating = false, .useRequired = false, .sharedBudget = 0},
-    {.useAnchored = false, .useFloating = false, .useRequired = false, .automataBudget = 3000},
-    {.useAnchored = false, .useFloating = false, .automataBudget = 0},
+    {.useAnchored = false,
+     .useFloating = false,
+     .useRequired = false,
+     .allowance = AllowanceOf(3000)},
+    {.useAnchored = false, .useFloating = false, .allowance = AllowanceOf(0)},
 };
 
 void ExpectAgreement(const Scanners& scanners, const Strings& texts) {
@@ -456,7 +463,8 @@ TEST(ListMatcher, AutomataOfAListStayWithinOneBudget) {
   }
   std::mt19937 random(7);
   for (const bool useShared : {true, false}) {
-    const ListMatcher matcher(scanners.List(), {.useShared = useShared, .automataBudget = kBudget});
+    const ListMatcher matcher(scanners.List(),
+                              {.useShared = useShared, .allowance = AllowanceOf(kBudget)});
     const Patterns patterns{scanners};
     for (int i = 0; i < 60; ++i) {
       std::string text;

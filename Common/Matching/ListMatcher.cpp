@@ -378,7 +378,7 @@ private:
 };
 
 ListMatcher::ListMatcher(const std::vector<ListScanner>& scanners, const Options& options)
-    : fFloating(options.useNibbles),
+    : fFloating({options.useFew, options.useVectors, options.mergePasses}),
       fAllowance(options.allowance ? options.allowance
                                    : std::make_shared<MemoryAllowance>(kAutomataBudget)) {
   Builder builder(*this, options);

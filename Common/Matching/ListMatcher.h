@@ -51,7 +51,9 @@ struct ListOptions {
   bool useFloating = true;
   bool useRequired = true;
   bool useShared = true;
-  bool useNibbles = true;
+  bool useFew = true;
+  bool useVectors = true;
+  bool mergePasses = true;
   std::size_t sharedBudget = SharedAutomata::kBudget;
   // For all automata of the list, and what others take of it; null for one of its own.
   std::shared_ptr<MemoryAllowance> allowance = nullptr;
@@ -210,11 +212,12 @@ private:
 
   // Call onHit(part, form or null, size) for the alternatives that literals decide, the size being
   // that of the literal where there is no form, and onCandidate(number in fConfirmed) for those
-  // that they pick, until one gives true.
+  // that they pick, until one gives true. What wants(part) says no to is not compared.
   template <class OnHit>
   bool VisitAnchored(std::string_view text, OnHit onHit) const;
-  template <class OnHit, class OnCandidate>
-  bool VisitFloating(std::string_view text, OnHit onHit, OnCandidate onCandidate) const;
+  template <class Wants, class OnHit, class OnCandidate>
+  bool VisitFloating(std::string_view text, Wants wants, OnHit onHit,
+                     OnCandidate onCandidate) const;
   // What was found of the scanners from some one on.
   struct Best {
     std::uint32_t scanner = kNone;  // the first found to match or to fail
@@ -265,16 +268,26 @@ bool ListMatcher::VisitAnchored(std::string_view text, OnHit onHit) const {
   });
 }
 
-template <class OnHit, class OnCandidate>
-bool ListMatcher::VisitFloating(std::string_view text, OnHit onHit, OnCandidate onCandidate) const {
+template <class Wants, class OnHit, class OnCandidate>
+bool ListMatcher::VisitFloating(std::string_view text, Wants wants, OnHit onHit,
+                                OnCandidate onCandidate) const {
   LineEnds lineEnds(text);
-  Asked compared;  // forms; one's piece may stand everywhere in the text
-  return fFloating.Visit(text, [&](std::uint32_t id, std::size_t) {
-    const Target& target = fTargets[id];
-    if (target.form == kNone) return onCandidate(target.confirmed);
-    if (!compared.Add(target.form)) return false;
-    const LiteralForm& form = fForms[target.form];
-    return lineEnds.None() && HasForm(text, form) && onHit(target.part, &form, 0);
+  Asked found;  // literals; one may stand everywhere in the text
+  return fFloating.Visit(text, [&](std::uint32_t literal, std::size_t) {
+    if (!found.Add(literal)) return false;
+    for (const std::uint32_t id : fFloating.IdsOf(literal)) {
+      const Target& target = fTargets[id];
+      if (target.form == kNone) {
+        if (onCandidate(target.confirmed)) return true;
+        continue;
+      }
+      const LiteralForm& form = fForms[target.form];
+      if (wants(target.part) && lineEnds.None() && HasForm(text, form) &&
+          onHit(target.part, &form, 0)) {
+        return true;
+      }
+    }
+    return false;
   });
 }
 
@@ -287,8 +300,9 @@ void ListMatcher::VisitRuns(std::string_view text, const Scanners& scanners, OnR
     onRun(part.scanner, part.group, Confirms(number, text, scanners));
     return false;
   };
+  const auto wantsNone = [](std::uint32_t) { return false; };
   VisitFloating(
-      text, [](std::uint32_t, const LiteralForm*, std::size_t) { return false; }, run);
+      text, wantsNone, [](std::uint32_t, const LiteralForm*, std::size_t) { return false; }, run);
   for (const std::uint32_t number : fAlways) run(number);
 }
 
@@ -302,7 +316,8 @@ bool ListMatcher::Matches(std::string_view text, const Scanners& scanners) const
   const auto confirms = [&](std::uint32_t number) {
     return asked.Add(number) && Confirms(number, text, scanners);
   };
-  if (VisitFloating(text, onHit, confirms)) return true;
+  const auto wantsAll = [](std::uint32_t) { return true; };
+  if (VisitFloating(text, wantsAll, onHit, confirms)) return true;
   if (FindShared(text, scanners, 0, kNone) != kNone) return true;
   for (const std::uint32_t number : fAlways) {
     if (confirms(number)) return true;
@@ -361,6 +376,10 @@ void ListMatcher::FindBeyondAnchored(std::string_view text, const Scanners& scan
                                      std::uint32_t from, Best& best) const {
   Asked asked;
   std::exception_ptr failure;  // what the best one failed with, if it did
+  const auto wants = [&](std::uint32_t part) {
+    const std::uint32_t scanner = fParts[part].scanner;
+    return scanner <= best.scanner && scanner >= from;
+  };
   const auto onHit = [&](std::uint32_t part, const LiteralForm* form, std::size_t size) {
     Offer(text, from, part, form, size, best);
     return false;
@@ -382,7 +401,7 @@ void ListMatcher::FindBeyondAnchored(std::string_view text, const Scanners& scan
     }
     return false;
   };
-  VisitFloating(text, onHit, onCandidate);
+  VisitFloating(text, wants, onHit, onCandidate);
   const std::uint32_t shared = FindShared(text, scanners, from, best.part);
   if (shared != kNone) best = {fParts[shared].scanner, shared, 0, false};
   for (const std::uint32_t number : fAlways) {

@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "Common/Matching/ByteFold.h"
+
 namespace Matching {
 namespace {
 
@@ -54,6 +56,19 @@ constexpr const Byte& ByteOf(char c) {
   return kBytes[static_cast<unsigned char>(c)];
 }
 
+constexpr std::array<double, 256> kByteChances = [] {
+  std::array<double, 256> table{};
+  for (std::size_t i = 0; i < table.size(); ++i) {
+    constexpr double kOfCapitals = 0.1;
+    const unsigned char folded = kFoldedByte[i];
+    double chance = i == folded ? 1 : kOfCapitals;
+    float bits = kBytes[folded].bits;
+    for (; bits >= 1; bits -= 1) chance /= 2;
+    table[i] = chance * (1 - bits / 2);  // straight between the powers of two
+  }
+  return table;
+}();
+
 constexpr std::size_t TripleOf(const char* bytes) {
   std::size_t triple = 0;
   for (int i = 0; i < 3; ++i) triple = triple << 6 | ByteOf(bytes[i]).number;
@@ -78,6 +93,14 @@ bool IsWellKnown(const char* bytes) {
 }
 
 }  // namespace
+
+float BitsOf(char byte) {
+  return ByteOf(byte).bits;
+}
+
+double ChanceOfByte(char byte) {
+  return kByteChances[static_cast<unsigned char>(byte)];
+}
 
 double ChanceOf(std::string_view literal) {
   float bits = 0;

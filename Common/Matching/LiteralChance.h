@@ -15,6 +15,11 @@ double ChanceOf(std::string_view literal);
 // The same for any of several.
 double ChanceOfAny(const std::vector<std::string>& literals);
 
+// How rare a byte is: half as often as another is one bit more.
+float BitsOf(char byte);
+// How likely a byte of a text is this one; capitals are seldom.
+double ChanceOfByte(char byte);
+
 // The rarest of several, at least one.
 const std::string& RarestOf(const std::vector<std::string>& literals);
 

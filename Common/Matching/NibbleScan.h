@@ -5,12 +5,14 @@
 #include <cstdint>
 #include <string_view>
 
+#include "Common/Matching/PaddedText.h"
+
 namespace Matching {
 
 // Looks at 32 places of a text together for strings of a few bytes, each of which belongs to one of
-// eight buckets: tells at which places one of a bucket's strings may stand. A byte is judged by its
-// two halves apart, so a bucket of many different strings lets more places through; it never misses
-// one.
+// sixteen buckets: tells at which places one of a bucket's strings may stand. A byte is judged by
+// its two halves apart, so a bucket of many different strings lets more places through; it never
+// misses one.
 //
 // Source: the Teddy algorithm of multiple string matching with byte shuffles, as described by
 // G. Langdale and in "Hyperscan: A Fast Multi-pattern Regex Matcher for Modern CPUs" (NSDI 2019).
@@ -22,7 +24,7 @@ class NibbleScan {
 public:
   static bool IsSupported();
 
-  static constexpr std::size_t kBucketCount = 8;
+  static constexpr std::size_t kBucketCount = 16;
   static constexpr std::size_t kMostBytes = 4;  // of a string that are looked at
 
   // A string of one to kMostBytes bytes, folded: letters of either case are equal.
@@ -32,21 +34,29 @@ public:
   struct Places {
     std::size_t first;
     std::uint32_t bits;
-    std::array<std::uint8_t, 32> buckets;
+    std::array<std::array<std::uint8_t, 32>, 2> buckets;  // the first eight, and the others
+
+    unsigned BucketsAt(std::size_t k) const {
+      return buckets[0][k] | static_cast<unsigned>(buckets[1][k]) << 8;
+    }
   };
-  // The next such places at or behind `from`, which is moved behind them; false when the text has
-  // no more. Some may be so close to its end that no string has room there.
-  bool Next(std::string_view text, std::size_t& from, Places& places) const;
+  // The next such places from there on, which is moved behind them; false when the text has no
+  // more. Some may be so close to its end that no string has room there.
+  bool Next(const PaddedText& text, std::size_t& from, Places& places) const;
 
 private:
   struct Masks {
     alignas(16) std::array<std::uint8_t, 16> low{};   // by the lower half of a byte, its buckets
     alignas(16) std::array<std::uint8_t, 16> high{};  // by the upper half
   };
+  using Octet = std::array<Masks, kMostBytes>;  // of eight buckets, by the byte's place
 
-  void AddByte(Masks& masks, unsigned char byte, std::uint8_t bucket);
+  static void AddByte(Masks& masks, unsigned char byte, std::uint8_t bucket);
+  template <bool kHasSecond>
+  bool NextOf(const PaddedText& text, std::size_t& from, Places& places) const;
 
-  std::array<Masks, kMostBytes> fMasks;  // by the byte's place in the string
+  std::array<Octet, 2> fOctets;
+  bool fHasSecond = false;  // strings in the second octet
 };
 
 }  // namespace Matching

@@ -78,7 +78,12 @@ public:
     if (!cover && (isExact || wildcard.mode == CRegexFastMode::FastPrefix)) {
       fBeginnings.Visit(wildcard.literal, take);
     }
-    if (!cover && wildcard.mode != CRegexFastMode::FastAny) fParts.Visit(wildcard.literal, take);
+    if (!cover && wildcard.mode != CRegexFastMode::FastAny) {
+      fParts.Visit(wildcard.literal, [&](std::uint32_t literal, std::size_t at) {
+        return std::ranges::any_of(fParts.IdsOf(literal),
+                                   [&](std::uint32_t other) { return take(other, at); });
+      });
+    }
     return cover;
   }
 

@@ -10,13 +10,10 @@
 
 #include "Common/Matching/AnchoredLiterals.h"
 #include "Common/Matching/ByteFold.h"
-#include "Common/Matching/FloatingLiterals.h"
-#include "Common/Matching/NibbleScan.h"
 
 namespace {
 
 using Matching::AnchoredLiterals;
-using Matching::FloatingLiterals;
 using Matching::FoldText;
 using Side = AnchoredLiterals::Side;
 using Hits = std::vector<std::pair<std::uint32_t, std::size_t>>;
@@ -159,102 +156,6 @@ TEST(AnchoredLiterals, AgreesWithComparingEveryLiteral) {
       EXPECT_EQ(found, expected) << "round " << round << " text " << text;
     }
   }
-}
-
-TEST(FloatingLiterals, AgreesWithSearchingEveryLiteral) {
-  std::mt19937 random(8);
-  for (int round = 0; round < 300; ++round) {
-    FloatingLiterals table(round % 3 != 0);
-    std::vector<std::string> literals;
-    for (std::uint32_t id = 0; id < 1 + random() % 40; ++id) {
-      const std::string literal = FoldText(RandomText(random, 9, round % 2 ? "aB" : "abcd.\xE9"));
-      if (table.Add(literal, static_cast<std::uint32_t>(literals.size()))) {
-        literals.push_back(literal);
-      }
-    }
-    table.Freeze();
-    EXPECT_EQ(table.Count(), literals.size());
-    for (int i = 0; i < 20; ++i) {
-      const std::string text = RandomText(random, 40, "AabBcd.\xE9");
-      const std::string folded = FoldText(text);
-      std::set<std::pair<std::uint32_t, std::size_t>> expected;
-      for (std::uint32_t id = 0; id < literals.size(); ++id) {
-        for (std::size_t at = folded.find(literals[id]); at != std::string::npos;
-             at = folded.find(literals[id], at + 1)) {
-          expected.emplace(id, at);
-        }
-      }
-      std::multiset<std::pair<std::uint32_t, std::size_t>> found;  // each place once
-      EXPECT_FALSE(table.Visit(text, [&](std::uint32_t id, std::size_t at) {
-        found.emplace(id, at);
-        return false;
-      }));
-      EXPECT_TRUE(std::equal(found.begin(), found.end(), expected.begin(), expected.end()))
-          << "round " << round << " text " << text;
-    }
-  }
-}
-
-void ExpectAcrossTheChunks(FloatingLiterals table) {
-  for (const char* literal : {"x", "yz", "key", "word", "needle", "a longer needle"}) {
-    table.Add(literal, static_cast<std::uint32_t>(std::string_view(literal).size()));
-  }
-  table.Freeze();
-  const std::string literals[] = {"X", "yZ", "KEY", "Word", "nEEdle", "a longer needle"};
-  for (const std::string& literal : literals) {
-    for (std::size_t at = 2020; at < 2070; ++at) {
-      std::string text(5000, '-');
-      text.replace(at, literal.size(), literal);
-      Hits hits;
-      table.Visit(text, [&](std::uint32_t id, std::size_t position) {
-        if (id == literal.size()) hits.emplace_back(id, position);
-        return false;
-      });
-      EXPECT_EQ(hits, (Hits{{static_cast<std::uint32_t>(literal.size()), at}})) << literal;
-    }
-  }
-}
-
-TEST(FloatingLiterals, FindsAcrossTheChunksOfALongText) {
-  ExpectAcrossTheChunks(FloatingLiterals(true));
-  ExpectAcrossTheChunks(FloatingLiterals(false));
-}
-
-TEST(NibbleScan, MissesNoPlaceOfAText) {
-  if (!Matching::NibbleScan::IsSupported()) GTEST_SKIP() << "the processor has no AVX2";
-  Matching::NibbleScan scan;
-  const std::string strings[] = {"a", "b1", ".\xE9x", "{zq-"};
-  for (std::size_t i = 0; i < std::size(strings); ++i) scan.Add(strings[i], 2 * i);
-  for (std::size_t size = 1; size < 100; ++size) {
-    for (std::size_t i = 0; i < std::size(strings); ++i) {
-      for (std::size_t at = 0; at + strings[i].size() <= size; ++at) {
-        std::string text(size, 'O');
-        text.replace(at, strings[i].size(), strings[i]);
-        for (char& c : text)
-          c = c >= 'a' && c <= 'z' && at % 2 == 0 ? static_cast<char>(c - 32) : c;
-        std::size_t from = 0;
-        Matching::NibbleScan::Places places{};
-        std::vector<std::pair<std::size_t, unsigned>> found;
-        while (scan.Next(text, from, places)) {
-          for (std::size_t k = 0; k < 32; ++k) {
-            if (places.bits >> k & 1) found.emplace_back(places.first + k, places.buckets[k]);
-          }
-        }
-        EXPECT_EQ(found, (decltype(found){{at, 1U << (2 * i)}})) << text;
-      }
-    }
-  }
-}
-
-TEST(FloatingLiterals, RefusesTheEmptyLiteralAndStopsWhenToldTo) {
-  FloatingLiterals table;
-  EXPECT_FALSE(table.Add("", 1));
-  EXPECT_TRUE(table.IsEmpty());
-  table.Add("a", 1);
-  table.Freeze();
-  int calls = 0;
-  EXPECT_TRUE(table.Visit("aaaa", [&](std::uint32_t, std::size_t) { return ++calls == 2; }));
-  EXPECT_EQ(calls, 2);
 }
 
 }  // namespace

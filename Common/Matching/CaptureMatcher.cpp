@@ -64,7 +64,7 @@ std::size_t CaptureMatcher::MemoryKept() const {
          fVisited.capacity() * sizeof(std::uint64_t);
 }
 
-bool CaptureMatcher::Follow(const CaptureQuery& query, LazyDfa::Trail& trail,
+bool CaptureMatcher::Follow(const CaptureQuery& query, ATrail& trail,
                             std::vector<std::size_t>& slots) {
   slots.assign(fSlotCount, kNowhere);
   StateId id = query.start;

@@ -26,7 +26,7 @@ struct CaptureQuery {
   // known to begin at firstStart and to end there; null where nothing knows.
   const LazyDfa* suffixes = nullptr;
   // Has read the text up to `end`, with Goal Any. Not with the former.
-  LazyDfa::Trail* trail = nullptr;
+  ATrail* trail = nullptr;
   MergedWays* ways = nullptr;  // of look-aheads along this trail; null for what is around them
 };
 
@@ -90,7 +90,7 @@ private:
   };
 
   // Goes the preferred way from firstStart along a trail; false when it leads nowhere.
-  bool Follow(const CaptureQuery& query, LazyDfa::Trail& trail, std::vector<std::size_t>& slots);
+  bool Follow(const CaptureQuery& query, ATrail& trail, std::vector<std::size_t>& slots);
   bool Backtrack(const CaptureQuery& query, std::vector<std::size_t>& slots);
   bool BacktrackFrom(const CaptureQuery& query, std::size_t start, std::vector<std::size_t>& slots);
   bool RunThreads(const CaptureQuery& query, std::vector<std::size_t>& slots);

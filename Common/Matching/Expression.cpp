@@ -14,6 +14,7 @@
 #include "Common/Matching/LookAheads.h"
 #include "Common/Matching/Parser.h"
 #include "Common/Matching/Program.h"
+#include "Common/Matching/Trail.h"
 
 namespace Matching {
 // What the searches of one walk over a text find out for those that follow. The flags of a search
@@ -23,7 +24,7 @@ struct Expression::Notes {
   struct Rest {
     std::size_t searches = 0;  // that asked for the trail so far
     std::optional<LookAheadTable> lookAheads;
-    std::optional<LazyDfa::Trail> trail;
+    std::unique_ptr<ATrail> trail;
     MergedWays ways;  // along it
   };
 
@@ -271,25 +272,29 @@ private:
   }
 
   // What lies behind a match may have been read to its end to tell, so a walk of many searches has
-  // the rest of the text read once for all that follow. Null where a walk is not so far, or the
-  // budget of the automaton does not suffice.
-  LazyDfa::Trail* TrailOfAll(const Subject& subject, bool refusesEmpty, Notes::Rest& rest) const {
+  // the rest of the text read once for all that follow. Null where a walk is not so far.
+  ATrail* TrailOfAll(const Subject& subject, bool refusesEmpty, Notes::Rest& rest) const {
     const std::size_t alone =
         fLookAheads.IsEmpty() ? fOptions.searchesAlone : fOptions.searchesAloneWithLookAheads;
     if (!fOptions.useTrails || rest.searches++ < alone) return nullptr;
-    if (rest.searches == alone + 1) {
-      rest.trail.emplace();
-      const LazyDfa& automaton = Automaton(refusesEmpty ? AllOfNonEmptyBySuffixes : AllBySuffixes);
-      const bool isRead = rest.trail->Read(automaton, subject, subject.from, subject.text.size());
-      if (!isRead) rest.trail.reset();
-    }
-    return rest.trail ? &*rest.trail : nullptr;
+    if (rest.searches == alone + 1) rest.trail = ReadTrail(subject, refusesEmpty);
+    return rest.trail.get();
+  }
+
+  // By the automaton as far as its budget goes. Null where so large a program needs too much.
+  std::unique_ptr<ATrail> ReadTrail(const Subject& subject, bool refusesEmpty) const {
+    const auto kind = refusesEmpty ? AllOfNonEmptyBySuffixes : AllBySuffixes;
+    auto trail = std::make_unique<LazyDfa::Trail>();
+    if (trail->Read(Automaton(kind), subject, subject.from, subject.text.size())) return trail;
+    auto stepped = std::make_unique<SteppedTrail>(*fUnrolled, fTree, SetupOf(kind).lookAheads);
+    if (stepped->Read(subject)) return stepped;
+    return nullptr;
   }
 
   // First where the match ends, then where it begins, then the groups in between.
   bool SearchByAutomata(const Subject& subject, bool isAnchored, const SearchFlags& flags,
                         Notes& notes, Captures& captures) const {
-    if (LazyDfa::Trail* const trail = TrailOfAll(subject, false, notes.rests[0])) {
+    if (ATrail* const trail = TrailOfAll(subject, false, notes.rests[0])) {
       const CaptureQuery query{.subject = subject,
                                .start = fUnrolled->start,
                                .firstStart = subject.from,

@@ -13,10 +13,10 @@
 #include "Common/Matching/Program.h"
 #include "Common/Matching/Simulation.h"
 #include "Common/Matching/Subject.h"
+#include "Common/Matching/Trail.h"
 
 namespace Matching {
 
-inline constexpr std::size_t kNowhere = static_cast<std::size_t>(-1);
 inline constexpr std::uint32_t kOpenAccept = kNoAccept - 1;
 
 // Keeps one object for the next user who asks, so that working memory is not made anew each time.
@@ -135,35 +135,25 @@ private:
   mutable SpareSlot<Workspace> fSpare;
 };
 
-// At each place of a stretch, the states of the program from which its rest matches. A long stretch
-// is read once as a whole, which leaves a mark at every block, and then block by block as its
-// places are asked for, so memory stays small.
-//
-// Belongs to one thread; keeps the memory that it works in. What it was read from must outlive it.
-class LazyDfa::Trail {
+// The trail of a run, which the states of the automaton make.
+class LazyDfa::Trail : public ATrail {
 public:
   // Reads the stretch from its end, which is where the match must end. False when the budget is
   // spent: then no place may be asked for.
   bool Read(const LazyDfa& automaton, const Subject& subject, std::size_t begin, std::size_t end);
 
-  // The states that consume the byte at a place and lead on from there, in ascending order. The
-  // place is not the end of the stretch. Fast when places are asked for one after the other.
-  std::span<const StateId> At(std::size_t pos);
-  // Goal Any: the first place at or behind this one, which is not the beginning of the stretch, at
-  // which a match begins; or kNowhere.
-  std::size_t NextMatch(std::size_t pos);
-  [[nodiscard]] std::size_t Begin() const { return fBegin; }
+  std::span<const StateId> At(std::size_t pos) override;
+  std::size_t NextMatch(std::size_t pos) override;
 
 private:
   static constexpr std::size_t kBlock = std::size_t{1} << 14;  // places
+  static_assert(kBlock % kGrain == 0);
 
   bool ReadBlock(std::size_t block);
   const DfaState& StateAt(std::size_t pos);
 
   const LazyDfa* fAutomaton = nullptr;
   std::string_view fText;
-  std::size_t fBegin = 0;
-  std::size_t fEnd = 0;
   std::vector<const DfaState*> fMarks;  // at the first place of each block, and at the end
   std::size_t fBlock = 0;               // the one that fStates are of
   std::vector<const DfaState*> fStates;

@@ -1,7 +1,5 @@
 #include "Common/Matching/MergedWays.h"
 
-#include "Common/Matching/LazyDfa.h"
-
 namespace Matching {
 
 bool MergedWays::JoinAtMark(std::size_t mark, std::size_t pos, StateId id,

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Common/Matching/Program.h"
+#include "Common/Matching/Trail.h"
 
 namespace Matching {
 
@@ -35,7 +36,7 @@ public:
   void End(const std::vector<std::size_t>& slots);
 
 private:
-  static constexpr std::size_t kDistance = 64;  // places; the blocks of a trail begin with a mark
+  static constexpr std::size_t kDistance = ATrail::kGrain;  // a block of a trail begins with a mark
   static constexpr std::size_t kMostMarks = std::size_t{1} << 18;
   static constexpr std::size_t kMostMarksOfWay = kMostMarks / 16;
   static constexpr std::size_t kMostSlots = std::size_t{1} << 21;  // 16 MiB

@@ -10,6 +10,8 @@
 
 namespace Matching {
 
+inline constexpr std::size_t kNowhere = static_cast<std::size_t>(-1);  // no place of a text
+
 // What stands around one place of a text, as far as an assertion asks for it.
 struct Boundary {
   bool isBegin = false;  // "^" holds

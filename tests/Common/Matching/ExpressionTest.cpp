@@ -41,6 +41,8 @@ const NamedOptions kAllOptions[] = {
     {"one trail for a walk", {.searchesAlone = 0, .searchesAloneWithLookAheads = 0}},
     {"one trail from the second search on",
      {.useLiterals = false, .searchesAlone = 1, .searchesAloneWithLookAheads = 1}},
+    {"one trail without an automaton",
+     {.automatonBudget = 0, .searchesAlone = 0, .searchesAloneWithLookAheads = 0}},
     {"threads behind automata", {.useTrails = false, .useBacktracking = false}},
     {"the library's order",
      {.useLiterals = false, .useAutomata = false, .unrollEmptyPasses = false}},
@@ -321,14 +323,21 @@ TEST(Expression, AgreesOnLongLookAheads) {
         "(?=(?:a|b|\\W)*?(d.*|$))", "(?=[^]*?(\\w+)(?=([^]*?)(\\W|$)([^]*)))[^]",
         "(?=([^]{0,150}))\\w", "(?!\\W)(?=(\\b\\w+)([^]*)\\b)(\\w|)"}) {
     const auto byTrail = Compile(pattern, {.searchesAloneWithLookAheads = 0});
+    const auto bySteps =
+        Compile(pattern, {.automatonBudget = 2000, .searchesAloneWithLookAheads = 0});
     const auto byThreads = Compile(pattern, {.useTrails = false, .useBacktracking = false});
     EXPECT_EQ(byTrail->RoadTaken(), Road::Threads);
     for (const std::size_t size : {70, 300, 1000}) {
       SCOPED_TRACE(pattern);
       std::string text;
       while (text.size() < size) text += generator.Text(50);
-      EXPECT_EQ(AllSpans(*byTrail, text, size + 1), AllSpans(*byThreads, text, size + 1));
+      const std::string expected = AllSpans(*byThreads, text, size + 1);
+      EXPECT_EQ(AllSpans(*byTrail, text, size + 1), expected);
+      EXPECT_EQ(AllSpans(*bySteps, text, size + 1), expected);
     }
+    std::string text;  // of several blocks of a trail, too many for threads at each of its places
+    while (text.size() < 20000) text += generator.Text(50);
+    EXPECT_EQ(AllSpans(*byTrail, text, text.size()), AllSpans(*bySteps, text, text.size()));
   }
 }
 

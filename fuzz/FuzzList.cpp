@@ -108,6 +108,10 @@ void CheckRoads(const CRegexVectorHolder& holder, const Input& input) {
   const Matching::ListOptions roads[] = {{.useAnchored = false},
                                          {.useFloating = false},
                                          {.useRequired = false},
+                                         {.useChance = false},
+                                         {.useFew = false},
+                                         {.useFew = false, .useVectors = false},
+                                         {.useFew = false, .mergePasses = false},
                                          {.useAnchored = false, .useFloating = false}};
   for (const auto& options : roads) {
     const ListMatcher matcher(list, options);

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "Common/Matching/LiteralChance.h"
+#include "Common/Matching/LiteralChoice.h"
 #include "Common/Matching/Parser.h"
 
 namespace Matching {
@@ -88,8 +89,11 @@ bool IsElement(const SyntaxTree& tree, const Shape& shape, NodeId alternative,
 struct Verdict {
   ListRoad road = ListRoad::Always;
   std::vector<LiteralForm> forms;     // for the roads that literals decide
+  std::vector<std::uint32_t> picks;   // which piece of each is looked for; for Floating
   std::vector<std::string> required;  // for Required
   bool isCommon = false;              // many texts have those, and it may be Shared instead
+
+  std::size_t PickOf(std::size_t form) const { return picks.empty() ? 0 : picks[form]; }
 };
 
 // A form that a table of anchored literals serves, or that needs none.
@@ -97,8 +101,9 @@ bool IsAnchored(const LiteralForm& form) {
   return form.pieces.empty() || (form.pieces.size() == 1 && !(form.gapBefore && form.gapAfter));
 }
 
+// The literals that it takes are taken.
 Verdict Judge(const LiteralForms& literals, const std::vector<NodeId>& parts,
-              const ListMatcher::Options& options) {
+              const ListMatcher::Options& options, LiteralChoice& choice) {
   Verdict verdict;
   if (auto forms = literals.Whole(parts)) {
     const bool isAnchored = std::all_of(forms->begin(), forms->end(), IsAnchored);
@@ -106,10 +111,16 @@ Verdict Judge(const LiteralForms& literals, const std::vector<NodeId>& parts,
     if (isPlain && (isAnchored ? options.useAnchored : options.useFloating)) {
       verdict.road = isAnchored ? ListRoad::Anchored : ListRoad::Floating;
       verdict.forms = std::move(*forms);
+      if (isAnchored) return verdict;
+      for (const LiteralForm& form : verdict.forms) {
+        verdict.picks.push_back(form.pieces.empty() ? 0 : choice.BestOf(form.pieces));
+        if (!IsAnchored(form)) choice.Take(form.pieces[verdict.picks.back()]);
+      }
       return verdict;
     }
   }
-  if (options.useRequired) verdict.required = literals.Required(parts);
+  if (options.useRequired) verdict.required = literals.Required(parts, choice);
+  for (const std::string& literal : verdict.required) choice.Take(literal);
   if (!verdict.required.empty()) verdict.road = ListRoad::Required;
   return verdict;
 }
@@ -169,9 +180,10 @@ bool IsNeverEmpty(const std::optional<std::vector<LiteralForm>>& forms) {
 
 class ListMatcher::Builder {
 public:
-  Builder(ListMatcher& matcher, const Options& options) : fMatcher(matcher), fOptions(options) {}
+  Builder(ListMatcher& matcher, const Options& options)
+      : fMatcher(matcher), fOptions(options), fWorkspace(options) {}
 
-  static constexpr double kCommon = 0.03;  // chance of literals that many texts have
+  static constexpr double kCommon = 0.2;  // chance of literals that many texts have
 
   // What a scanner's text says of its alternatives.
   struct Reading {
@@ -185,13 +197,17 @@ public:
     bool mayFail = false;  // it is asked itself, and can run out of steps
   };
 
-  // What reading a scanner takes; the next one uses the memory again.
+  // What reading a scanner takes; the next one uses the memory again, and chooses its literals by
+  // what was taken.
   //
   // Perf: blocks of this size, taken and given back for each scanner, were a third of a large
   // list's building; see list_bench, build_s.
   struct Workspace {
+    explicit Workspace(const Options& options) : choice({options.useChance, options.useLoad}) {}
+
     ParseResult parsed;
     LiteralForms literals;
+    LiteralChoice choice;
   };
 
   static Reading Read(const ListScanner& scanner, const Options& options, Workspace& workspace) {
@@ -222,7 +238,7 @@ public:
     for (const NodeId id : shape.alternatives) {
       const bool isElement = IsElement(tree, shape, id, scanner);
       const std::vector<NodeId> parts = shape.PartsOf(id);
-      Verdict verdict = Judge(literals, parts, judged);
+      Verdict verdict = Judge(literals, parts, judged, workspace.choice);
       isDecided = isDecided && verdict.road <= ListRoad::Floating &&
                   (isBare ? IsNeverEmpty(verdict.forms) : IsNeverEmpty(literals.Whole({id})));
       const Dependence dependence = tree.Has(NodeKind::BackReference) ? Dependence::BackReference
@@ -231,7 +247,7 @@ public:
       const bool canShare = options.useShared && verdict.road >= ListRoad::Required &&
                             dependence == Dependence::None && !HoldsLookAhead(tree, parts, false);
       if (canShare && verdict.road == ListRoad::Always) verdict.road = ListRoad::Shared;
-      verdict.isCommon = canShare && verdict.road == ListRoad::Required &&
+      verdict.isCommon = canShare && verdict.road == ListRoad::Required && options.useChance &&
                          ChanceOfAny(verdict.required) >= kCommon;
       reading.alternatives.push_back(
           {isElement ? tree[id].value : 0, dependence, std::move(verdict)});
@@ -300,7 +316,9 @@ private:
 
   void Add(std::uint32_t id, const Verdict& verdict, std::uint32_t firstGroup) {
     bool fits = verdict.road < ListRoad::Shared;
-    for (const LiteralForm& form : verdict.forms) fits = fits && AddForm(form, id);
+    for (std::size_t i = 0; i < verdict.forms.size() && fits; ++i) {
+      fits = AddForm(verdict.forms[i], verdict.PickOf(i), id);
+    }
     if (fits && verdict.road <= ListRoad::Floating) return;
     const std::uint32_t number = AddConfirmed(id, firstGroup);
     if (verdict.road == ListRoad::Shared) {
@@ -338,7 +356,7 @@ private:
     std::ranges::sort(fMatcher.fAlways);
   }
 
-  bool AddForm(const LiteralForm& form, std::uint32_t id) {
+  bool AddForm(const LiteralForm& form, std::size_t pick, std::uint32_t id) {
     if (form.pieces.empty()) {
       std::uint32_t& first = form.gapBefore ? fMatcher.fAnythingPart : fMatcher.fEmptyPart;
       first = std::min(first, id);
@@ -346,7 +364,7 @@ private:
     }
     if (!IsAnchored(form)) {
       fMatcher.fForms.push_back(form);
-      return AddFloating(RarestOf(form.pieces),
+      return AddFloating(form.pieces[pick],
                          {id, static_cast<std::uint32_t>(fMatcher.fForms.size() - 1), kNone});
     }
     const std::string& piece = form.pieces.front();
@@ -437,7 +455,7 @@ bool ListMatcher::Asked::AddToMany(std::uint32_t number) {
 std::vector<ListMatcher::Alternative> ListMatcher::Plan(const std::vector<ListScanner>& scanners,
                                                         const Options& options) {
   std::vector<Alternative> plan;
-  Builder::Workspace workspace;
+  Builder::Workspace workspace(options);
   std::vector<std::size_t> common;  // in the plan
   double chances = 0;
   bool isAnyShared = false;
@@ -451,8 +469,9 @@ std::vector<ListMatcher::Alternative> ListMatcher::Plan(const std::vector<ListSc
         chances += ChanceOfAny(verdict.required);
       }
       std::vector<std::string> texts = std::move(verdict.required);
-      for (const LiteralForm& form : verdict.forms) {
-        if (!form.pieces.empty()) texts.push_back(RarestOf(form.pieces));
+      for (std::size_t k = 0; k < verdict.forms.size(); ++k) {
+        const std::vector<std::string>& pieces = verdict.forms[k].pieces;
+        if (!pieces.empty()) texts.push_back(pieces[verdict.PickOf(k)]);
       }
       plan.push_back({i, alternative.group, verdict.road, std::move(texts),
                       std::move(verdict.forms), alternative.dependence});

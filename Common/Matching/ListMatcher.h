@@ -51,7 +51,9 @@ struct ListOptions {
   bool useFloating = true;
   bool useRequired = true;
   bool useShared = true;
-  bool useFew = true;
+  bool useChance = true;  // for the choice of literals
+  bool useLoad = true;    // the same
+  bool useFew = true;     // and those below: FloatingOptions
   bool useVectors = true;
   bool mergePasses = true;
   std::size_t sharedBudget = SharedAutomata::kBudget;

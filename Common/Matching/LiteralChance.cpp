@@ -122,8 +122,4 @@ double ChanceOfAny(const std::vector<std::string>& literals) {
   return std::min(1.0, chance);
 }
 
-const std::string& RarestOf(const std::vector<std::string>& literals) {
-  return *std::ranges::min_element(literals, {}, ChanceOf);
-}
-
 }  // namespace Matching

@@ -20,7 +20,4 @@ float BitsOf(char byte);
 // How likely a byte of a text is this one; capitals are seldom.
 double ChanceOfByte(char byte);
 
-// The rarest of several, at least one.
-const std::string& RarestOf(const std::vector<std::string>& literals);
-
 }  // namespace Matching

@@ -6,7 +6,6 @@
 
 #include "Common/Matching/ByteFold.h"
 #include "Common/Matching/CharacterClasses.h"
-#include "Common/Matching/LiteralChance.h"
 
 namespace Matching {
 
@@ -232,20 +231,20 @@ private:
 // Finds the best set of required literals in parts of a tree.
 class Requirement {
 public:
-  Requirement(const SyntaxTree& tree, const Meanings& meanings)
-      : fTree(tree), fMeanings(meanings) {}
+  Requirement(const SyntaxTree& tree, const Meanings& meanings, const LiteralChoice& choice)
+      : fTree(tree), fMeanings(meanings), fChoice(choice) {}
 
   std::vector<std::string> Of(const std::vector<NodeId>& parts, std::size_t depth = 0) {
     if (depth > LiteralForms::kMaxDepth) return {};
     std::vector<std::string> best;
-    double bestChance = 1;
+    double bestCost = 0;
     const auto offer = [&](std::vector<std::string> literals) {
       if (literals.size() > LiteralForms::kMaxRequired) return;
       if (literals.empty()) return;
-      const double chance = ChanceOfAny(literals);
-      if (!best.empty() && chance >= bestChance) return;
+      const double cost = fChoice.CostOfAny(literals);
+      if (!best.empty() && cost >= bestCost) return;
       best = std::move(literals);
-      bestChance = chance;
+      bestCost = cost;
     };
 
     // The longest runs of parts that literals and gaps can say, and each of the others by itself.
@@ -254,7 +253,7 @@ public:
       std::size_t to = from;
       while (to < parts.size() && !IsPosition(parts[to]) && run.TryRead(parts[to])) ++to;
       if (to > from) {
-        offer(RarestPieces(run.Take()));
+        offer(BestPieces(run.Take()));
         from = to;
       } else {
         offer(OfNode(parts[from], depth));
@@ -270,15 +269,13 @@ private:
     return fTree[id].kind == NodeKind::LineBegin || fTree[id].kind == NodeKind::LineEnd;
   }
 
-  // The rarest piece of each form; nothing when one of them has none.
-  static std::vector<std::string> RarestPieces(const Forms& forms) {
+  // The best piece of each form; nothing when one of them has none.
+  std::vector<std::string> BestPieces(const Forms& forms) const {
     std::vector<std::string> literals;
     for (const LiteralForm& form : forms) {
       if (form.pieces.empty()) return {};
-      const std::string& rarest = RarestOf(form.pieces);
-      if (std::find(literals.begin(), literals.end(), rarest) == literals.end()) {
-        literals.push_back(rarest);
-      }
+      const std::string& best = form.pieces[fChoice.BestOf(form.pieces)];
+      if (std::ranges::find(literals, best) == literals.end()) literals.push_back(best);
     }
     return literals;
   }
@@ -314,6 +311,7 @@ private:
 
   const SyntaxTree& fTree;
   const Meanings& fMeanings;
+  const LiteralChoice& fChoice;
 };
 
 }  // namespace
@@ -338,8 +336,9 @@ std::optional<Forms> LiteralForms::Whole(const std::vector<NodeId>& parts) const
   return reader.Take();
 }
 
-std::vector<std::string> LiteralForms::Required(const std::vector<NodeId>& parts) const {
-  return Requirement(*fTree, fMeanings).Of(parts);
+std::vector<std::string> LiteralForms::Required(const std::vector<NodeId>& parts,
+                                                const LiteralChoice& choice) const {
+  return Requirement(*fTree, fMeanings, choice).Of(parts);
 }
 
 }  // namespace Matching

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "Common/Matching/LiteralChoice.h"
 #include "Common/Matching/SyntaxTree.h"
 
 namespace Matching {
@@ -41,8 +42,9 @@ public:
   std::optional<std::vector<LiteralForm>> Whole(const std::vector<NodeId>& parts) const;
 
   // Folded literals of which every match of the parts has one somewhere; empty when no such set of
-  // literals is known. Of several sets, the one that is least likely to turn up by chance.
-  std::vector<std::string> Required(const std::vector<NodeId>& parts) const;
+  // literals is known. Of several sets, the one that costs least.
+  std::vector<std::string> Required(const std::vector<NodeId>& parts,
+                                    const LiteralChoice& choice = LiteralChoice()) const;
 
   // What the sets of a tree are to literals: their folded bytes where they do not tell the cases
   // apart and are few, or what "." reads.

@@ -104,6 +104,9 @@ const Matching::ListOptions kAllOptions[] = {
     {.useFloating = false},
     {.useRequired = false},
     {.useShared = false},
+    {.useChance = false},
+    {.useLoad = false},
+    {.useChance = false, .useLoad = false},
     {.useFew = false},
     {.useVectors = false},
     {.mergePasses = false},
@@ -263,13 +266,41 @@ TEST(ListMatcher, PlansCommonLiteralsTogetherWithWhatHasNone) {
     for (const auto& alternative : ListMatcher::Plan(list)) roads.push_back(alternative.road);
     return roads;
   };
-  const ListScanner common{"((.*~\\d.*)|(.*rarity\\d.*))", 2, 2};
+  const ListScanner common{"((.*_\\d.*)|(.*rarity\\d.*))", 2, 2};
   const ListScanner none{"((\\d+))", 2, 1};
   using enum ListRoad;
   EXPECT_EQ(roadsOf({common}), (std::vector{Required, Required}));
   EXPECT_EQ(roadsOf({common, none}), (std::vector{Shared, Required, Shared}));
   EXPECT_EQ(roadsOf(std::vector<ListScanner>(40, common))[78], Shared);
   EXPECT_EQ(roadsOf({{"((.*e\\d.*))", 2, 1}}), (std::vector{Shared}));
+}
+
+// What a thousand elements could share is the worst choice for most of them.
+TEST(ListMatcher, PlansALiteralThatFewShare) {
+  const auto sharersOf = [](const char* literal, const Strings& elements,
+                            const Matching::ListOptions& options) {
+    std::string pattern = "(";
+    for (const std::string& element : elements) {
+      pattern += (pattern.back() == ')' ? "|(" : "(") + element + ")";
+    }
+    pattern += ")";
+    const auto plan =
+        ListMatcher::Plan({{pattern, 2, static_cast<std::uint32_t>(elements.size())}}, options);
+    return std::ranges::count(plan, Strings{literal}, &ListMatcher::Alternative::literals);
+  };
+  const std::string letters = "etaosinrcd";
+  Strings forms;
+  Strings required;
+  for (std::size_t i = 0; i < 1000; ++i) {
+    const std::string own = {letters[i / 100], letters[i / 10 % 10], letters[i % 10]};
+    forms.push_back(".*zq.*" + own + ".*");
+    required.push_back("zq.*\\d" + own);
+  }
+  for (const Strings& elements : {forms, required}) {
+    EXPECT_LT(sharersOf("zq", elements, {}), 100);
+    EXPECT_EQ(sharersOf("zq", elements, {.useLoad = false}), 1000);
+  }
+  EXPECT_EQ(sharersOf("ete", {".*zq.*ete.*"}, {.useChance = false}), 1);  // the longest
 }
 
 TEST(ListMatcher, PlansWhyAScannerIsAskedAsAWhole) {
@@ -294,6 +325,20 @@ TEST(ListMatcher, AsksAScannerOnceAboutAText) {
   const Counting counting;
   EXPECT_FALSE(matcher.Matches("key key key", counting));
   EXPECT_EQ(counting.asked, 1);
+}
+
+// However often the literal stands there that all of them share.
+TEST(ListMatcher, AsksEachOfManyScannersOnceAboutAText) {
+  Scanners scanners;
+  for (int i = 0; i < 100; ++i) scanners.AddWhole("(.*)aq\\d\\1" + std::string(i % 7, '.'), 0);
+  const ListMatcher matcher(scanners.List());
+  std::string text;
+  for (int i = 0; i < 300; ++i) text += "aq ";
+  const Counting counting;
+  EXPECT_FALSE(matcher.Matches(text, counting));
+  EXPECT_EQ(counting.asked, 100);
+  EXPECT_FALSE(matcher.FindFirst(text, counting));
+  EXPECT_EQ(counting.asked, 200);
 }
 
 TEST(ListMatcher, BuildsAnAlternativesAutomatonOnceForAllThreads) {

@@ -10,10 +10,12 @@
 
 #include "Common/Matching/ByteFold.h"
 #include "Common/Matching/LiteralChance.h"
+#include "Common/Matching/LiteralChoice.h"
 #include "Common/Matching/Parser.h"
 
 namespace {
 
+using Matching::LiteralChoice;
 using Matching::LiteralForm;
 using Matching::LiteralForms;
 using Forms = std::vector<LiteralForm>;
@@ -212,7 +214,30 @@ TEST(LiteralChance, OrdersLiteralsByHowManyTextsHaveThem) {
   EXPECT_GT(Matching::ChanceOf("goku-ios/"), 0);
   EXPECT_EQ(Matching::ChanceOfAny({"e", "t"}), 1);
   EXPECT_EQ(Matching::ChanceOfAny({}), 0);
-  EXPECT_EQ(Matching::RarestOf({"html", "goku", ".com"}), "goku");
+}
+
+TEST(LiteralChoice, TakesTheRarestThatFewHaveTaken) {
+  const std::vector<std::string> literals = {"html", "goku", ".com", "goky"};
+  LiteralChoice choice;
+  ASSERT_EQ(choice.BestOf(literals), 3u);
+  EXPECT_EQ(choice.CostOfAny(literals), choice.CostOf("html") + choice.CostOf("goku") +
+                                            choice.CostOf(".com") + choice.CostOf("goky"));
+  const double before = choice.CostOf("goky");
+  for (int i = 0; i < 9; ++i) choice.Take("goky");
+  EXPECT_DOUBLE_EQ(choice.CostOf("goky"), 10 * before);
+  EXPECT_EQ(choice.BestOf(literals), 1u);
+}
+
+TEST(LiteralChoice, DoesWithoutChancesAndLoads) {
+  const std::vector<std::string> literals = {"goku", "https://", "goky"};
+  LiteralChoice byLength({.useChance = false, .useLoad = true});
+  EXPECT_EQ(byLength.BestOf(literals), 1u);
+  for (int i = 0; i < 9; ++i) byLength.Take("https://");
+  EXPECT_EQ(byLength.BestOf(literals), 0u);
+  LiteralChoice unloaded({.useChance = true, .useLoad = false});
+  const std::uint32_t best = unloaded.BestOf(literals);
+  for (int i = 0; i < 9; ++i) unloaded.Take(literals[best]);
+  EXPECT_EQ(unloaded.BestOf(literals), best);
 }
 
 }  // namespace

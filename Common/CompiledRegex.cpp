@@ -5,6 +5,7 @@
 #include <utility>
 #include <variant>
 
+#include "Common/Matching/BuiltOnce.h"
 #include "Common/Matching/Expression.h"
 #include "Common/Matching/Parser.h"
 #include "Common/RegexEngineGuard.h"
@@ -77,16 +78,11 @@ CompiledRegex::~CompiledRegex() {
 }
 
 const Expression& CompiledRegex::Linear() const {
-  const Expression* built = fLinear.load(std::memory_order_acquire);
-  if (built != nullptr) return *built;
-
-  auto compiled = Expression::Compile(fExpression, {.allowance = fAllowance.get()});
-  auto& fresh = std::get<std::unique_ptr<Expression>>(compiled);  // valid, or we would not exist
-  if (fLinear.compare_exchange_strong(built, fresh.get(), std::memory_order_acq_rel,
-                                      std::memory_order_acquire)) {
-    return *fresh.release();
-  }
-  return *built;  // another thread's; ours is deleted
+  return Matching::BuiltOnce(fLinear, [this] {
+    auto compiled = Expression::Compile(fExpression, {.allowance = fAllowance.get()});
+    // Valid, or we would not exist.
+    return std::move(std::get<std::unique_ptr<Expression>>(compiled));
+  });
 }
 
 bool CompiledRegex::Match(std::string_view text) const {

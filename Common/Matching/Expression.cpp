@@ -1,11 +1,11 @@
 #include "Common/Matching/Expression.h"
 
 #include <algorithm>
-#include <iterator>
 #include <utility>
 
 #include "Common/Matching/CaptureMatcher.h"
 #include "Common/Matching/ExactMatcher.h"
+#include "Common/Matching/ExpressionAutomata.h"
 #include "Common/Matching/ExpressionTraits.h"
 #include "Common/Matching/FormMatch.h"
 #include "Common/Matching/LazyDfa.h"
@@ -17,6 +17,7 @@
 #include "Common/Matching/Trail.h"
 
 namespace Matching {
+
 // What the searches of one walk over a text find out for those that follow. The flags of a search
 // without a byte in front of it are those of the first, which shares nothing but the literals.
 struct Expression::Notes {
@@ -44,7 +45,9 @@ public:
         fProgram(CompileProgram(fTree, fTree.Root(), fLookAheadNumbers, Direction::Forward)),
         fLookAheads(fTree, fLookAheadNumbers, fClasses, options.automatonBudget, options.allowance),
         fStartsAtBegin(StartsAtBegin(fProgram)),
-        fTakesMostBytes(CountFirstBytes(fProgram, fTree) > kManyBytes) {
+        fTakesMostBytes(CountFirstBytes(fProgram, fTree) > kManyBytes),
+        fAutomata({fTree, fClasses, fLookAheadNumbers, fProgram, fUnrolled},
+                  options.automatonBudget, options.allowance) {
     if (options.useLiterals) {
       const LiteralForms literals(fTree);
       fForms = FormsOf(fTree, literals);
@@ -65,21 +68,11 @@ public:
   }
 
   [[nodiscard]] std::size_t AutomatonMemory() const {
-    std::size_t used = fLookAheads.AutomatonMemory();
-    for (const auto& automaton : fAutomata) {
-      const LazyDfa* const built = automaton.load(std::memory_order_acquire);
-      if (built != nullptr) used += built->MemoryUsed();
-    }
-    return used;
+    return fLookAheads.AutomatonMemory() + fAutomata.MemoryUsed();
   }
 
   Engine(const Engine&) = delete;
   Engine& operator=(const Engine&) = delete;
-
-  ~Engine() {
-    for (const auto& automaton : fAutomata) delete automaton.load(std::memory_order_relaxed);
-    delete fBackward.load(std::memory_order_relaxed);
-  }
 
   bool IsMatch(std::string_view text) const {
     if (fForms) return IsMatchByForms(text);
@@ -147,6 +140,8 @@ public:
   }
 
 private:
+  using enum AutomatonKind;
+
   // A matcher and, while nobody works in it, the memory that it keeps.
   struct SpareMatcher {
     SpareMatcher(const Program& program, const SyntaxTree& tree, MemoryAllowance* allowance)
@@ -158,20 +153,6 @@ private:
 
   static constexpr std::size_t kManyBytes = 64;
   static constexpr std::size_t kMostKept = std::size_t{1} << 20;  // bytes in a spare matcher
-
-  enum AutomatonKind : std::uint8_t {
-    WholeForward,
-    AnyForward,
-    FirstForward,          // the preferred match from any place on
-    FirstForwardAnchored,  // the same, from the first place
-    LongestBackward,
-    WholeBySuffixes,  // with look-aheads
-    AnyBySuffixes,
-    UpToEndBySuffixes,        // of a match whose end is known, without look-aheads
-    AllBySuffixes,            // of all matches of a text, bytes in front of which count
-    AllOfNonEmptyBySuffixes,  // the same, where look-aheads refuse empty matches
-    AutomatonCount
-  };
 
   // A whole match that fails mostly fails at its first bytes, sooner than literals are looked for,
   // unless nearly every byte will do there.
@@ -190,13 +171,14 @@ private:
   [[nodiscard]] bool IsMatchByAutomata(std::string_view text) const {
     const Subject subject{text, 0, false};
     return (fLookAheads.IsEmpty()
-                ? Automaton(WholeForward).Run(subject, 0)
-                : Automaton(WholeBySuffixes).Run(subject, text.size())) != kNowhere;
+                ? fAutomata.Of(WholeForward).Run(subject, 0)
+                : fAutomata.Of(WholeBySuffixes).Run(subject, text.size())) != kNowhere;
   }
   [[nodiscard]] bool IsFoundByAutomata(std::string_view text) const {
     const Subject subject{text, 0, false};
-    return (fLookAheads.IsEmpty() ? Automaton(AnyForward).Run(subject, 0)
-                                  : Automaton(AnyBySuffixes).Run(subject, text.size())) != kNowhere;
+    return (fLookAheads.IsEmpty()
+                ? fAutomata.Of(AnyForward).Run(subject, 0)
+                : fAutomata.Of(AnyBySuffixes).Run(subject, text.size())) != kNowhere;
   }
   [[nodiscard]] bool IsMatchByForms(std::string_view text) const {
     LineEnds lineEnds(text);
@@ -218,57 +200,7 @@ private:
 
   // Of an expression without look-aheads; null where a test does without.
   [[nodiscard]] const LazyDfa* Suffixes() const {
-    return fOptions.useTrails ? &Automaton(UpToEndBySuffixes) : nullptr;
-  }
-
-  // The automaton of that kind, built at first use: whoever comes second deletes his own.
-  const LazyDfa& Automaton(AutomatonKind kind) const {
-    auto& slot = fAutomata[kind];
-    const LazyDfa* built = slot.load(std::memory_order_acquire);
-    if (built != nullptr) return *built;
-
-    auto fresh = std::make_unique<LazyDfa>(SetupOf(kind));
-    if (slot.compare_exchange_strong(built, fresh.get(), std::memory_order_acq_rel,
-                                     std::memory_order_acquire)) {
-      return *fresh.release();
-    }
-    return *built;
-  }
-
-  [[nodiscard]] LazyDfa::Setup SetupOf(AutomatonKind kind) const {
-    static constexpr Goal kGoals[] = {Goal::Whole,   Goal::Any,   Goal::First, Goal::First,
-                                      Goal::Longest, Goal::Whole, Goal::Any,   Goal::Whole,
-                                      Goal::Any,     Goal::Any};
-    static_assert(std::size(kGoals) == AutomatonCount);
-    const bool asksSuffixes = kind >= WholeBySuffixes;
-    const bool isBackward = kind == LongestBackward || asksSuffixes;
-    const bool ordersWays = kGoals[kind] == Goal::First || kind >= UpToEndBySuffixes;
-    return {.program = kind == LongestBackward ? BackwardProgram()
-                       : ordersWays            ? *fUnrolled
-                                               : fProgram,
-            .tree = fTree,
-            .classes = fClasses,
-            .goal = kGoals[kind],
-            .isAnchored = kind != AnyForward && kind != FirstForward,
-            .direction = isBackward ? Direction::Backward : Direction::Forward,
-            .asksSuffixes = asksSuffixes,
-            .lookAheads = {.hasPrevious = kind >= AllBySuffixes,
-                           .refuseEmpty = kind == AllOfNonEmptyBySuffixes},
-            .budget = fOptions.automatonBudget,
-            .allowance = fOptions.allowance};
-  }
-
-  // Compiled at the first search that must find where a match begins.
-  const Program& BackwardProgram() const {
-    const Program* built = fBackward.load(std::memory_order_acquire);
-    if (built != nullptr) return *built;
-    auto fresh = std::make_unique<Program>(
-        CompileProgram(fTree, fTree.Root(), fLookAheadNumbers, Direction::Backward));
-    if (fBackward.compare_exchange_strong(built, fresh.get(), std::memory_order_acq_rel,
-                                          std::memory_order_acquire)) {
-      return *fresh.release();
-    }
-    return *built;
+    return fOptions.useTrails ? &fAutomata.Of(UpToEndBySuffixes) : nullptr;
   }
 
   // What lies behind a match may have been read to its end to tell, so a walk of many searches has
@@ -285,8 +217,9 @@ private:
   std::unique_ptr<ATrail> ReadTrail(const Subject& subject, bool refusesEmpty) const {
     const auto kind = refusesEmpty ? AllOfNonEmptyBySuffixes : AllBySuffixes;
     auto trail = std::make_unique<LazyDfa::Trail>();
-    if (trail->Read(Automaton(kind), subject, subject.from, subject.text.size())) return trail;
-    auto stepped = std::make_unique<SteppedTrail>(*fUnrolled, fTree, SetupOf(kind).lookAheads);
+    if (trail->Read(fAutomata.Of(kind), subject, subject.from, subject.text.size())) return trail;
+    auto stepped =
+        std::make_unique<SteppedTrail>(*fUnrolled, fTree, ExpressionAutomata::RulesOf(kind));
     if (stepped->Read(subject)) return stepped;
     return nullptr;
   }
@@ -305,10 +238,10 @@ private:
       return RunMatcher(query, captures);
     }
     const auto kind = isAnchored ? FirstForwardAnchored : FirstForward;
-    const std::size_t end = Automaton(kind).Run(subject, subject.from, flags.onlyNonEmptyHere);
+    const std::size_t end = fAutomata.Of(kind).Run(subject, subject.from, flags.onlyNonEmptyHere);
     if (end == kNowhere) return false;
     std::size_t begin = subject.from;
-    if (!isAnchored) begin = Automaton(LongestBackward).Run(subject, end);
+    if (!isAnchored) begin = fAutomata.Of(LongestBackward).Run(subject, end);
     if (fTree.GroupCount() == 0) {
       captures.assign(1, {begin, end, true});
       return true;
@@ -419,9 +352,7 @@ private:
   std::optional<std::vector<LiteralForm>> fForms;  // say all of what a whole text matches
   LiteralFilter fLiterals;
 
-  // Built at first use and published by compare-and-swap.
-  mutable std::atomic<const Program*> fBackward{nullptr};
-  mutable std::atomic<const LazyDfa*> fAutomata[AutomatonCount] = {};
+  const ExpressionAutomata fAutomata;
   mutable SpareSlot<SpareMatcher> fSpareMatcher;
 };
 

@@ -23,15 +23,22 @@ namespace Matching {
 struct Expression::Notes {
   // What is known of the rest of the text.
   struct Rest {
-    std::size_t searches = 0;  // that asked for the trail so far
     std::optional<LookAheadTable> lookAheads;
     std::unique_ptr<ATrail> trail;
     MergedWays ways;  // along it
   };
 
-  std::size_t literalsFrom = 0;  // from here on, literals must be looked for again
-  std::uint64_t steps = 0;       // that they have taken together on Road::Exact
-  Rest rests[2];  // the second is for searches that refuse empty matches, those of look-aheads too
+  // Searches that refuse empty matches, those of look-aheads too, know another rest.
+  Rest& RestFor(bool refusesEmpty) {
+    auto& rest = rests[refusesEmpty ? 1 : 0];
+    if (!rest) rest = std::make_unique<Rest>();
+    return *rest;
+  }
+
+  std::size_t literalsFrom = 0;    // from here on, literals must be looked for again
+  std::uint64_t steps = 0;         // that they have taken together on Road::Exact
+  std::size_t searches[2] = {};    // that asked for the trail of each rest so far
+  std::unique_ptr<Rest> rests[2];  // null where a walk is too short to need it
 };
 
 // All that one expression compiles to.
@@ -205,11 +212,13 @@ private:
 
   // What lies behind a match may have been read to its end to tell, so a walk of many searches has
   // the rest of the text read once for all that follow. Null where a walk is not so far.
-  ATrail* TrailOfAll(const Subject& subject, bool refusesEmpty, Notes::Rest& rest) const {
+  ATrail* TrailOfAll(const Subject& subject, bool refusesEmpty, Notes& notes) const {
     const std::size_t alone =
         fLookAheads.IsEmpty() ? fOptions.searchesAlone : fOptions.searchesAloneWithLookAheads;
-    if (!fOptions.useTrails || rest.searches++ < alone) return nullptr;
-    if (rest.searches == alone + 1) rest.trail = ReadTrail(subject, refusesEmpty);
+    std::size_t& searches = notes.searches[refusesEmpty ? 1 : 0];
+    if (!fOptions.useTrails || searches++ < alone) return nullptr;
+    Notes::Rest& rest = notes.RestFor(refusesEmpty);
+    if (searches == alone + 1) rest.trail = ReadTrail(subject, refusesEmpty);
     return rest.trail.get();
   }
 
@@ -227,7 +236,7 @@ private:
   // First where the match ends, then where it begins, then the groups in between.
   bool SearchByAutomata(const Subject& subject, bool isAnchored, const SearchFlags& flags,
                         Notes& notes, Captures& captures) const {
-    if (ATrail* const trail = TrailOfAll(subject, false, notes.rests[0])) {
+    if (ATrail* const trail = TrailOfAll(subject, false, notes)) {
       const CaptureQuery query{.subject = subject,
                                .start = fUnrolled->start,
                                .firstStart = subject.from,
@@ -275,15 +284,15 @@ private:
 
   bool RunCaptures(CaptureQuery& query, Notes& notes, Captures& captures) const {
     if (fLookAheads.IsEmpty()) return RunMatcher(query, captures);
-    Notes::Rest own;
+    Notes own;
     const bool isShared = query.subject.hasPrevious;
-    Notes::Rest& rest = isShared ? notes.rests[query.refusesEmpty ? 1 : 0] : own;
+    Notes::Rest& rest = (isShared ? notes : own).RestFor(query.refusesEmpty);
     if (!rest.lookAheads) {
       rest.lookAheads = fLookAheads.Evaluate(query.subject, query.refusesEmpty);
     }
     query.table = &*rest.lookAheads;
     if (isShared && fOptions.useAutomata) {
-      query.trail = TrailOfAll(query.subject, query.refusesEmpty, rest);
+      query.trail = TrailOfAll(query.subject, query.refusesEmpty, notes);
     }
     return RunMatcher(query, captures, query.trail == nullptr ? nullptr : &rest.ways);
   }

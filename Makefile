@@ -5,6 +5,7 @@ FUZZ_SECONDS ?= 20
 SOAK_SECONDS ?= 60
 COVERAGE     ?= 95
 PREFIX       ?= /usr/local
+LINTED       ?= Common|Libs|host|json|memory|module|tools/tovrin
 
 .PHONY: help setup setup-abi setup-bench setup-coverage setup-fuzz setup-lint abi abi-record run test soak bench asan tsan coverage fuzz format lint install package clean
 
@@ -19,7 +20,7 @@ help:
 	@echo "make bench    every benchmark; make setup-bench installs the peers that it measures beside"
 	@echo "make abi      compare the binary interface with the one that make abi-record wrote down"
 	@echo "make format   lay out all sources"
-	@echo "make lint     clang-tidy over all sources"
+	@echo "make lint     clang-tidy over the sources of the library and of tovrin; LINTED=Libs for some"
 	@echo "make install  install below PREFIX=$(PREFIX)"
 	@echo "make package  a .deb and a .tar.gz in build/package/"
 	@echo "make clean    remove build/"
@@ -78,8 +79,8 @@ abi-record: setup setup-abi
 format: setup-lint
 	git ls-files '*.h' '*.cpp' | xargs clang-format -i
 
-lint: setup-lint build/dev/build.ninja
-	git ls-files '*.cpp' | xargs -P $(JOBS) -n 4 clang-tidy -p build/dev --quiet
+lint: setup-lint build/lint/build.ninja
+	git ls-files '*.cpp' | grep -E '^($(LINTED))/' | xargs -P $(JOBS) -n 1 clang-tidy -p build/lint --quiet
 
 install: setup build/release/build.ninja
 	cmake --build build/release -j $(JOBS) --target tovrin tessarin

@@ -158,7 +158,7 @@ void VariantElement::Destroy(Stored& element) {
 
 void VariantElement::Relocate(Stored* to, Stored& from) {
   new (to) CVariant(std::move(from));
-  from.~CVariant();
+  from.~CVariant();  // NOLINT(bugprone-use-after-move): it ends
 }
 
 void VariantElement::Swap(Stored& left, Stored& right) {

@@ -36,6 +36,7 @@ case "${1:-}" in
   coverage) need gcovr command -v gcovr ;;
   abi) need abigail-tools command -v abidw ;;
   lint)
+    need clang command -v clang++
     need clang-tidy command -v clang-tidy
     need clang-format command -v clang-format
     ;;

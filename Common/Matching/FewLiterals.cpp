@@ -6,6 +6,7 @@
 
 #include "Common/Matching/CharacterClasses.h"
 #include "Common/Matching/LiteralChance.h"
+#include "Common/Matching/LiteralChoice.h"
 
 namespace Matching {
 namespace {
@@ -13,17 +14,18 @@ namespace {
 constexpr std::size_t kMostLiterals = 128;
 constexpr double kMostCompared = 0.06;  // literals that are compared for each byte of a text
 
-// The bytes that a literal is looked for by, which a very long one has near its start.
-std::string_view RarestBytes(std::string_view literal) {
+// The bytes that a literal is looked for by, which a very long one has near its start; others where
+// many are looked for by the rarest.
+std::string_view BestBytes(std::string_view literal, const LiteralChoice& choice) {
   literal = literal.substr(0, 256);
   std::string_view best = literal.substr(0, NibbleScan::kMostBytes);
-  double bestChance = std::numeric_limits<double>::max();
+  double bestCost = std::numeric_limits<double>::max();
   for (std::size_t at = 0; at == 0 || at + NibbleScan::kMostBytes <= literal.size(); ++at) {
     const std::string_view bytes = literal.substr(at, NibbleScan::kMostBytes);
-    const double chance = ChanceOf(bytes);
-    if (chance >= bestChance) continue;
+    const double cost = choice.CostOf(bytes);
+    if (cost >= bestCost) continue;
     best = bytes;
-    bestChance = chance;
+    bestCost = cost;
   }
   return best;
 }
@@ -81,23 +83,33 @@ private:
   double fCompared = 0;
 };
 
-// Each goes where it makes least to compare, those that turn up most first.
+// The bytes that a literal is looked for by.
+struct FewLiterals::String {
+  std::string_view bytes;
+  Entry entry;
+  std::size_t bucket;
+};
+
 bool FewLiterals::Choose(const std::vector<Literal>& literals) {
   if (literals.size() > kMostLiterals) return false;
-  struct String {
-    std::string_view bytes;
-    Entry entry;
-    std::size_t bucket;
-  };
   std::vector<String> strings;
+  LiteralChoice choice;
   for (const Literal& literal : literals) {
-    const std::string_view bytes = RarestBytes(literal.folded);
+    const std::string_view bytes = BestBytes(literal.folded, choice);
+    choice.Take(bytes);
     const auto before = static_cast<std::uint32_t>(bytes.data() - literal.folded.data());
     strings.push_back({bytes, {literal.number, before}, 0});
   }
   std::ranges::stable_sort(strings, std::greater(),
                            [](const String& s) { return ChanceOf(s.bytes); });
+  if (!Share(strings)) return false;
+  Enter(std::move(strings));
+  return true;
+}
 
+// Each goes where it makes least to compare, those that turn up most first. False when all of them
+// make too much.
+bool FewLiterals::Share(std::vector<String>& strings) {
   std::array<Bucket, NibbleScan::kBucketCount> buckets;
   double compared = 0;
   for (String& string : strings) {
@@ -115,7 +127,10 @@ bool FewLiterals::Choose(const std::vector<Literal>& literals) {
     compared += least;
     if (compared > kMostCompared) return false;
   }
+  return true;
+}
 
+void FewLiterals::Enter(std::vector<String> strings) {
   std::ranges::stable_sort(strings, {}, &String::bucket);
   fEntries.reserve(strings.size());
   for (const String& string : strings) {
@@ -130,7 +145,6 @@ bool FewLiterals::Choose(const std::vector<Literal>& literals) {
     }
   }
   for (std::size_t i = 0; i < NibbleScan::kBucketCount; ++i) fBegins[i + 1] += fBegins[i];
-  return true;
 }
 
 }  // namespace Matching

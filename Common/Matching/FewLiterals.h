@@ -58,6 +58,10 @@ private:
     std::uint32_t before;
   };
   class Bucket;
+  struct String;
+
+  static bool Share(std::vector<String>& strings);
+  void Enter(std::vector<String> strings);
 
   // A bit for each string of kWindow bytes, by their hash: the buckets' halves of bytes let through
   // many times as much.

@@ -260,6 +260,23 @@ TEST(FewLiterals, TakesNoMoreThanItTellsApart) {
   EXPECT_FALSE(chooses());
 }
 
+// A text can be made of the bytes that many literals begin with.
+TEST(FewLiterals, ComparesFewAtOnePlace) {
+  if (!NibbleScan::IsSupported()) GTEST_SKIP() << "the processor has no AVX2";
+  std::vector<std::string> literals;
+  for (int i = 0; i < 100; ++i) literals.push_back("zqzq" + std::to_string(i));
+  std::vector<FewLiterals::Literal> all;
+  for (std::uint32_t i = 0; i < literals.size(); ++i) all.push_back({i, literals[i]});
+  FewLiterals few;
+  ASSERT_TRUE(few.Choose(all));
+  std::size_t compared = 0;
+  EXPECT_FALSE(few.Visit(PaddedText("zqzqzqzq"), [&](std::uint32_t, std::size_t, std::size_t) {
+    ++compared;
+    return false;
+  }));
+  EXPECT_LE(compared, 3 * 40U);
+}
+
 // Of looking: one place after the other, and many together where the processor can.
 const bool kWays[] = {false, Matching::HasAvx2()};
 

@@ -19,6 +19,7 @@
 #include "Common/Matching/NibbleScan.h"
 #include "Common/Matching/PaddedText.h"
 #include "Common/Matching/RunFilter.h"
+#include "tests/Common/Matching/RandomText.h"
 
 namespace {
 
@@ -43,12 +44,6 @@ constexpr FloatingOptions kAllOptions[] = {
     {.useFew = false, .mergePasses = false},
     {.useFew = false, .useVectors = false, .mergePasses = false},
 };
-
-std::string RandomText(std::mt19937& random, std::size_t longest, std::string_view alphabet) {
-  std::string text(random() % (longest + 1), '\0');
-  for (char& c : text) c = alphabet[random() % alphabet.size()];
-  return text;
-}
 
 // A text with nothing behind it that a sanitizer would let pass.
 class ExactText {

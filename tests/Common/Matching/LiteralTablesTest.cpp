@@ -10,6 +10,7 @@
 
 #include "Common/Matching/AnchoredLiterals.h"
 #include "Common/Matching/ByteFold.h"
+#include "tests/Common/Matching/RandomText.h"
 
 namespace {
 
@@ -112,12 +113,6 @@ TEST(AnchoredLiterals, AnswersNothingWhenEmpty) {
   table.Freeze();
   EXPECT_EQ(table.Count(), 0u);
   EXPECT_EQ(VisitAll(table, "text"), Hits());
-}
-
-std::string RandomText(std::mt19937& random, std::size_t longest, std::string_view alphabet) {
-  std::string text(random() % (longest + 1), '\0');
-  for (char& c : text) c = alphabet[random() % alphabet.size()];
-  return text;
 }
 
 // The oracle compares every literal with the text.

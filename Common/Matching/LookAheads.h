@@ -22,7 +22,6 @@ public:
              std::size_t budget, MemoryAllowance* allowance);
 
   [[nodiscard]] bool IsEmpty() const { return fItems.empty(); }
-  [[nodiscard]] std::size_t Count() const { return fItems.size(); }
   [[nodiscard]] std::size_t AutomatonMemory() const;  // bytes
 
   // Contract: inside a look-ahead, its own beginning is the beginning of the text, unless bytes in

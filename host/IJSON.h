@@ -128,7 +128,7 @@ private:
     if (need < sizeof small) return std::string(small);
     std::string large(need, '\0');  // whose own end serves where need does not count the NUL
     fill(large.data(), need);
-    return std::string(large.c_str());
+    return std::string(large.data());
   }
 
   // Contract: the host calls these by position

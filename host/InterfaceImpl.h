@@ -32,7 +32,8 @@ private:
   mutable std::atomic<std::int32_t> fReferences{1};  // first field after the table pointer
 
 protected:
-  virtual ~InterfaceImpl() = default;  // last in the table; two slots in the Itanium ABI
+  // Last in the table; two slots in the Itanium ABI.
+  virtual ~InterfaceImpl() = default;  // NOLINT(modernize-use-override): few interfaces have one
 };
 
 }  // namespace Tovrin

@@ -66,7 +66,7 @@ AutoRefPtr<JSONWrapper> FromHostObject(const HostObject& object, IContext* conte
 }
 
 HostObject ToHostObject(const JSONWrapper& wrapper, IContext* context) {
-  const std::shared_ptr<JSONData> data = wrapper.SharedData();
+  const std::shared_ptr<JSONData>& data = wrapper.SharedData();
   if (!data || !context) return {};
   const HostObject object = ImportedFunctionBridge<CreateEmptyObject>::Call(context);
   if (object && object->FromBinaryData(data.get(), sizeof(void*), kJSONDataFormat)) return object;

@@ -93,7 +93,8 @@ int DigitCount(std::uint64_t value) {
     for (std::size_t i = 1; i < powers.size(); ++i) powers[i] = powers[i - 1] * 10;
     return powers;
   }();
-  const int least = std::bit_width(value) * 1233 >> 12;  // 1233/4096 is a little below log10(2)
+  const int least =
+      static_cast<int>(std::bit_width(value)) * 1233 >> 12;  // 1233/4096 is a little below log10(2)
   return least + (value >= kPowers[static_cast<std::size_t>(least)] ? 1 : 0);
 }
 

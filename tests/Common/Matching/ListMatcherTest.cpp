@@ -561,7 +561,7 @@ TEST(ListMatcher, AgreesWithTheScannersOnRandomLists) {
   const Strings regexParts = {"a",     "b",        "\\.", ".*", "[ab]", "\\d",
                               "(a|b)", "(.*\\.)?", "^",   "$",  "a?"};
   const Strings textParts = {"a", "B", ".", "ab", "1", "\n", "b"};
-  for (int round = 0; round < 250; ++round) {
+  for (int round = 0; round < 150; ++round) {
     Scanners scanners;
     for (std::size_t count = 1 + random() % 3; count > 0; --count) {
       const int kind = static_cast<int>(random() % 3);

@@ -13,7 +13,6 @@
 #include "tools/tovrin/ForeignCall.h"
 
 using Tovrin::AutoRefPtr;
-using Tovrin::IUserDefinedType;
 using Tovrin::IVariant;
 
 namespace RefHost {
